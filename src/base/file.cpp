@@ -1,0 +1,166 @@
+#include "base/file.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <system_error>
+#include <utility>
+
+#include "base/error.h"
+
+namespace selvane {
+
+namespace {
+
+constexpr std::size_t kBufferSize = 64 * 1024;
+
+[[noreturn]] void Fail(const char* action, const std::filesystem::path& path, int error) {
+  throw FileError(fmt::format("{}: cannot {}: {}", path.string(), action,
+                              std::error_code(error, std::generic_category()).message()));
+}
+
+FileDescriptor OpenFile(const std::filesystem::path& path, int flags, const char* action) {
+  if (path.empty()) throw FileError("No file was named: choose a file and try again");
+  FileDescriptor file(::open(path.c_str(), flags | O_CLOEXEC, 0666));
+  if (!file.IsOpen()) Fail(action, path, errno);
+  return file;
+}
+
+// One read(2), again after an interruption; 0 at the end of the file.
+std::size_t ReadSome(const FileDescriptor& file, const std::filesystem::path& path, std::span<char> bytes) {
+  for (;;) {
+    const ssize_t got = ::read(file.get(), bytes.data(), bytes.size());
+    if (got >= 0) return static_cast<std::size_t>(got);
+    if (errno != EINTR) Fail("read", path, errno);
+  }
+}
+
+}  // namespace
+
+std::string ReadFile(const std::filesystem::path& path) {
+  const FileDescriptor file = OpenFile(path, O_RDONLY, "open");
+  struct stat status {};
+  std::string bytes;
+  if (::fstat(file.get(), &status) == 0 && status.st_size > 0) {
+    bytes.resize(static_cast<std::size_t>(status.st_size) + 1);  // one more, so that the end shows at once
+  } else {
+    bytes.resize(kBufferSize);
+  }
+  std::size_t filled = 0;
+  for (;;) {
+    const std::size_t got = ReadSome(file, path, std::span(bytes).subspan(filled));
+    if (got == 0) break;
+    filled += got;
+    if (filled == bytes.size()) bytes.resize(bytes.size() * 2);
+  }
+  bytes.resize(filled);
+  return bytes;
+}
+
+FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
+  if (this != &other) {
+    Close();
+    descriptor_ = other.Release();
+  }
+  return *this;
+}
+
+void FileDescriptor::Close() noexcept {
+  if (IsOpen()) ::close(Release());
+}
+
+OutputFile::OutputFile(std::filesystem::path path)
+    : path_(std::move(path)), file_(OpenFile(path_, O_WRONLY | O_CREAT | O_TRUNC, "create")) {
+  buffer_.reserve(kBufferSize);
+}
+
+void OutputFile::Write(std::string_view bytes) {
+  if (buffer_.size() + bytes.size() > kBufferSize) Flush();
+  buffer_.insert(buffer_.end(), bytes.begin(), bytes.end());
+  if (buffer_.size() > kBufferSize) Flush();
+}
+
+void OutputFile::Flush() {
+  std::size_t done = 0;
+  while (done < buffer_.size()) {
+    const ssize_t written = ::write(file_.get(), buffer_.data() + done, buffer_.size() - done);
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) {
+      const int error = errno;
+      buffer_.clear();
+      Fail("write", path_, error);
+    }
+    done += static_cast<std::size_t>(written);
+  }
+  buffer_.clear();
+}
+
+void OutputFile::Close() {
+  if (!file_.IsOpen()) return;
+  Flush();
+  file_.Close();
+}
+
+InputFile::InputFile(std::filesystem::path path)
+    : path_(std::move(path)), file_(OpenFile(path_, O_RDONLY, "open")), buffer_(kBufferSize) {}
+
+bool InputFile::Fill() {
+  next_ = 0;
+  filled_ = ReadSome(file_, path_, buffer_);
+  return filled_ > 0;
+}
+
+bool InputFile::AtEnd() { return next_ == filled_ && !Fill(); }
+
+bool InputFile::Read(std::span<char> bytes) {
+  while (!bytes.empty()) {
+    if (AtEnd()) return false;
+    const std::size_t part = std::min(bytes.size(), filled_ - next_);
+    std::memcpy(bytes.data(), buffer_.data() + next_, part);
+    next_ += part;
+    bytes = bytes.subspan(part);
+  }
+  return true;
+}
+
+FileLock::FileLock(const std::filesystem::path& path)
+    : file_(OpenFile(path, O_RDWR | O_CREAT, "create")), held_(::flock(file_.get(), LOCK_EX | LOCK_NB) == 0) {}
+
+NewFile::NewFile(std::filesystem::path path, ExistingFile existing)
+    : path_(std::move(path)), existing_(existing) {
+  if (path_.empty()) throw FileError("No file was named: choose a file and try again");
+  if (existing_ == ExistingFile::kRefuse && std::filesystem::exists(std::filesystem::symlink_status(path_))) {
+    throw FileError(fmt::format("{}: the file is there already and was left as it is; "
+                                "choose another name, or move it away",
+                                path_.string()));
+  }
+  temporary_ = path_;
+  temporary_ += fmt::format(".{}.part", ::getpid());
+}
+
+NewFile::~NewFile() {
+  if (committed_) return;
+  std::error_code ignored;
+  std::filesystem::remove(temporary_, ignored);
+}
+
+void NewFile::Commit() {
+  if (existing_ == ExistingFile::kReplace) {
+    if (::rename(temporary_.c_str(), path_.c_str()) != 0) Fail("replace", path_, errno);
+  } else if (::link(temporary_.c_str(), path_.c_str()) == 0) {
+    ::unlink(temporary_.c_str());
+  } else if (errno == EEXIST || std::filesystem::exists(path_)) {
+    Fail("create", path_, EEXIST);
+  } else if (::rename(temporary_.c_str(), path_.c_str()) != 0) {  // a file system without hard links
+    Fail("create", path_, errno);
+  }
+  committed_ = true;
+}
+
+}  // namespace selvane

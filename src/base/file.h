@@ -1,0 +1,117 @@
+// Files of the operating system, owned by values that close them.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace selvane {
+
+// The whole content of a file. Throws FileError.
+std::string ReadFile(const std::filesystem::path& path);
+
+// An open file descriptor, closed at the end of its life.
+class FileDescriptor {
+ public:
+  FileDescriptor() = default;
+  explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
+  FileDescriptor(FileDescriptor&& other) noexcept : descriptor_(other.Release()) {}
+  FileDescriptor& operator=(FileDescriptor&& other) noexcept;
+  FileDescriptor(const FileDescriptor&) = delete;
+  FileDescriptor& operator=(const FileDescriptor&) = delete;
+  ~FileDescriptor() { Close(); }
+
+  bool IsOpen() const { return descriptor_ >= 0; }
+  int get() const { return descriptor_; }
+  void Close() noexcept;
+
+ private:
+  int Release() noexcept {
+    const int descriptor = descriptor_;
+    descriptor_ = -1;
+    return descriptor;
+  }
+  int descriptor_ = -1;
+};
+
+// A file written from its beginning, through a buffer. Created, or emptied when it is there.
+class OutputFile {
+ public:
+  // Throws FileError.
+  explicit OutputFile(std::filesystem::path path);
+
+  void Write(std::string_view bytes);
+  // Writes out the buffer and closes. Throws FileError, with the bytes of the buffer lost. The destructor
+  // closes without writing what is still in the buffer.
+  void Close();
+
+ private:
+  void Flush();
+
+  std::filesystem::path path_;
+  FileDescriptor file_;
+  std::vector<char> buffer_;
+};
+
+// A file read from its beginning, through a buffer.
+class InputFile {
+ public:
+  // Throws FileError.
+  explicit InputFile(std::filesystem::path path);
+
+  // Reads exactly this many bytes; false when the file ends before. Throws FileError.
+  bool Read(std::span<char> bytes);
+  bool AtEnd();
+  const std::filesystem::path& path() const { return path_; }
+
+ private:
+  bool Fill();
+
+  std::filesystem::path path_;
+  FileDescriptor file_;
+  std::vector<char> buffer_;
+  std::size_t next_ = 0;
+  std::size_t filled_ = 0;
+};
+
+// A lock file, held while this lives and freed by the system when the process ends. `IsHeld` is false when
+// another holds it. Throws FileError when the file cannot be made.
+class FileLock {
+ public:
+  explicit FileLock(const std::filesystem::path& path);
+  bool IsHeld() const { return held_; }
+
+ private:
+  FileDescriptor file_;
+  bool held_ = false;
+};
+
+// What a new file is to do where one of its name is there already.
+enum class ExistingFile { kRefuse, kReplace };
+
+// A new file that appears under its name only when it is complete: it is made under a temporary name in the
+// same folder, and removed unless it is committed.
+class NewFile {
+ public:
+  // Throws FileError when the file is there already and is not to be replaced, or the path is empty.
+  NewFile(std::filesystem::path path, ExistingFile existing);
+  NewFile(const NewFile&) = delete;
+  NewFile& operator=(const NewFile&) = delete;
+  ~NewFile();
+
+  // Where to write until the commit.
+  const std::filesystem::path& temporary() const { return temporary_; }
+  // Gives the complete, closed file its name. Throws FileError.
+  void Commit();
+
+ private:
+  std::filesystem::path path_;
+  std::filesystem::path temporary_;
+  ExistingFile existing_;
+  bool committed_ = false;
+};
+
+}  // namespace selvane

@@ -1,0 +1,25 @@
+#include "data/bulk_insert.h"
+
+#include <fmt/format.h>
+
+namespace selvane {
+
+namespace {
+
+std::string InsertText(std::string_view table, std::span<const std::string> fields) {
+  std::string names;
+  std::string places;
+  for (const std::string& field : fields) {
+    names += (names.empty() ? "" : ",") + QuotedName(field);
+    places += places.empty() ? "?" : ",?";
+  }
+  return fmt::format("INSERT INTO {} ({}) VALUES ({})", QuotedName(table), names, places);
+}
+
+}  // namespace
+
+BulkInsert::BulkInsert(std::shared_ptr<Connection> connection, std::string_view table,
+                       std::span<const std::string> fields)
+    : statement_(std::move(connection), InsertText(table, fields)) {}
+
+}  // namespace selvane

@@ -1,0 +1,157 @@
+#include "data/database.h"
+
+#include <fcntl.h>
+#include <sqlite3.h>
+#include <sys/file.h>
+
+#include <system_error>
+
+#include "base/file.h"
+#include "data/bulk_insert.h"
+#include "data/database_error.h"
+#include "data/recordset.h"
+#include "data/sql_dialect.h"
+#include "data/statement.h"
+
+namespace selvane {
+
+namespace {
+
+constexpr std::string_view kNoName = "no file was named; choose a database file and try again";
+
+// An open connection, with the lock of a file that cannot be written to and so cannot be locked by the engine.
+struct LockedConnection : Connection {
+  FileDescriptor read_only_lock;
+};
+
+std::shared_ptr<LockedConnection> Connect(const std::filesystem::path& path, int flags) {
+  auto connection = std::make_shared<LockedConnection>();
+  connection->path = path;
+  sqlite3* raw = nullptr;
+  const int status = sqlite3_open_v2(path.c_str(), &raw, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+  connection->handle.reset(raw);
+  if (status != SQLITE_OK) connection->Fail({});
+  // A name in double quotes that is no column is an error, never a text.
+  sqlite3_db_config(raw, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
+  sqlite3_db_config(raw, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
+  sqlite3_extended_result_codes(raw, 1);
+  return connection;
+}
+
+// Takes the whole file for this connection until it is closed. The engine's own lock keeps out every program;
+// on a file that it cannot write to it has none, and a lock of ours keeps out our own.
+void LockWholeFile(LockedConnection& connection) {
+  connection.Run("PRAGMA locking_mode=EXCLUSIVE; PRAGMA cache_size=-65536;");
+  connection.Value("SELECT count(*) FROM sqlite_schema");
+  if (sqlite3_db_readonly(connection.handle.get(), "main") == 0) {
+    connection.Run("BEGIN EXCLUSIVE; COMMIT;");
+    return;
+  }
+  connection.read_only_lock = FileDescriptor(::open(connection.path.c_str(), O_RDONLY | O_CLOEXEC));
+  if (connection.read_only_lock.IsOpen() && ::flock(connection.read_only_lock.get(), LOCK_EX | LOCK_NB) != 0) {
+    throw DatabaseError(connection.path, "the file is open elsewhere; close the other program or window and try again");
+  }
+}
+
+void BindAll(Statement& statement, const TranslatedSql& sql) {
+  for (std::size_t i = 0; i < sql.values.size(); ++i) statement.Bind(static_cast<int>(i), sql.values[i]);
+}
+
+}  // namespace
+
+Database::Database(std::shared_ptr<Connection> connection) : connection_(std::move(connection)) {}
+Database::Database(Database&&) noexcept = default;
+Database& Database::operator=(Database&&) noexcept = default;
+Database::~Database() = default;
+
+void Database::Close() { connection_.reset(); }
+
+const std::filesystem::path& Database::path() const { return connection_->path; }
+
+Database Database::Create(const std::filesystem::path& path, std::string_view locale) {
+  if (path.empty()) throw DatabaseError(path, kNoName);
+  if (std::filesystem::exists(std::filesystem::symlink_status(path))) {
+    throw DatabaseError(path, "the file is there already and was left as it is; choose another name, or move it away");
+  }
+  const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
+  if (!std::filesystem::is_directory(folder)) {
+    throw DatabaseError(path, "there is no such folder; make it first, or choose another one");
+  }
+  auto connection = Connect(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+  // A new file needs no protection against a crash: its maker removes it when it is not complete.
+  connection->Run("PRAGMA journal_mode=MEMORY; PRAGMA synchronous=OFF; PRAGMA encoding='UTF-8';");
+  LockWholeFile(*connection);
+  Database database(std::move(connection));
+  database.connection_->Run(
+      "CREATE TABLE \"sys_Locale\" (\"Locale\" TEXT);"
+      "CREATE TABLE \"sys_Queries\" (\"Name\" TEXT PRIMARY KEY, \"Sql\" TEXT) WITHOUT ROWID;");
+  Statement insert(database.connection_, "INSERT INTO \"sys_Locale\" VALUES (?)");
+  insert.BindText(0, locale);
+  insert.Execute();
+  return database;
+}
+
+Database Database::Open(const std::filesystem::path& path, OpenMode mode) {
+  if (path.empty()) throw DatabaseError(path, kNoName);
+  std::error_code ignored;
+  if (!std::filesystem::exists(path, ignored)) {
+    throw DatabaseError(path, "there is no such file; check the name and the folder");
+  }
+  if (std::filesystem::is_directory(path, ignored)) {
+    throw DatabaseError(path, "this is a folder; choose a database file");
+  }
+  auto connection = Connect(path, SQLITE_OPEN_READWRITE);
+  LockWholeFile(*connection);
+  if (mode == OpenMode::kReadOnly) {
+    connection->Run("PRAGMA query_only=ON");
+  } else if (sqlite3_db_readonly(connection->handle.get(), "main") != 0) {
+    throw DatabaseError(path, "the file is write-protected; copy it to a folder of your own and use the copy");
+  }
+  return Database(std::move(connection));
+}
+
+void Database::Execute(std::string_view sql) {
+  TranslatedSql translated;
+  try {
+    translated = SqlDialect::Translate(sql);
+  } catch (const InputError& error) {
+    throw DatabaseError(path(), error.what(), sql);
+  }
+  Statement statement(connection_, translated.text, sql);
+  BindAll(statement, translated);
+  statement.Execute();
+}
+
+Recordset Database::OpenRecordset(std::string_view sql) {
+  TranslatedSql translated;
+  try {
+    translated = SqlDialect::Translate(sql);
+  } catch (const InputError& error) {
+    throw DatabaseError(path(), error.what(), sql);
+  }
+  Statement statement(connection_, translated.text, sql);
+  BindAll(statement, translated);
+  return Recordset(connection_, std::move(statement), std::move(translated));
+}
+
+BulkInsert Database::OpenBulkInsert(std::string_view table, std::span<const std::string> fields) {
+  return BulkInsert(connection_, table, fields);
+}
+
+Transaction::Transaction(Database& database) : connection_(database.connection()) {
+  connection_->Run("BEGIN");
+}
+
+Transaction::~Transaction() {
+  // The engine may have undone everything by itself, on a full disk for one.
+  if (open_ && sqlite3_get_autocommit(connection_->handle.get()) == 0) {
+    sqlite3_exec(connection_->handle.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+  }
+}
+
+void Transaction::Commit() {
+  connection_->Run("COMMIT");
+  open_ = false;
+}
+
+}  // namespace selvane

@@ -1,0 +1,91 @@
+// One database file: opened exclusively, driven by the system's SQL texts.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "data/table_definition.h"
+
+namespace selvane {
+
+class BulkInsert;
+class Recordset;
+struct Connection;
+
+enum class OpenMode { kReadOnly, kWritable };
+
+// The locale text of every file that the system creates: general sort order, code page 1252.
+inline constexpr std::string_view kGeneralLocale = ";LANGID=0x0409;CP=1252;COUNTRY=0";
+
+// An open database file. While it is open no other opener, in this process or another, can open the file.
+// Every operation throws DatabaseError when it fails, with what was complete before left in the file.
+class Database {
+ public:
+  // Makes a new, empty database file. Fails when the file is there already.
+  static Database Create(const std::filesystem::path& path, std::string_view locale = kGeneralLocale);
+  // Opens an existing file. Fails when there is none, it is no database, or somebody has it open.
+  static Database Open(const std::filesystem::path& path, OpenMode mode);
+
+  Database(Database&&) noexcept;
+  Database& operator=(Database&&) noexcept;
+  ~Database();
+  // Frees the file. Result sets that are still open keep it until they end.
+  void Close();
+  const std::filesystem::path& path() const;
+
+  // All tables in the order in which they were made; ordinary ones have the attribute word 0.
+  std::vector<TableDefinition> Tables() const;
+  bool HasTable(std::string_view table) const;
+  // The fields in column order. Fails when there is no such table.
+  std::vector<Field> Fields(std::string_view table) const;
+  long RecordCount(std::string_view table) const;
+
+  // Widths and ranges of the fields are enforced by the file itself. Fields have no default but the empty text.
+  void CreateTable(std::string_view table, std::span<const Field> fields);
+  void AddField(std::string_view table, const Field& field);
+  void CreateIndex(std::string_view table, std::string_view field);
+  void DropIndexes(std::string_view table);
+
+  // Runs a statement that returns no rows.
+  void Execute(std::string_view sql);
+  // Opens a result over an SQL text, standing on its first row.
+  Recordset OpenRecordset(std::string_view sql);
+  // For many rows of one table: values go in without an SQL text for each.
+  BulkInsert OpenBulkInsert(std::string_view table, std::span<const std::string> fields);
+  // Copies all rows of one table into an empty one of the same fields.
+  void CopyRows(std::string_view from, std::string_view to);
+
+  // Saved queries: a name and an SQL text kept in the file.
+  void CreateQuery(std::string_view name, std::string_view sql = {});
+  bool HasQuery(std::string_view name) const;
+  void SetQuery(std::string_view name, std::string_view sql);
+  std::string QueryText(std::string_view name) const;
+  void ExecuteQuery(std::string_view name);
+
+  // Low-level access for the classes of this folder.
+  const std::shared_ptr<Connection>& connection() const { return connection_; }
+
+ private:
+  explicit Database(std::shared_ptr<Connection> connection);
+  std::shared_ptr<Connection> connection_;
+};
+
+// All changes made during its life are kept by Commit, or undone at its end. One at a time for a database.
+class Transaction {
+ public:
+  explicit Transaction(Database& database);
+  Transaction(const Transaction&) = delete;
+  Transaction& operator=(const Transaction&) = delete;
+  ~Transaction();
+  void Commit();
+
+ private:
+  std::shared_ptr<Connection> connection_;
+  bool open_ = true;
+};
+
+}  // namespace selvane

@@ -1,0 +1,24 @@
+#include "data/new_database.h"
+
+#include "data/database_error.h"
+
+namespace selvane {
+
+void MakeDatabase(const std::filesystem::path& path, ExistingFile existing,
+                  const std::function<void(const std::filesystem::path&)>& make) {
+  if (path.empty()) throw DatabaseError(path, "no file was named; choose a database file and try again");
+  if (std::filesystem::is_directory(path)) throw DatabaseError(path, "this is a folder; name a file in it");
+  if (existing == ExistingFile::kRefuse && std::filesystem::exists(std::filesystem::symlink_status(path))) {
+    throw DatabaseError(path, "the file is there already and was left as it is; choose another name, or move it away");
+  }
+  NewFile file(path, existing);
+  try {
+    make(file.temporary());
+  } catch (const DatabaseError& error) {
+    if (error.file() != file.temporary()) throw;
+    throw DatabaseError(path, error.reason(), error.statement());
+  }
+  file.Commit();
+}
+
+}  // namespace selvane

@@ -1,0 +1,55 @@
+// The object archive: little-endian counts, 32-bit values and counted strings. The itemset file and the rules
+// information file share it (docs/formats/ describes both).
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/file.h"
+
+namespace selvane {
+
+// Writes an archive file from its beginning. Throws FileError.
+class ArchiveWriter {
+ public:
+  explicit ArchiveWriter(std::filesystem::path path) : file_(std::move(path)) {}
+
+  // 16 bits below 65,535; otherwise 0xFFFF and 32 bits.
+  void WriteCount(std::uint32_t count);
+  void WriteValue(std::uint32_t value);
+  void WriteValues(std::span<const std::uint32_t> values);
+  // A string by its bytes: a length byte below 255, else 0xFF and 16 bits below 65,534, else 0xFF, 0xFFFF and
+  // 32 bits; no terminator.
+  void WriteText(std::string_view bytes);
+  // Nothing is complete before this returns.
+  void Close() { file_.Close(); }
+
+ private:
+  void Put(std::uint32_t value, int bytes);
+  OutputFile file_;
+};
+
+// Reads an archive file from its beginning. Throws FileError, also where the file ends too early.
+class ArchiveReader {
+ public:
+  explicit ArchiveReader(std::filesystem::path path) : file_(std::move(path)) {}
+
+  bool AtEnd() { return file_.AtEnd(); }
+  std::uint32_t ReadCount();
+  std::uint32_t ReadValue() { return Get(4); }
+  // Replaces `values` by the next `count` values. Memory grows with what the file holds, not with what a
+  // damaged count claims.
+  void ReadValues(std::uint32_t count, std::vector<std::uint32_t>& values);
+  std::string ReadText();
+
+ private:
+  std::uint32_t Get(int bytes);
+  void Need(std::span<char> bytes);
+  InputFile file_;
+};
+
+}  // namespace selvane

@@ -1,0 +1,68 @@
+// The rows that an SQL text selects, one at a time.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "data/sql_dialect.h"
+#include "data/statement.h"
+#include "data/variant.h"
+
+namespace selvane {
+
+// A result set, standing on a row or at the end. Fields are read by position (from 0) or by name, without
+// regard to case. A result over the columns of one table can be edited:
+//   AddNew, SetField..., Update   adds a row;
+//   Edit, SetField..., Update     changes the row it stands on;
+//   Delete                        removes that row; MoveNext then goes on behind it.
+// Every operation throws DatabaseError when it fails.
+class Recordset {
+ public:
+  Recordset(std::shared_ptr<Connection> connection, Statement statement, TranslatedSql source);
+
+  bool AtEnd() const { return at_end_; }
+  void MoveNext();
+  int FieldCount() const { return statement_.ColumnCount() - first_column_; }
+  std::string FieldName(int position) const { return statement_.ColumnName(position + first_column_); }
+  Variant Value(int position) const;
+  Variant Value(std::string_view name) const;
+  // The text of a field without a copy, valid until the next move.
+  std::string_view Text(int position) const;
+  // The field as a 16-bit integer; fails on a null value and on one that is no such number.
+  std::int16_t Int16(int position) const;
+  std::int32_t Int32(int position) const;
+
+  void AddNew();
+  void Edit();
+  void SetField(int position, const Variant& value);
+  void SetField(std::string_view name, const Variant& value);
+  void Update();
+  void Delete();
+
+ private:
+  enum class Editing { kNothing, kNewRow, kRow };
+
+  void NeedRow() const;
+  int PositionOf(std::string_view name) const;
+  // Finds the table of the result and goes over to a result that carries row numbers too. The row it stands
+  // on stays the same.
+  void MakeEditable();
+  std::int64_t RowNumber() const { return statement_.ColumnInteger(0); }
+  template <typename Convert>
+  auto Converted(int position, Convert convert) const;
+
+  std::shared_ptr<Connection> connection_;
+  Statement statement_;
+  TranslatedSql source_;
+  bool at_end_ = false;
+  std::int64_t moves_ = 0;
+  int first_column_ = 0;  // 1 when column 0 is the row number of an editable result
+  std::string table_;     // quoted; empty until the result is editable
+  Editing editing_ = Editing::kNothing;
+  std::vector<std::optional<Variant>> edited_;
+};
+
+}  // namespace selvane

@@ -1,0 +1,164 @@
+#include "data/statement.h"
+
+#include <sqlite3.h>
+
+#include "data/database_error.h"
+
+namespace selvane {
+
+void SqliteCloser::operator()(sqlite3* connection) const noexcept { sqlite3_close_v2(connection); }
+
+void StatementFinalizer::operator()(sqlite3_stmt* statement) const noexcept { sqlite3_finalize(statement); }
+
+StatementHandle StatementCache::Take(std::string_view text) {
+  const auto found = by_text_.find(text);
+  if (found == by_text_.end()) return nullptr;
+  StatementHandle statement = std::move(found->second->statement);
+  entries_.erase(found->second);
+  by_text_.erase(found);
+  return statement;
+}
+
+void StatementCache::Give(std::string_view text, StatementHandle statement) {
+  if (by_text_.contains(text)) return;  // a second one of the same text is not worth keeping
+  entries_.push_front({std::string(text), std::move(statement)});
+  by_text_.emplace(entries_.front().text, entries_.begin());
+  if (entries_.size() > capacity_) {
+    by_text_.erase(entries_.back().text);
+    entries_.pop_back();
+  }
+}
+
+void StatementCache::Clear() {
+  by_text_.clear();
+  entries_.clear();
+}
+
+void Connection::Fail(std::string_view statement) const {
+  const int code = sqlite3_extended_errcode(handle.get());
+  std::string reason = sqlite3_errmsg(handle.get());
+  switch (code & 0xFF) {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+      reason = "the file is open elsewhere; close the other program or window and try again";
+      break;
+    case SQLITE_NOTADB:
+      reason = "the file is not a database; choose another one";
+      break;
+    case SQLITE_CORRUPT:
+      reason = "the file is damaged (" + reason + "); use a copy, or make it anew";
+      break;
+    case SQLITE_FULL:
+      reason = "the disk is full; make room and try again";
+      break;
+    case SQLITE_READONLY:
+      reason = "the file or its folder is write-protected; copy the file to a folder of your own";
+      break;
+    default:
+      break;
+  }
+  throw DatabaseError(path, reason, statement);
+}
+
+void Connection::Run(const char* sql) {
+  if (sqlite3_exec(handle.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) Fail(sql);
+}
+
+Variant Connection::Value(std::string_view sql) {
+  sqlite3_stmt* raw = nullptr;
+  const int length = static_cast<int>(sql.size());
+  if (sqlite3_prepare_v2(handle.get(), sql.data(), length, &raw, nullptr) != SQLITE_OK) Fail(sql);
+  const StatementHandle statement(raw);
+  const int status = sqlite3_step(raw);
+  if (status == SQLITE_DONE) return {};
+  if (status != SQLITE_ROW) Fail(sql);
+  return static_cast<std::int64_t>(sqlite3_column_int64(raw, 0));
+}
+
+Statement::Statement(std::shared_ptr<Connection> connection, std::string_view text, std::string_view shown)
+    : connection_(std::move(connection)), text_(text), shown_(shown.empty() ? text : shown) {
+  handle_ = connection_->cache.Take(text_);
+  if (handle_) return;
+  sqlite3_stmt* raw = nullptr;
+  const char* tail = nullptr;
+  const int status = sqlite3_prepare_v3(connection_->handle.get(), text_.c_str(),
+                                        static_cast<int>(text_.size() + 1), SQLITE_PREPARE_PERSISTENT, &raw, &tail);
+  handle_.reset(raw);
+  if (status != SQLITE_OK) connection_->Fail(shown_);
+  if (raw == nullptr) throw DatabaseError(connection_->path, "the SQL text is empty", shown_);
+  if (!Trimmed(tail).empty() && Trimmed(tail) != ";") {
+    throw DatabaseError(connection_->path, "the SQL text holds more than one statement", shown_);
+  }
+}
+
+Statement::~Statement() {
+  if (!handle_) return;
+  sqlite3_reset(handle_.get());
+  sqlite3_clear_bindings(handle_.get());
+  connection_->cache.Give(text_, std::move(handle_));
+}
+
+void Statement::Bind(int parameter, const Variant& value) {
+  if (const auto* text = value.AsText()) return BindText(parameter, *text);
+  if (const auto* integer = value.AsInteger()) return BindInteger(parameter, *integer);
+  const auto* real = value.AsReal();
+  const int status = real != nullptr ? sqlite3_bind_double(handle_.get(), parameter + 1, *real)
+                                     : sqlite3_bind_null(handle_.get(), parameter + 1);
+  if (status != SQLITE_OK) connection_->Fail(shown_);
+}
+
+void Statement::BindText(int parameter, std::string_view text) {
+  if (sqlite3_bind_text64(handle_.get(), parameter + 1, text.empty() ? "" : text.data(), text.size(),
+                          SQLITE_TRANSIENT, SQLITE_UTF8) != SQLITE_OK) {
+    connection_->Fail(shown_);
+  }
+}
+
+void Statement::BindInteger(int parameter, std::int64_t value) {
+  if (sqlite3_bind_int64(handle_.get(), parameter + 1, value) != SQLITE_OK) connection_->Fail(shown_);
+}
+
+bool Statement::Step() {
+  const int status = sqlite3_step(handle_.get());
+  if (status == SQLITE_ROW) return true;
+  if (status != SQLITE_DONE) connection_->Fail(shown_);
+  return false;
+}
+
+void Statement::Execute() {
+  while (Step()) {
+  }
+  Reset();
+}
+
+void Statement::Reset() { sqlite3_reset(handle_.get()); }
+
+int Statement::ColumnCount() const { return sqlite3_column_count(handle_.get()); }
+
+std::string Statement::ColumnName(int column) const { return sqlite3_column_name(handle_.get(), column); }
+
+Variant Statement::Column(int column) const {
+  switch (sqlite3_column_type(handle_.get(), column)) {
+    case SQLITE_NULL:
+      return {};
+    case SQLITE_INTEGER:
+      return ColumnInteger(column);
+    case SQLITE_FLOAT:
+      return sqlite3_column_double(handle_.get(), column);
+    default:
+      return ColumnText(column);
+  }
+}
+
+std::string_view Statement::ColumnText(int column) const {
+  const unsigned char* text = sqlite3_column_text(handle_.get(), column);
+  if (text == nullptr) return {};
+  const auto length = static_cast<std::size_t>(sqlite3_column_bytes(handle_.get(), column));
+  return {reinterpret_cast<const char*>(text), length};
+}
+
+std::int64_t Statement::ColumnInteger(int column) const {
+  return sqlite3_column_int64(handle_.get(), column);
+}
+
+}  // namespace selvane

@@ -1,0 +1,94 @@
+// Compiled statements and the cache that keeps them. Used by this folder only.
+#pragma once
+
+#include <filesystem>
+#include <list>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "base/text.h"
+#include "data/variant.h"
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace selvane {
+
+struct SqliteCloser {
+  void operator()(sqlite3* connection) const noexcept;
+};
+struct StatementFinalizer {
+  void operator()(sqlite3_stmt* statement) const noexcept;
+};
+using ConnectionHandle = std::unique_ptr<sqlite3, SqliteCloser>;
+using StatementHandle = std::unique_ptr<sqlite3_stmt, StatementFinalizer>;
+
+// Keeps the statements that are not in use, by their text; the longest unused goes first.
+class StatementCache {
+ public:
+  explicit StatementCache(std::size_t capacity = 64) : capacity_(capacity) {}
+  // The kept statement of this text, now owned by the caller; empty when there is none.
+  StatementHandle Take(std::string_view text);
+  void Give(std::string_view text, StatementHandle statement);
+  void Clear();
+
+ private:
+  struct Entry {
+    std::string text;
+    StatementHandle statement;
+  };
+  std::size_t capacity_;
+  std::list<Entry> entries_;  // most recently given first
+  TextMap<std::list<Entry>::iterator> by_text_;
+};
+
+// An open connection with its cache and its path for messages; shared by a Database and what it handed out.
+struct Connection {
+  std::filesystem::path path;
+  ConnectionHandle handle;
+  StatementCache cache;
+
+  ~Connection() { cache.Clear(); }
+  // Throws DatabaseError with the engine's words for its latest failure.
+  [[noreturn]] void Fail(std::string_view statement) const;
+  // Runs SQL of the engine's own dialect, any number of statements. Throws DatabaseError.
+  void Run(const char* sql);
+  // The first column of the first row of a statement of the engine's own dialect.
+  Variant Value(std::string_view sql);
+};
+
+// A statement borrowed from a connection, given back to the cache at the end of its life.
+class Statement {
+ public:
+  // `text` is in the engine's dialect. Throws DatabaseError when it cannot be compiled.
+  Statement(std::shared_ptr<Connection> connection, std::string_view text, std::string_view shown = {});
+  Statement(Statement&&) noexcept = default;
+  Statement& operator=(Statement&&) noexcept = default;
+  Statement(const Statement&) = delete;
+  Statement& operator=(const Statement&) = delete;
+  ~Statement();
+
+  // Parameters and columns are counted from 0. Bound text is copied.
+  void Bind(int parameter, const Variant& value);
+  void BindText(int parameter, std::string_view text);
+  void BindInteger(int parameter, std::int64_t value);
+  // Moves to the next row; false at the end. Throws DatabaseError.
+  bool Step();
+  // Runs to the end and makes ready for the next run.
+  void Execute();
+  void Reset();
+  int ColumnCount() const;
+  std::string ColumnName(int column) const;
+  Variant Column(int column) const;
+  std::string_view ColumnText(int column) const;  // valid until the next step
+  std::int64_t ColumnInteger(int column) const;
+
+ private:
+  std::shared_ptr<Connection> connection_;
+  std::string text_;
+  std::string shown_;
+  StatementHandle handle_;
+};
+
+}  // namespace selvane

@@ -1,0 +1,33 @@
+// What a database says about its tables and their fields.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace selvane {
+
+enum class FieldType {
+  kInt16,    // SMALLINT
+  kInt32,    // INTEGER
+  kSingle,   // REAL
+  kText,     // VARCHAR(n)
+  kUnknown,  // any other declared type, in files that other programs made
+};
+
+struct Field {
+  std::string name;
+  FieldType type = FieldType::kText;
+  int size = 0;  // characters, for text; 0 where the file states none
+};
+
+// Bits of a table's attribute word. An ordinary local table has none of them.
+inline constexpr std::uint32_t kHiddenTable = 0x00000001;
+inline constexpr std::uint32_t kSystemTable = 0x80000002;
+inline constexpr std::uint32_t kLinkedTable = 0x40000000;  // rows that come from elsewhere: views, virtual tables
+
+struct TableDefinition {
+  std::string name;
+  std::uint32_t attributes = 0;
+};
+
+}  // namespace selvane

@@ -1,0 +1,103 @@
+#include "data/transaction_source.h"
+
+#include <fmt/format.h>
+
+#include <new>
+
+#include "data/database_error.h"
+
+namespace selvane {
+
+Database& TransactionSource::database() const {
+  if (!database_) throw DatabaseError(file_name_, "no term database is open");
+  return *database_;
+}
+
+void TransactionSource::Open(const std::filesystem::path& path) {
+  Close();
+  database_.emplace(Database::Open(path, OpenMode::kReadOnly));
+  file_name_ = path;
+}
+
+void TransactionSource::Close() {
+  cursor_.reset();
+  database_.reset();
+}
+
+void TransactionSource::ListTables(std::vector<std::string>& names) const {
+  for (TableDefinition& table : database().Tables()) {
+    if (table.attributes == 0) names.push_back(std::move(table.name));
+  }
+}
+
+void TransactionSource::ListItemFields(std::string_view table, std::vector<std::string>& names) const {
+  std::vector<Field> fields = database().Fields(table);
+  names.clear();
+  for (std::size_t i = 1; i < fields.size(); ++i) names.push_back(std::move(fields[i].name));
+}
+
+int TransactionSource::FieldCount(std::string_view table) const {
+  try {
+    return static_cast<int>(database().Fields(table).size());
+  } catch (const DatabaseError&) {
+    throw SilentAbort();
+  } catch (const std::bad_alloc&) {
+    throw SilentAbort();
+  }
+}
+
+long TransactionSource::RecordCount(std::string_view table) const {
+  try {
+    return database().RecordCount(table);
+  } catch (const DatabaseError&) {
+    throw SilentAbort();
+  } catch (const std::bad_alloc&) {
+    throw SilentAbort();
+  }
+}
+
+void TransactionSource::ReadRow(RowValues& row) const {
+  row.clear();
+  const int fields = cursor_->FieldCount();
+  for (int i = 0; i < fields; ++i) row.push_back(static_cast<std::uint32_t>(cursor_->Int16(i)));
+}
+
+bool TransactionSource::OpenReader(std::string_view table, RowValues& row) {
+  cursor_.emplace(database().OpenRecordset(fmt::format("SELECT * from {}", table)));
+  ReadRow(row);
+  return true;
+}
+
+bool TransactionSource::NextRow(RowValues& row) {
+  if (!cursor_) throw DatabaseError(file_name_, "no reading is open");
+  row.clear();
+  cursor_->MoveNext();
+  if (cursor_->AtEnd()) {
+    cursor_.reset();
+    return false;
+  }
+  ReadRow(row);
+  return true;
+}
+
+void TransactionSource::ItemRowIds(std::string_view table, int position, std::vector<std::uint16_t>& ids,
+                                   std::string& field_name) const {
+  ids.clear();
+  const std::vector<Field> fields = database().Fields(table);
+  if (position < 0 || position >= static_cast<int>(fields.size())) {
+    throw DatabaseError(file_name_, fmt::format("table \"{}\" has no column {}", table, position));
+  }
+  const Field& field = fields[static_cast<std::size_t>(position)];
+  field_name = field.name;
+  if (field.type == FieldType::kUnknown) {
+    throw DatabaseError(file_name_, fmt::format("column \"{}\" holds neither numbers nor text", field_name));
+  }
+  std::string bracketed;
+  for (const char c : field_name) bracketed.append(c == ']' ? 2 : 1, c);
+  const char* const one = field.type == FieldType::kText ? "'1'" : "1";
+  Recordset rows = database().OpenRecordset(
+      fmt::format("select Index from {} where [{}] = {}", table, bracketed, one));
+  for (; !rows.AtEnd(); rows.MoveNext()) ids.push_back(static_cast<std::uint16_t>(rows.Int16(0)));
+}
+
+}  // namespace selvane

@@ -1,0 +1,58 @@
+// Reads a term table: one row per abstract, one column per term.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "data/database.h"
+#include "data/recordset.h"
+
+namespace selvane {
+
+// The values of one row: element 0 is the row id, element j is 1 exactly when item j is present. Each is a
+// 16-bit signed integer kept in 32 bits, so -1 is 0xFFFFFFFF.
+using RowValues = std::vector<std::uint32_t>;
+
+// A term database, opened exclusively and read-only, with one reader at a time. Columns are counted from 0;
+// column 0 is the row id and never an item. Failures are DatabaseErrors unless another error is named.
+class TransactionSource {
+ public:
+  void Open(const std::filesystem::path& path);
+  bool IsOpen() const { return database_.has_value(); }
+  const std::filesystem::path& file_name() const { return file_name_; }
+
+  // Appends the name of every ordinary table, in the database's own order.
+  void ListTables(std::vector<std::string>& names) const;
+  // Replaces `names` by those of the columns from 1 on; the name of item j is element j - 1.
+  void ListItemFields(std::string_view table, std::vector<std::string>& names) const;
+  // The number of all columns, and of all rows. Any failure is a SilentAbort.
+  int FieldCount(std::string_view table) const;
+  long RecordCount(std::string_view table) const;
+
+  // Starts reading and delivers the first row; an earlier reading is abandoned. The name of the table goes
+  // into the SQL text as it is, so one with blanks fails. Fails on an empty table: it has no first row.
+  bool OpenReader(std::string_view table, RowValues& row);
+  // Delivers the next row; false behind the last one, which ends the reading.
+  bool NextRow(RowValues& row);
+
+  // Replaces `ids` by the row ids of the rows in which the column is exactly 1, or exactly the text '1', in
+  // the order of the table. Fails on a column that is neither a number nor text.
+  void ItemRowIds(std::string_view table, int position, std::vector<std::uint16_t>& ids,
+                  std::string& field_name) const;
+
+  void Close();
+
+ private:
+  Database& database() const;
+  void ReadRow(RowValues& row) const;
+
+  std::filesystem::path file_name_;
+  mutable std::optional<Database> database_;
+  std::optional<Recordset> cursor_;
+};
+
+}  // namespace selvane

@@ -1,0 +1,107 @@
+#include "taxonomy/taxonomy_file.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "base/error.h"
+#include "base/file.h"
+#include "base/text.h"
+
+namespace selvane {
+
+namespace {
+
+constexpr std::size_t kTextWidth = 127;
+
+// The next text between double quotes, searched from `at`; `at` moves behind it. False when there is none.
+bool NextQuoted(std::string_view line, std::size_t& at, std::string_view& value) {
+  const std::size_t open = line.find('"', at);
+  const std::size_t close = open == std::string_view::npos ? open : line.find('"', open + 1);
+  if (close == std::string_view::npos) return false;
+  value = line.substr(open + 1, close - open - 1);
+  at = close + 1;
+  return true;
+}
+
+void CheckWidth(std::string_view value, std::string_view what, std::string_view name, long number) {
+  if (value.size() <= kTextWidth || CharacterCount(value) <= kTextWidth) return;
+  throw InputError(fmt::format("{}: line {}: the {} is longer than {} characters; shorten it and load again", name,
+                               number, what, kTextWidth));
+}
+
+void CheckLine(const TaxonomyLine& line, std::string_view name, long number) {
+  CheckWidth(line.canonical, "canonical value", name, number);
+  if (line.tree.find('\'') != std::string_view::npos) {
+    throw InputError(fmt::format("{}: line {}: the tree value holds an apostrophe; correct it and load again", name,
+                                 number));
+  }
+  if (line.tree.size() <= kTextWidth) return;
+  for (const std::string& code : PositionCodes(line.tree)) CheckWidth(code, "position code", name, number);
+}
+
+void AddDistinct(std::vector<std::string>& list, std::string_view value) {
+  if (std::find(list.begin(), list.end(), value) == list.end()) list.emplace_back(value);
+}
+
+}  // namespace
+
+void CheckTaxonomyFileName(const std::filesystem::path& path) {
+  const std::string name = LowerCase(path.string());
+  const std::size_t dot = name.rfind('.');
+  if (dot == std::string::npos || name.find("xml", dot) == std::string::npos) {
+    throw EndOfProgram("Loading Taxonomy", "Selected file is not xml file");
+  }
+}
+
+void ParseTaxonomyText(std::string text, std::string_view name, TaxonomyFile& file, Progress& progress) {
+  file = TaxonomyFile{};
+  file.text = DecodeInput(std::move(text));
+  HundredthSteps steps(progress, file.text.size());
+  std::string_view rest = file.text;
+  for (long number = 1; !rest.empty(); ++number) {
+    const std::string_view line = NextLine(rest);
+    steps.Reached(file.text.size() - rest.size());
+    const std::size_t canonical = line.find("canonical");
+    const bool has_canonical = canonical != std::string_view::npos;
+    const bool has_others =
+        line.find("type") != std::string_view::npos && line.find("tree") != std::string_view::npos;
+    if (!has_canonical || !has_others) {
+      if (has_canonical || has_others) file.passed_over.push_back(number);
+      continue;
+    }
+    TaxonomyLine node;
+    std::size_t at = canonical;
+    if (!NextQuoted(line, at, node.canonical) || !NextQuoted(line, at, node.type) ||
+        !NextQuoted(line, at, node.tree)) {
+      throw InputError(fmt::format("{}: line {}: canonical, type and tree must stand in this order, each with its "
+                                   "value in double quotes; correct the line and load again",
+                                   name, number));
+    }
+    CheckLine(node, name, number);
+    AddDistinct(file.types, node.type);
+    AddDistinct(file.categories, node.tree.substr(0, 1));
+    file.lines.push_back(node);
+  }
+  if (!file.types.empty()) file.types.pop_back();
+  if (!file.categories.empty()) file.categories.pop_back();
+}
+
+void ReadTaxonomyFile(const std::filesystem::path& path, TaxonomyFile& file, Progress& progress) {
+  ParseTaxonomyText(ReadFile(path), path.string(), file, progress);
+}
+
+std::vector<std::string> PositionCodes(std::string_view tree) {
+  std::vector<std::string> codes;
+  while (!tree.empty()) {
+    const std::size_t end = std::min(tree.find(';'), tree.size());
+    std::string code(Trimmed(tree.substr(0, end)));
+    tree.remove_prefix(std::min(end + 1, tree.size()));
+    if (code.empty()) continue;
+    if (code.size() > 1) code.insert(1, ".");
+    codes.push_back(std::move(code));
+  }
+  return codes;
+}
+
+}  // namespace selvane

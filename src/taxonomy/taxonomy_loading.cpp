@@ -1,0 +1,155 @@
+#include "taxonomy/taxonomy_loading.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+
+#include "base/error.h"
+#include "base/text.h"
+#include "data/bulk_insert.h"
+#include "data/new_database.h"
+#include "taxonomy/taxonomy_file.h"
+#include "taxonomy/taxonomy_store.h"
+
+namespace selvane {
+
+namespace {
+
+// The engine's limit on columns, less the three that every node has.
+constexpr std::size_t kMostSons = 1997;
+
+// The rows of `Source` while they are made. A row is found by its code as the table would be searched for it;
+// a row's number is its place, from 1.
+class SourceRows {
+ public:
+  struct Row {
+    std::string code;
+    std::string canonical;
+    std::vector<std::string> sons;  // the values of SON1, SON2, ... that are not empty
+  };
+
+  // What one position of a node line writes: the child's name goes to its parent, which is made as a
+  // placeholder when its own line has not come yet, and then the node itself gets its row or its name.
+  void Add(const std::string& code, const std::string& canonical) {
+    if (code.size() > 1) AddSon(ParentCode(code), canonical);
+    Find(code).canonical = canonical;
+  }
+
+  const std::vector<Row>& rows() const { return rows_; }
+  int son_columns() const { return static_cast<int>(son_columns_); }
+  // True when a row has children but no name.
+  bool has_gaps() const {
+    return std::any_of(rows_.begin(), rows_.end(),
+                       [](const Row& row) { return row.canonical.empty() && !row.sons.empty(); });
+  }
+
+ private:
+  Row& Find(std::string_view code) {
+    auto found = by_code_.find(code);
+    if (found == by_code_.end()) {
+      found = by_code_.emplace(std::string(code), rows_.size()).first;
+      rows_.push_back({std::string(code), {}, {}});
+    }
+    return rows_[found->second];
+  }
+
+  void AddSon(std::string_view parent, const std::string& canonical) {
+    Row& row = Find(parent);
+    son_columns_ = std::max(son_columns_, row.sons.size() + 1);
+    if (son_columns_ > kMostSons) {
+      throw InputError(fmt::format("position {} has more than {} children, more than a table can hold; divide them "
+                                   "under positions between and load again",
+                                   parent, kMostSons));
+    }
+    if (!canonical.empty()) row.sons.push_back(canonical);  // an empty name leaves its place free
+  }
+
+  std::vector<Row> rows_;
+  TextMap<std::size_t> by_code_;
+  std::size_t son_columns_ = 0;
+};
+
+SourceRows BuildRows(const TaxonomyFile& file) {
+  SourceRows rows;
+  for (const TaxonomyLine& line : file.lines) {
+    const std::string canonical = WithoutQuotes(line.canonical);
+    for (const std::string& code : PositionCodes(line.tree)) rows.Add(code, canonical);
+  }
+  return rows;
+}
+
+void WriteSource(Database& database, const SourceRows& source, Progress& progress) {
+  const std::vector<Field> node_fields = TaxonomyStore::NodeFields();
+  std::vector<std::string> names;
+  for (const Field& field : node_fields) names.push_back(field.name);
+  for (int i = 1; i <= source.son_columns(); ++i) names.push_back(TaxonomyStore::SonField(i).name);
+  std::map<std::size_t, BulkInsert> inserts;  // by number of fields
+  HundredthSteps steps(progress, source.rows().size());
+  std::int64_t number = 0;
+  for (const SourceRows::Row& row : source.rows()) {
+    const std::size_t fields = node_fields.size() + row.sons.size();
+    auto insert = inserts.find(fields);
+    if (insert == inserts.end()) {
+      insert = inserts.emplace(fields, database.OpenBulkInsert("Source", std::span(names).first(fields))).first;
+    }
+    insert->second.Set(0, fmt::format_int(++number).c_str());
+    insert->second.Set(1, row.code);
+    insert->second.Set(2, row.canonical);
+    int field = 3;
+    for (const std::string& son : row.sons) insert->second.Set(field++, son);
+    insert->second.Insert();
+    steps.Reached(static_cast<std::uint64_t>(number));
+  }
+}
+
+// Fills `Source` from the rows. Its indexes are made afterwards, which is faster than keeping them.
+void FillDatabase(const std::filesystem::path& path, const SourceRows& source, Progress& progress) {
+  TaxonomyStore store(path);
+  Database& database = store.database();
+  Transaction transaction(database);
+  database.DropIndexes("Source");
+  WriteSource(database, source, progress);
+  progress.SetStatus("Finalizing taxonomies database....");
+  for (const Field& field : TaxonomyStore::NodeFields()) database.CreateIndex("Source", field.name);
+  progress.Pulse();
+  transaction.Commit();
+}
+
+}  // namespace
+
+TaxonomyLoadReport LoadTaxonomy(const std::filesystem::path& xml_file, const std::filesystem::path& database,
+                                ExistingFile existing, Progress& progress) {
+  CheckTaxonomyFileName(xml_file);
+  progress.SetStatus("Initializing taxonomies database....");
+  TaxonomyFile file;
+  ReadTaxonomyFile(xml_file, file, progress);
+  if (file.lines.empty()) {
+    throw InputError(fmt::format("{}: no line holds canonical, type and tree; choose a taxonomy file",
+                                 xml_file.string()));
+  }
+  TaxonomyLoadReport report;
+  MakeDatabase(database, existing, [&](const std::filesystem::path& path) {
+    progress.SetStatus("Loading taxonomies in database....");
+    const SourceRows source = BuildRows(file);
+    TaxonomyStore::Create(path, source.son_columns());
+    FillDatabase(path, source, progress);
+    TaxonomyStore store(path);
+    source.has_gaps() ? store.Rebuild(progress) : store.CopyWholeSource(progress);
+    report.rows = static_cast<long>(source.rows().size());
+    report.son_columns = source.son_columns();
+    report.unnamed = std::count_if(source.rows().begin(), source.rows().end(),
+                                   [](const SourceRows::Row& row) { return row.canonical.empty(); });
+  });
+  report.passed_over = std::move(file.passed_over);
+  progress.SetStatus("Completed!!");
+  return report;
+}
+
+void RestoreTaxonomy(const std::filesystem::path& database, Progress& progress) {
+  progress.SetStatus("Restoring all eventually eliminated taxonomies...");
+  TaxonomyStore(database).Rebuild(progress);
+  progress.SetStatus("Completed!!");
+}
+
+}  // namespace selvane
