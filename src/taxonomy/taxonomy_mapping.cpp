@@ -66,13 +66,17 @@ void CutLastAnd(std::string& text) {
   if (last != std::string::npos) text.erase(last, 3);
 }
 
-void TaxonomyStore::Render(std::span<const NodeNumber> nodes, std::string& text) const {
+void TaxonomyStore::RenderWithAnd(std::span<const NodeNumber> nodes, std::string& text) const {
   for (const NodeNumber node : nodes) {
     const Recordset rows = Select("SELECT Canonical FROM Taxonomy WHERE Index='", fmt::format("{}", node));
     if (rows.AtEnd()) continue;
     text += rows.Text(0);
     text += kAnd;
   }
+}
+
+void TaxonomyStore::Render(std::span<const NodeNumber> nodes, std::string& text) const {
+  RenderWithAnd(nodes, text);
   CutLastAnd(text);
 }
 

@@ -65,12 +65,15 @@ void PruneTaxonomy(TaxonomyStore& store, std::span<const NodeNumber> upward, std
   transaction.Commit();
 }
 
-std::optional<std::string> FindPosition(const TaxonomyStore& store, std::string_view code) {
+std::optional<std::string> FindPosition(const TaxonomyStore& store, std::string_view code, bool in_source) {
+  const auto has = [&](const std::string& position) {
+    return in_source ? store.SourceHasPosition(position) : store.HasPosition(position);
+  };
   std::string position(code);
-  if (store.HasPosition(position)) return position;
+  if (has(position)) return position;
   if (position.size() < 2) return std::nullopt;
   position.insert(1, ".");
-  if (store.HasPosition(position)) return position;
+  if (has(position)) return position;
   return std::nullopt;
 }
 

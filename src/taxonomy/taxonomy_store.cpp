@@ -197,6 +197,10 @@ TaxonomyStore::Node TaxonomyStore::SourceNode(NodeNumber node) const {
   return {node, std::string(rows.Text(0)), std::string(rows.Text(1))};
 }
 
+bool TaxonomyStore::SourceHasPosition(std::string_view code) const {
+  return !Select("SELECT Index FROM Source WHERE FatherId='", code).AtEnd();
+}
+
 NodeNumber TaxonomyStore::LargestNodeNamedIn(std::string_view text) const {
   NodeNumber largest = 0;
   Recordset rows = database_.OpenRecordset("SELECT Index,FatherId FROM Source ");

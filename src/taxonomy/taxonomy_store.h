@@ -72,6 +72,7 @@ class TaxonomyStore {
 
   // Lookups over `Source`. Both texts are empty when there is no such node.
   Node SourceNode(NodeNumber node) const;
+  bool SourceHasPosition(std::string_view code) const;
   // The greatest number of a node whose code occurs anywhere in the text, 0 when there is none.
   NodeNumber LargestNodeNamedIn(std::string_view text) const;
   // True when `Taxonomy` lacks the term, as pruning leaves it.
@@ -90,8 +91,9 @@ class TaxonomyStore {
   // The nodes that RecordAncestors would visit for one term, in its order and as often.
   std::vector<NodeNumber> AncestorsOfTerm(std::string_view term) const;
 
-  // Appends the canonical texts of the nodes to `text`, each followed by " AND ", then deletes three characters
-  // at the last capital A: the last AND goes and its two blanks stay.
+  // Appends the canonical texts of the nodes to `text`, each followed by " AND ". Unknown nodes are left out.
+  void RenderWithAnd(std::span<const NodeNumber> nodes, std::string& text) const;
+  // The same, then deletes three characters at the last capital A: the last AND goes and its two blanks stay.
   void Render(std::span<const NodeNumber> nodes, std::string& text) const;
   // The same by position codes, over the table `TaxonomyOrnex`; collects the numbers too.
   void RenderOrnex(std::span<const std::string> codes, std::string& text, std::vector<NodeNumber>& numbers) const;

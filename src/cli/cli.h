@@ -1,0 +1,53 @@
+// selvane-cli: the workbench's operations without a display.
+#pragma once
+
+#include <CLI/App.hpp>
+#include <filesystem>
+#include <functional>
+#include <iosfwd>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "base/clock.h"
+#include "base/progress.h"
+
+namespace selvane {
+
+// What a run of the command line takes from outside.
+struct CliContext {
+  std::ostream& out;  // data only
+  std::ostream& err;  // messages and the summary line
+  Progress& progress;
+  const Clock& clock;
+  char decimal_sign = '.';
+};
+
+// Exit statuses.
+inline constexpr int kDone = 0;
+inline constexpr int kFailed = 1;
+inline constexpr int kWrongUsage = 2;
+inline constexpr int kEndedByDesign = 255;
+
+// Parses the arguments (without the program's name), runs the command and returns the exit status. Nothing is
+// thrown: every failure is a message on `err`.
+int RunCli(std::vector<std::string> arguments, const CliContext& context);
+
+// Each adds its group of commands. What a command needs lives as long as the returned app's callbacks.
+void AddTaxonomyCommands(CLI::App& app, const CliContext& context);
+void AddTermsCommands(CLI::App& app, const CliContext& context);
+void AddRulesCommands(CLI::App& app, const CliContext& context);
+
+// Helpers of the commands.
+
+// The table that the user named, or the only one there is. Throws InputError with the names to choose from.
+std::string ChooseTable(const std::vector<std::string>& tables, const std::string& given,
+                        const std::filesystem::path& database);
+
+// An option whose value is a fraction in (0, 1], with a point or a comma.
+CLI::Option* AddFraction(CLI::App& command, const std::string& name, float& value, const std::string& help);
+
+// Writes text to the output and checks that it got there. Throws FileError.
+void WriteOut(const CliContext& context, std::string_view text);
+
+}  // namespace selvane

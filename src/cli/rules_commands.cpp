@@ -1,0 +1,219 @@
+// selvane-cli rules extract|list|show
+#include <fmt/format.h>
+#include <fmt/ostream.h>
+
+#include <algorithm>
+#include <memory>
+#include <ostream>
+
+#include "base/error.h"
+#include "base/text.h"
+#include "cli/cli.h"
+#include "cli/rules_output.h"
+#include "mining/extraction.h"
+#include "rules/rules_info.h"
+#include "rules/rules_store.h"
+
+namespace selvane {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct ExtractOptions {
+  fs::path terms;
+  fs::path taxonomy;
+  fs::path output;
+  bool overwrite = false;
+  bool no_generalize = false;
+  ExtractionRequest request;
+};
+
+// Refused before mining rather than after it; and a name that the filtering would refuse is worth a word.
+void CheckOutput(const ExtractOptions& options, const CliContext& context) {
+  if (!options.overwrite && fs::exists(fs::symlink_status(options.output))) {
+    throw InputError(fmt::format("{}: the file is there already and was left as it is; choose another name, or "
+                                 "replace it with --overwrite",
+                                 options.output.string()));
+  }
+  if (options.output.has_parent_path() && !fs::is_directory(options.output.parent_path())) {
+    throw InputError(fmt::format("{}: there is no such folder; make it first", options.output.parent_path().string()));
+  }
+  const std::string name = options.output.filename().string();
+  if (name.find("mdb", std::min(name.rfind('.'), name.size())) == std::string::npos) {
+    fmt::print(context.err, "selvane-cli: {} is not named *.mdb, so other commands will not take it for rules\n", name);
+  }
+}
+
+void ReportTooMany(const RuleTally& tally, const CliContext& context) {
+  std::string fitting;
+  if (const auto confidence = tally.FittingConfidence(kMostRules)) {
+    fitting += fmt::format("--min-confidence {:g}", *confidence);
+  }
+  if (const auto support = tally.FittingSupport(kMostRules)) {
+    fitting += fmt::format("{}--min-support {:g}", fitting.empty() ? "" : " or ", *support);
+  }
+  fmt::print(context.err,
+             "selvane-cli: there are {} rules and a table holds {}: the first {} are stored; {} would have fitted\n",
+             tally.total(), kMostRules, kMostRules, fitting.empty() ? "a smaller term table" : fitting);
+}
+
+void ReportEnd(const ExtractionReport& report, const CliContext& context) {
+  for (const std::string& entry : report.restored) {
+    fmt::print(context.err, "selvane-cli: the pruned term {} is in the table and was restored\n", entry);
+  }
+  if (report.end == ExtractionEnd::kOnlySingleItems) {
+    fmt::print(context.err, "No extractable rules: no two items are frequent together, so no database was made; "
+                            "try a lower --min-support\n");
+  } else if (report.end == ExtractionEnd::kNoRules) {
+    fmt::print(context.err, "No extracted rules: none reaches the confidence; try a lower --min-confidence\n");
+  }
+  fmt::print(context.err,
+             "{} rows, {} items, {} itemsets, {} rules; checking {:.2f} s, searching {:.2f} s ({} candidates, {} "
+             "million words), rules {:.2f} s\n",
+             report.rows, report.items, report.itemsets, report.rules_stored, report.check_seconds,
+             report.search_seconds, report.work.candidates, report.work.words / 1000000, report.rules_seconds);
+}
+
+void Extract(ExtractOptions& options, const CliContext& context) {
+  CheckOutput(options, context);
+  // The lock comes first, so that a second run hears of the first and not of a file that is open.
+  ItemsetFileHold hold(ItemsetFileHold::DefaultFolder());
+  TransactionSource source;
+  source.Open(options.terms);
+  std::vector<std::string> tables;
+  source.ListTables(tables);
+  ExtractionRequest& request = options.request;
+  request.table = ChooseTable(tables, request.table, options.terms);
+  request.generalize = !options.no_generalize;
+  request.decimal_sign = context.decimal_sign;
+  TaxonomyStore taxonomy(options.taxonomy);
+  ExtractionHooks hooks;
+  hooks.choose_output = [&options] {
+    return RulesOutput{options.output, options.overwrite ? ExistingFile::kReplace : ExistingFile::kRefuse};
+  };
+  hooks.will_not_fit = [&context](const RuleTally& tally) { ReportTooMany(tally, context); };
+  ReportEnd(ExtractRules(source, taxonomy, hold, request, hooks, context.progress), context);
+}
+
+void AddExtract(CLI::App& group, const CliContext& context) {
+  CLI::App* command = group.add_subcommand("extract", "Mine association rules from a term table");
+  auto options = std::make_shared<ExtractOptions>();
+  command->add_option("TERMDB", options->terms, "Term database")->required();
+  command->add_option("--taxonomy", options->taxonomy, "Taxonomy database")->required()->type_name("TAXDB");
+  command->add_option("--output", options->output, "Rules database to make")->required()->type_name("RULESDB");
+  command->add_flag("--overwrite", options->overwrite, "Replace the rules database if it is there");
+  command->add_option("--table", options->request.table, "Term table, where there are several")->type_name("T");
+  AddFraction(*command, "--min-support", options->request.min_support, "Fraction of the rows that hold a rule");
+  AddFraction(*command, "--min-confidence", options->request.min_confidence,
+              "Fraction of the antecedent's rows that hold the consequent too");
+  command->add_flag("--no-generalize", options->no_generalize, "Leave the terms' ancestors out");
+  command->add_option("--itemsets", options->request.itemset_copy, "Keep a copy of the itemset file")
+      ->type_name("FILE");
+  command->footer(
+      "Example:\n  selvane-cli rules extract terms.mdb --taxonomy tax.mdb --output rules.mdb --min-support 0.2");
+  command->callback([options, &context] { Extract(*options, context); });
+}
+
+void List(const fs::path& database, const CliContext& context) {
+  RulesStore rules;
+  rules.OpenRulesDatabase(database);
+  std::string lines;
+  const auto line = [&lines](std::string_view key, const auto& value) {
+    fmt::format_to(std::back_inserter(lines), "{}\t{}\n", key, value);
+  };
+  const auto items = [](const std::vector<std::int32_t>& map) {
+    return std::count_if(map.begin(), map.end(), [](std::int32_t entry) { return entry > 0; });
+  };
+  RulesInfo info;
+  std::string missing;
+  try {
+    info = ReadRulesInfo(database);
+  } catch (const FileError& error) {
+    missing = error.what();
+  }
+  for (const std::string& table : rules.ListRulesTables()) {
+    rules.SetSourceTable(table);
+    fmt::format_to(std::back_inserter(lines), "table\t{}\t{}\n", table, rules.CountRules());
+  }
+  if (missing.empty()) {
+    constexpr std::array<std::string_view, 4> kKeys = {"term table", "rows", "minimum support", "minimum confidence"};
+    for (std::size_t i = 0; i < info.texts.size(); ++i) line(i < kKeys.size() ? kKeys[i] : "taxonomy", info.texts[i]);
+    line("direct items", items(info.first_map));
+    line("generalized items", items(info.second_map));
+  }
+  WriteOut(context, lines);
+  if (!missing.empty()) {
+    fmt::print(context.err, "selvane-cli: {}; what is known of the run cannot be shown\n", missing);
+  }
+}
+
+void AddList(CLI::App& group, const CliContext& context) {
+  CLI::App* command = group.add_subcommand("list", "Print the tables of a rules database and how they were made");
+  auto database = std::make_shared<fs::path>();
+  command->add_option("RULESDB", *database, "Rules database")->required();
+  command->footer("Example:\n  selvane-cli rules list rules.mdb");
+  command->callback([database, &context] { List(*database, context); });
+}
+
+struct ShowOptions {
+  fs::path database;
+  fs::path taxonomy;
+  std::string table;
+  std::string format = "text";
+  std::string sort = "index";
+  long limit = 0;
+};
+
+void Show(const ShowOptions& options, const CliContext& context) {
+  RulesStore store;
+  store.OpenRulesDatabase(options.database);
+  const TaxonomyStore taxonomy(options.taxonomy);
+  store.OpenRulesTable(ChooseTable(store.ListRulesTables(), options.table, options.database));
+  const long count = store.CountRules();
+  context.progress.SetStatus("Loading rules ....");
+  context.progress.SetRange(0, static_cast<int>(count));
+  std::vector<NumberedRule> rules;
+  for (long i = 1; i <= count; ++i) {
+    NumberedRule& rule = rules.emplace_back();
+    rule.index = i;
+    store.LoadRule(i, rule.rule);
+    if (i % 256 == 0) {
+      context.progress.SetPosition(static_cast<int>(i));
+      context.progress.Pulse();
+    }
+  }
+  SortRules(rules, options.sort);
+  if (options.limit > 0 && options.limit < count) rules.resize(static_cast<std::size_t>(options.limit));
+  ItemNames names(taxonomy);
+  context.progress.SetStatus("Completed!!");
+  WriteOut(context, PrintRules(rules, options.format, names));
+}
+
+void AddShow(CLI::App& group, const CliContext& context) {
+  CLI::App* command = group.add_subcommand("show", "Print the rules of a table");
+  auto options = std::make_shared<ShowOptions>();
+  command->add_option("RULESDB", options->database, "Rules database")->required();
+  command->add_option("--taxonomy", options->taxonomy, "Taxonomy database")->required()->type_name("TAXDB");
+  command->add_option("--table", options->table, "Rules table, where there are several")->type_name("T");
+  command->add_option("--format", options->format, "text, csv or json")->check(CLI::IsMember(RuleFormats()));
+  command->add_option("--sort", options->sort, "index, or the greatest support, confidence, pa or pc first")
+      ->check(CLI::IsMember(RuleSortKeys()));
+  command->add_option("--limit", options->limit, "Print so many rules only")
+      ->type_name("N")
+      ->check(CLI::PositiveNumber);
+  command->footer("Example:\n  selvane-cli rules show rules.mdb --taxonomy tax.mdb --sort confidence --limit 20");
+  command->callback([options, &context] { Show(*options, context); });
+}
+
+}  // namespace
+
+void AddRulesCommands(CLI::App& app, const CliContext& context) {
+  CLI::App* group = app.add_subcommand("rules", "Extract, list and show rules");
+  group->require_subcommand(1);
+  AddExtract(*group, context);
+  AddList(*group, context);
+  AddShow(*group, context);
+}
+
+}  // namespace selvane

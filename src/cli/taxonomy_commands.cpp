@@ -1,0 +1,144 @@
+// selvane-cli taxonomy load|list|prune|restore
+#include <fmt/format.h>
+#include <fmt/ostream.h>
+
+#include <algorithm>
+#include <memory>
+#include <ostream>
+
+#include "base/error.h"
+#include "cli/cli.h"
+#include "taxonomy/taxonomy_loading.h"
+#include "taxonomy/taxonomy_pruning.h"
+#include "taxonomy/taxonomy_store.h"
+
+namespace selvane {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+void AddLoad(CLI::App& group, const CliContext& context) {
+  struct Options {
+    fs::path file;
+    fs::path database;
+  };
+  CLI::App* command = group.add_subcommand("load", "Make a taxonomy database of a taxonomy file");
+  auto options = std::make_shared<Options>();
+  command->add_option("FILE", options->file, "Taxonomy file, named *.xml")->required();
+  command->add_option("TAXDB", options->database, "Taxonomy database to make")->required();
+  command->footer("Example:\n  selvane-cli taxonomy load samples/taxonomy.xml tax.mdb");
+  command->callback([options, &context] {
+    const TaxonomyLoadReport report =
+        LoadTaxonomy(options->file, options->database, ExistingFile::kRefuse, context.progress);
+    if (!report.passed_over.empty()) {
+      fmt::print(context.err,
+                 "{} lines hold some of the words canonical, type and tree but not all, and were passed over; the "
+                 "first is line {}\n",
+                 report.passed_over.size(), report.passed_over.front());
+    }
+    if (report.unnamed > 0) {
+      fmt::print(context.err, "{} positions have no line of their own and so no name\n", report.unnamed);
+    }
+    fmt::print(context.err, "{} positions loaded\n", report.rows);
+  });
+}
+
+void List(const fs::path& database, bool source, const std::string& under, int depth, const CliContext& context) {
+  const TaxonomyStore store(database);
+  std::string code = under;
+  if (!under.empty()) {
+    code = FindPosition(store, under, source).value_or("");
+    if (code.empty()) throw InputError(fmt::format("the taxonomy has no position {}; list it to see which", under));
+  }
+  std::string lines;
+  const std::string below = code + ".";
+  const auto dots = [](std::string_view text) { return std::count(text.begin(), text.end(), '.'); };
+  // A code has as many dots as levels above it; the position named by --under is the first level itself.
+  const auto deepest = dots(code) + depth - 1;
+  const auto visit = [&](const TaxonomyStore::Node& node) {
+    if (!code.empty() && node.code != code && !node.code.starts_with(below)) return;
+    if (depth > 0 && dots(node.code) > deepest) return;
+    fmt::format_to(std::back_inserter(lines), "{}\t{}\t{}\n", node.number, node.code, node.canonical);
+  };
+  source ? store.ForEachSourceNode(visit) : store.ForEachNode(visit);
+  WriteOut(context, lines);
+}
+
+void AddList(CLI::App& group, const CliContext& context) {
+  struct Options {
+    fs::path database;
+    bool source = false;
+    std::string under;
+    int depth = 0;
+  };
+  CLI::App* command = group.add_subcommand("list", "Print index, code and canonical text of each position");
+  auto options = std::make_shared<Options>();
+  command->add_option("TAXDB", options->database, "Taxonomy database")->required();
+  command->add_flag("--source", options->source, "The taxonomy as loaded, not as pruned");
+  command->add_option("--under", options->under, "This position and those below it")->type_name("CODE");
+  command->add_option("--depth", options->depth, "So many levels only")
+      ->type_name("N")
+      ->check(CLI::PositiveNumber);
+  command->footer("Example:\n  selvane-cli taxonomy list tax.mdb --under C.08 --depth 2");
+  command->callback([options, &context] {
+    List(options->database, options->source, options->under, options->depth, context);
+  });
+}
+
+void AddPrune(CLI::App& group, const CliContext& context) {
+  struct Options {
+    fs::path database;
+    std::vector<std::string> codes;
+    bool upward = false;
+  };
+  CLI::App* command = group.add_subcommand("prune", "Take positions and all below them out of the mining");
+  auto options = std::make_shared<Options>();
+  command->add_option("TAXDB", options->database, "Taxonomy database")->required();
+  command->add_option("CODE", options->codes, "Position codes, such as C.23.888 or C23.888")->required();
+  command->add_flag("--upward", options->upward, "Take the positions and all above them out instead");
+  command->footer(
+      "What is pruned stays in the database; taxonomy restore brings it back.\n"
+      "Example:\n  selvane-cli taxonomy prune tax.mdb D.02 E");
+  command->callback([options, &context] {
+    TaxonomyStore store(options->database);
+    std::vector<NodeNumber> nodes;
+    for (const std::string& code : options->codes) {
+      const std::optional<std::string> position = FindPosition(store, code);
+      if (!position) {
+        throw InputError(fmt::format("the taxonomy has no position {}; nothing was pruned. "
+                                     "taxonomy list shows what there is",
+                                     code));
+      }
+      for (const NodeNumber node : store.NodesAtPosition(*position)) nodes.push_back(node);
+    }
+    const long before = store.database().RecordCount("Taxonomy");
+    const std::span<const NodeNumber> none;
+    PruneTaxonomy(store, options->upward ? nodes : none, options->upward ? none : nodes, context.progress);
+    fmt::print(context.err, "{} positions pruned\n", before - store.database().RecordCount("Taxonomy"));
+  });
+}
+
+void AddRestore(CLI::App& group, const CliContext& context) {
+  CLI::App* command = group.add_subcommand("restore", "Undo every pruning");
+  auto database = std::make_shared<fs::path>();
+  command->add_option("TAXDB", *database, "Taxonomy database")->required();
+  command->footer("Example:\n  selvane-cli taxonomy restore tax.mdb");
+  command->callback([database, &context] {
+    RestoreTaxonomy(*database, context.progress);
+    fmt::print(context.err, "the taxonomy is as it was loaded\n");
+  });
+}
+
+}  // namespace
+
+void AddTaxonomyCommands(CLI::App& app, const CliContext& context) {
+  CLI::App* group = app.add_subcommand("taxonomy", "Load, list, prune and restore taxonomies");
+  group->require_subcommand(1);
+  AddLoad(*group, context);
+  AddList(*group, context);
+  AddPrune(*group, context);
+  AddRestore(*group, context);
+}
+
+}  // namespace selvane

@@ -1,0 +1,81 @@
+// The whole extraction as one call: from a term table to a rules database with its information file.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "base/file.h"
+#include "base/progress.h"
+#include "data/transaction_source.h"
+#include "mining/itemset_file.h"
+#include "mining/level.h"
+#include "mining/rule_generator.h"
+#include "taxonomy/taxonomy_store.h"
+
+namespace selvane {
+
+struct ExtractionRequest {
+  std::string table;  // of the term database
+  float min_support = 0.05F;
+  float min_confidence = 0.5F;
+  bool generalize = true;
+  // The sign that the numbers of the information file are written with, after the user's locale.
+  char decimal_sign = '.';
+  // Where to keep a copy of the run's itemset file; empty for none.
+  std::filesystem::path itemset_copy;
+};
+
+// Where the rules go, asked for when there are itemsets to make rules from.
+struct RulesOutput {
+  std::filesystem::path path;
+  ExistingFile existing = ExistingFile::kRefuse;
+};
+
+struct ExtractionHooks {
+  std::function<RulesOutput()> choose_output;  // must be set
+  RuleLine rule_line;                          // each stored rule, when it is set
+  // Told, before storing begins, that the run gives more rules than a table holds.
+  std::function<void(const RuleTally&)> will_not_fit;
+};
+
+enum class ExtractionEnd {
+  kRules,           // rules were stored
+  kNoRules,         // "No extracted rules": none reached the confidence; the database is there, with an empty table
+  kOnlySingleItems  // "No extractable rules": no two items are frequent together; nothing was written
+};
+
+struct ExtractionReport {
+  ExtractionEnd end = ExtractionEnd::kOnlySingleItems;
+  std::filesystem::path output;
+  std::vector<std::string> restored;  // entries brought back into the working taxonomy
+  std::uint32_t rows = 0;
+  std::size_t items = 0;  // nodes found for terms and, when generalizing, their ancestors
+  std::uint32_t itemsets = 0;
+  std::uint64_t rules_found = 0;
+  long rules_stored = 0;  // the first kMostRules of those found
+  SearchWork work;
+  double check_seconds = 0;  // of checking and restoring items
+  double search_seconds = 0;
+  double rules_seconds = 0;  // of counting, generating and storing rules
+};
+
+// Entries of the full taxonomy that the working taxonomy lacks, for these terms; the last one missing first.
+// `is_missing` is set when any term is missing, even one that the full taxonomy lacks too.
+std::vector<std::string> FindMissingEntries(const TaxonomyStore& taxonomy, std::span<const std::string> terms,
+                                            bool& is_missing, Progress& progress);
+
+// The most rows that a term table may have.
+inline constexpr long kMostTableRows = 32767;
+
+// Checks that the items of the table are in the working taxonomy and brings missing ones back, searches for
+// frequent itemsets, makes rules of them and stores them, with the rules information file beside the database.
+// The itemset file under `hold` is removed in the end. Nothing is left under the output's name when it fails.
+// Throws InputError for thresholds outside (0, 1], a table that is too long and item numbers that are too
+// great, DatabaseError, FileError and Interrupted.
+ExtractionReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, ItemsetFileHold& hold,
+                              const ExtractionRequest& request, const ExtractionHooks& hooks, Progress& progress);
+
+}  // namespace selvane

@@ -1,0 +1,61 @@
+// The binary file through which frequent itemsets go from the miner to rule generation
+// (docs/formats/itemset-file.md).
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "data/object_archive.h"
+
+namespace selvane {
+
+// One frequent itemset: its items in canonical order and the number of rows that hold it.
+struct ItemsetRecord {
+  std::vector<std::uint32_t> items;
+  std::uint32_t support = 0;
+};
+
+// A plain sequence of records, opened either for writing, from its beginning, or for reading. Every operation
+// throws FileError when it fails.
+class ItemsetFile {
+ public:
+  void OpenForWriting(const std::filesystem::path& path);
+  void OpenForReading(const std::filesystem::path& path);
+  bool IsOpen() const { return writer_.has_value() || reader_.has_value(); }
+
+  void Write(std::span<const std::uint32_t> items, std::uint32_t support);
+  // Fails also where the file ends, so ask for no more records than there are.
+  void ReadNext(ItemsetRecord& record);
+  // What was written is complete only when this returns.
+  void Close();
+
+ private:
+  std::optional<ArchiveWriter> writer_;
+  std::optional<ArchiveReader> reader_;
+};
+
+// The itemset file of all runs: one place for a user, held under a lock for the length of a run and removed at
+// its end, however that ends.
+class ItemsetFileHold {
+ public:
+  // `$XDG_STATE_HOME/selvane`, by default `~/.local/state/selvane`. Throws FileError when there is neither.
+  static std::filesystem::path DefaultFolder();
+
+  // Makes the folder and takes the lock. Throws FileError when another run holds it.
+  explicit ItemsetFileHold(const std::filesystem::path& folder);
+  ItemsetFileHold(const ItemsetFileHold&) = delete;
+  ItemsetFileHold& operator=(const ItemsetFileHold&) = delete;
+  ~ItemsetFileHold() { Remove(); }
+
+  const std::filesystem::path& path() const { return path_; }
+  void Remove() noexcept;
+
+ private:
+  std::filesystem::path path_;
+  std::optional<FileLock> lock_;
+};
+
+}  // namespace selvane

@@ -1,0 +1,33 @@
+// How many rules a run gives, counted before any is stored.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace selvane {
+
+// Counts rules by confidence and by support, in fixed memory, so that a run which gives more rules than a table
+// holds can name thresholds that would have fitted.
+class RuleTally {
+ public:
+  explicit RuleTally(std::uint32_t row_count) : row_count_(row_count), by_rows_(row_count + std::size_t{1}, 0) {}
+
+  // A rule that stands in `rows` rows.
+  void Add(float confidence, std::uint32_t rows);
+  std::uint64_t total() const { return total_; }
+  // The smallest thousandth, above the threshold used, at which no more than `most` rules stay; nothing when too
+  // many have confidence 1.
+  std::optional<double> FittingConfidence(std::uint64_t most) const;
+  // The same for the support, in ten-thousandths; nothing when too many stand in every row.
+  std::optional<double> FittingSupport(std::uint64_t most) const;
+
+ private:
+  std::uint32_t row_count_;
+  std::uint64_t total_ = 0;
+  std::array<std::uint64_t, 1001> by_thousandth_{};  // rules by whole thousandths of confidence
+  std::vector<std::uint64_t> by_rows_;
+};
+
+}  // namespace selvane

@@ -1,0 +1,155 @@
+#include "rules/rules_store.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+
+#include "base/error.h"
+#include "base/text.h"
+#include "data/database_error.h"
+#include "data/recordset.h"
+
+namespace selvane {
+
+namespace {
+
+const std::array<Field, 9>& RulesFields() {
+  static const std::array<Field, 9> kFields = {{{"INDEX", FieldType::kInt16},
+                                                {"ANTECEDENT", FieldType::kText, 255},
+                                                {"CONSEQUENT", FieldType::kText, 255},
+                                                {"SUPPORT", FieldType::kSingle},
+                                                {"CONFIDENCE", FieldType::kSingle},
+                                                {"PA", FieldType::kSingle},
+                                                {"PC", FieldType::kSingle},
+                                                {"ASPEC", FieldType::kInt16},
+                                                {"CSPEC", FieldType::kInt16}}};
+  return kFields;
+}
+
+}  // namespace
+
+Database& RulesStore::database() const {
+  if (!database_) throw DatabaseError({}, "no rules database is open");
+  return *database_;
+}
+
+void RulesStore::CreateRulesDatabase(const std::filesystem::path& path, std::string_view table) {
+  Close();
+  database_.emplace(Database::Create(path));
+  database_->CreateTable(table, RulesFields());
+  database_->CreateQuery("SQLstatement");
+}
+
+void RulesStore::OpenRulesDatabase(const std::filesystem::path& path) {
+  Close();
+  database_.emplace(Database::Open(path, OpenMode::kWritable));
+}
+
+void RulesStore::Close() { *this = RulesStore(); }
+
+void RulesStore::CreateRulesTable(std::string_view name) {
+  database().CreateTable(name, RulesFields());
+  inserted_ = 0;
+  target_created_ = true;
+}
+
+void RulesStore::OpenRulesTable(std::string_view name) {
+  SetSourceTable(name);
+  target_table_.clear();
+  target_created_ = false;
+  const std::vector<Field> fields = database().Fields(name);
+  for (const Field& wanted : RulesFields()) {
+    const bool found = std::any_of(fields.begin(), fields.end(), [&wanted](const Field& field) {
+      return LowerCase(field.name) == LowerCase(wanted.name);
+    });
+    if (found) continue;
+    throw DatabaseError(database().path(), fmt::format("\"{}\" is no rules table, it has no column {}; choose "
+                                                       "another table",
+                                                       name, wanted.name));
+  }
+}
+
+void RulesStore::SetSourceTable(std::string_view name) {
+  source_table_ = name;
+  rows_.reset();
+}
+
+void RulesStore::InsertRule(const Rule& rule) {
+  ++inserted_;
+  if (target_table_ == source_table_) rows_.reset();
+  database().Execute(
+      fmt::format("insert into {} (INDEX,ANTECEDENT,CONSEQUENT,SUPPORT,CONFIDENCE,PA,PC,ASPEC,CSPEC) values"
+                  "({},'{}','{}',{:.6f},{:.6f},{:.6f},{:.6f},{},{})",
+                  target_table_, inserted_, ItemsetToText(rule.antecedent), ItemsetToText(rule.consequent),
+                  double{rule.support}, double{rule.confidence}, double{rule.pa}, double{rule.pc}, rule.aspec,
+                  rule.cspec));
+}
+
+long RulesStore::CountRules() const { return database().RecordCount(source_table_); }
+
+void RulesStore::FindRows() const {
+  rows_.emplace();
+  Recordset all = database().OpenRecordset("SELECT rowid,INDEX FROM " + source_table_);
+  for (; !all.AtEnd(); all.MoveNext()) {
+    if (all.Value(1).IsNull()) continue;
+    const std::int16_t number = all.Int16(1);
+    if (number < 1) continue;
+    const auto place = static_cast<std::size_t>(number);
+    if (rows_->size() <= place) rows_->resize(place + 1, 0);
+    if ((*rows_)[place] == 0) (*rows_)[place] = *all.Value(0).AsInteger();
+  }
+}
+
+void RulesStore::LoadRule(long number, Rule& rule) const {
+  rule.antecedent.clear();
+  rule.consequent.clear();
+  if (!rows_) FindRows();
+  if (number < 1 || static_cast<std::size_t>(number) >= rows_->size()) return;
+  const std::int64_t row = (*rows_)[static_cast<std::size_t>(number)];
+  if (row == 0) return;
+  const Recordset found = database().OpenRecordset(
+      fmt::format("SELECT ANTECEDENT,CONSEQUENT,SUPPORT,CONFIDENCE,PA,PC,ASPEC,CSPEC FROM {} WHERE rowid={}",
+                  source_table_, row));
+  if (found.AtEnd()) return;
+  try {
+    rule.antecedent = TextToItemset(found.Text(0));
+    rule.consequent = TextToItemset(found.Text(1));
+    rule.support = found.Value(2).ToSingle();
+    rule.confidence = found.Value(3).ToSingle();
+    rule.pa = found.Value(4).ToSingle();
+    rule.pc = found.Value(5).ToSingle();
+    rule.aspec = found.Int16(6);
+    rule.cspec = found.Int16(7);
+  } catch (const InputError& error) {
+    throw DatabaseError(database().path(), fmt::format("rule {} of {}: {}", number, source_table_, error.what()));
+  }
+}
+
+std::vector<std::string> RulesStore::ListRulesTables() const {
+  std::vector<std::string> names;
+  for (TableDefinition& table : database().Tables()) {
+    if (table.attributes == 0) names.push_back(std::move(table.name));
+  }
+  return names;
+}
+
+std::string ItemsetToText(std::span<const std::int32_t> itemset) {
+  std::string text;
+  for (const std::int32_t item : itemset) fmt::format_to(std::back_inserter(text), "{}-", item);
+  return text;
+}
+
+std::vector<std::int32_t> TextToItemset(std::string_view text) {
+  std::vector<std::int32_t> itemset;
+  for (std::size_t dash = text.find('-'); dash != std::string_view::npos; dash = text.find('-')) {
+    const std::string_view piece = text.substr(0, dash);
+    const std::optional<std::int32_t> item = Int32Of(piece);
+    if (!item) throw InputError(fmt::format("\"{}\" in an itemset is not a number", piece));
+    itemset.push_back(*item);
+    text.remove_prefix(dash + 1);
+  }
+  return itemset;
+}
+
+}  // namespace selvane

@@ -1,0 +1,78 @@
+// Rules databases and their tables (docs/formats/rules-database.md).
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "data/database.h"
+#include "rules/rule.h"
+
+namespace selvane {
+
+// The most rules that one table holds: its INDEX column has 16 bits.
+inline constexpr long kMostRules = 32767;
+
+// An open rules database, with the table that rules are read from and the table that they are written to. A
+// rule is addressed by its number, the INDEX column: its place of insertion, from 1.
+//
+// Writing: create or open the database, create the table, SetTargetTable, then InsertRule for each rule.
+// Reading: open the database, OpenRulesTable, CountRules, then LoadRule for 1..N.
+// Every failure is a DatabaseError.
+class RulesStore {
+ public:
+  // Makes a new database with one empty rules table. Sets no table name.
+  void CreateRulesDatabase(const std::filesystem::path& path, std::string_view table);
+  void OpenRulesDatabase(const std::filesystem::path& path);
+  // Frees the file.
+  void Close();
+
+  // Makes an empty rules table and starts numbering at 1. Does not make it the target.
+  void CreateRulesTable(std::string_view name);
+  // Makes the table the source and clears the target. Fails when there is no such table or it is no rules table.
+  void OpenRulesTable(std::string_view name);
+  void SetSourceTable(std::string_view name);
+  void SetTargetTable(std::string_view name) { target_table_ = name; }
+  const std::string& source_table() const { return source_table_; }
+  const std::string& target_table() const { return target_table_; }
+  // True when this store has created a table since the source was opened.
+  bool target_created() const { return target_created_; }
+  void ForgetTargetCreated() { target_created_ = false; }
+
+  // Adds the rule to the target table under the next number. Figures are stored with six decimals. A failure
+  // leaves the number used up.
+  void InsertRule(const Rule& rule);
+  // The number of rows of the source table.
+  long CountRules() const;
+  // Reads the first rule of this number. When there is none, both itemsets are empty and the figures stay as
+  // they were.
+  void LoadRule(long number, Rule& rule) const;
+  // The ordinary tables, in the database's own order.
+  std::vector<std::string> ListRulesTables() const;
+
+  // For many inserts in one transaction.
+  Database& database() const;
+
+ private:
+  void FindRows() const;
+
+  mutable std::optional<Database> database_;
+  std::string source_table_;
+  std::string target_table_;
+  long inserted_ = 0;
+  bool target_created_ = false;
+  // For each number of the source table, the row where it stands first; found by one walk over the table,
+  // since the table has no index. Empty until it is needed.
+  mutable std::optional<std::vector<std::int64_t>> rows_;
+};
+
+// Each item in decimal followed by "-", as 12-345-; the empty text for no item.
+std::string ItemsetToText(std::span<const std::int32_t> itemset);
+// The items of such a text; what follows the last "-" is ignored. Throws InputError for a piece that is no number.
+std::vector<std::int32_t> TextToItemset(std::string_view text);
+
+}  // namespace selvane

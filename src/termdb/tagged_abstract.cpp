@@ -1,0 +1,94 @@
+#include "termdb/tagged_abstract.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "base/text.h"
+
+namespace selvane {
+
+namespace {
+
+using namespace std::string_view_literals;
+
+constexpr auto kNone = std::string_view::npos;
+
+std::size_t Find(std::string_view text, std::string_view wanted, std::size_t from) {
+  if (from > text.size()) return kNone;
+  const void* found = ::memmem(text.data() + from, text.size() - from, wanted.data(), wanted.size());
+  return found == nullptr ? kNone : static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
+}
+
+// The canonical form in a mark's text, as it stands there; empty when there is none.
+std::string_view CanonicalOf(std::string_view mark) {
+  const std::size_t attribute = Find(mark, "DictCanon="sv, 0);
+  if (attribute == kNone) return {};
+  const std::size_t value = attribute + "DictCanon=\""sv.size();
+  const std::size_t end = value <= mark.size() ? mark.find('"', value) : kNone;
+  return end == kNone ? std::string_view() : mark.substr(value, end - value);
+}
+
+// A form that was wrapped over two lines, with one blank for the line end and the indentation.
+std::string Unwrapped(std::string_view form) {
+  std::string text;
+  while (!form.empty()) {
+    if (!text.empty()) text += ' ';
+    text += Trimmed(NextLine(form));
+  }
+  return text;
+}
+
+// Turns forms into clean UTF-8 text, copying as rarely as possible.
+class FormReader {
+ public:
+  explicit FormReader(std::string_view bytes) : bytes_(bytes) {}
+
+  std::string_view Clean(std::string_view form) {
+    const bool plain = std::all_of(form.begin(), form.end(), [](char c) {
+      return static_cast<signed char>(c) > 0x1F && c != '\'';  // neither a line end, nor a quote, nor beyond ASCII
+    });
+    if (plain) return form;
+    clean_ = Unwrapped(form);
+    if (!IsWholeUtf8()) clean_ = FromCodePage1252(clean_);
+    ReplaceQuotes(clean_);
+    return clean_;
+  }
+
+ private:
+  // Which encoding a file has is asked of the whole file, once, when the first form needs to know.
+  bool IsWholeUtf8() {
+    if (!asked_) is_utf8_ = IsUtf8(bytes_);
+    asked_ = true;
+    return is_utf8_;
+  }
+
+  std::string_view bytes_;
+  bool asked_ = false;
+  bool is_utf8_ = true;
+  std::string clean_;
+};
+
+}  // namespace
+
+void ForEachTaggedTerm(std::string_view bytes, const std::function<void(std::string_view)>& visit) {
+  if (bytes.starts_with("\xEF\xBB\xBF"sv)) bytes.remove_prefix(3);
+  const std::size_t begin = bytes.starts_with("AB  - "sv) ? 0 : Find(bytes, "\nAB  - "sv, 0);
+  if (begin == kNone) return;
+  FormReader forms(bytes);
+  std::size_t at = begin + 1;
+  // The line that ends the abstract. A mark may run over it: only a line that is read while looking for the
+  // next mark ends the abstract.
+  std::size_t end = Find(bytes, "\nAD  - "sv, at);
+  for (;;) {
+    const std::size_t mark = Find(bytes.substr(0, end), "<DictTerm"sv, at);
+    if (mark == kNone) return;
+    const std::size_t close = Find(bytes, "</DictTerm>"sv, mark);
+    if (close == kNone) return;
+    const std::string_view canonical = CanonicalOf(bytes.substr(mark, close - mark));
+    if (!canonical.empty()) visit(forms.Clean(canonical));
+    at = close + "</DictTerm>"sv.size();
+    if (end != kNone && end < at) end = Find(bytes, "\nAD  - "sv, at);
+  }
+}
+
+}  // namespace selvane
