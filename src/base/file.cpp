@@ -116,7 +116,9 @@ bool InputFile::Fill() {
   return filled_ > 0;
 }
 
-bool InputFile::AtEnd() { return next_ == filled_ && !Fill(); }
+bool InputFile::AtEnd() {
+  return next_ == filled_ && !Fill();
+}
 
 bool InputFile::Read(std::span<char> bytes) {
   while (!bytes.empty()) {
@@ -130,15 +132,17 @@ bool InputFile::Read(std::span<char> bytes) {
 }
 
 FileLock::FileLock(const std::filesystem::path& path)
-    : file_(OpenFile(path, O_RDWR | O_CREAT, "create")), held_(::flock(file_.get(), LOCK_EX | LOCK_NB) == 0) {}
+    : file_(OpenFile(path, O_RDWR | O_CREAT, "create")),
+      held_(::flock(file_.get(), LOCK_EX | LOCK_NB) == 0) {}
 
 NewFile::NewFile(std::filesystem::path path, ExistingFile existing)
     : path_(std::move(path)), existing_(existing) {
   if (path_.empty()) throw FileError("No file was named: choose a file and try again");
   if (existing_ == ExistingFile::kRefuse && std::filesystem::exists(std::filesystem::symlink_status(path_))) {
-    throw FileError(fmt::format("{}: the file is there already and was left as it is; "
-                                "choose another name, or move it away",
-                                path_.string()));
+    throw FileError(
+        fmt::format("{}: the file is there already and was left as it is; "
+                    "choose another name, or move it away",
+                    path_.string()));
   }
   temporary_ = path_;
   temporary_ += fmt::format(".{}.part", ::getpid());

@@ -16,7 +16,9 @@ constexpr std::array<char32_t, 32> kUpperControls = {
     0x2039, 0x0152, 0x8D,   0x017D, 0x8F,   0x90,   0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D,   0x017E, 0x0178};
 
-unsigned Byte(char c) { return static_cast<unsigned char>(c); }
+unsigned Byte(char c) {
+  return static_cast<unsigned char>(c);
+}
 
 void AppendUtf8(std::string& out, char32_t c) {
   const auto put = [&out](char32_t byte) { out.push_back(static_cast<char>(byte)); };
@@ -61,7 +63,9 @@ std::string LowerCase(std::string_view text) {
   return lower;
 }
 
-void ReplaceQuotes(std::string& text) { std::replace(text.begin(), text.end(), '\'', ' '); }
+void ReplaceQuotes(std::string& text) {
+  std::replace(text.begin(), text.end(), '\'', ' ');
+}
 
 std::string WithoutQuotes(std::string_view text) {
   std::string copy(text);

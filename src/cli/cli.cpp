@@ -71,9 +71,10 @@ std::string ChooseTable(const std::vector<std::string>& tables, const std::strin
   if (tables.empty()) throw InputError(fmt::format("{}: the database holds no table", database.string()));
   std::string names;
   for (const std::string& table : tables) names += (names.empty() ? "" : ", ") + table;
-  throw InputError(given.empty()
-                       ? fmt::format("{}: choose a table with --table; there are: {}", database.string(), names)
-                       : fmt::format("{}: there is no table {}; there are: {}", database.string(), given, names));
+  throw InputError(
+      given.empty()
+          ? fmt::format("{}: choose a table with --table; there are: {}", database.string(), names)
+          : fmt::format("{}: there is no table {}; there are: {}", database.string(), given, names));
 }
 
 CLI::Option* AddFraction(CLI::App& command, const std::string& name, float& value, const std::string& help) {

@@ -22,7 +22,8 @@ char DecimalSign() {
 // Takes the progress line away before anything else is written to the terminal.
 class ClearingBuffer final : public std::streambuf {
  public:
-  ClearingBuffer(std::streambuf* target, selvane::TerminalProgress& progress) : target_(target), progress_(progress) {}
+  ClearingBuffer(std::streambuf* target, selvane::TerminalProgress& progress)
+      : target_(target), progress_(progress) {}
 
  protected:
   int overflow(int c) override {

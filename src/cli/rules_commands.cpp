@@ -32,16 +32,19 @@ struct ExtractOptions {
 // Refused before mining rather than after it; and a name that the filtering would refuse is worth a word.
 void CheckOutput(const ExtractOptions& options, const CliContext& context) {
   if (!options.overwrite && fs::exists(fs::symlink_status(options.output))) {
-    throw InputError(fmt::format("{}: the file is there already and was left as it is; choose another name, or "
-                                 "replace it with --overwrite",
-                                 options.output.string()));
+    throw InputError(
+        fmt::format("{}: the file is there already and was left as it is; choose another name, or "
+                    "replace it with --overwrite",
+                    options.output.string()));
   }
   if (options.output.has_parent_path() && !fs::is_directory(options.output.parent_path())) {
-    throw InputError(fmt::format("{}: there is no such folder; make it first", options.output.parent_path().string()));
+    throw InputError(
+        fmt::format("{}: there is no such folder; make it first", options.output.parent_path().string()));
   }
   const std::string name = options.output.filename().string();
   if (name.find("mdb", std::min(name.rfind('.'), name.size())) == std::string::npos) {
-    fmt::print(context.err, "selvane-cli: {} is not named *.mdb, so other commands will not take it for rules\n", name);
+    fmt::print(context.err,
+               "selvane-cli: {} is not named *.mdb, so other commands will not take it for rules\n", name);
   }
 }
 
@@ -53,9 +56,10 @@ void ReportTooMany(const RuleTally& tally, const CliContext& context) {
   if (const auto support = tally.FittingSupport(kMostRules)) {
     fitting += fmt::format("{}--min-support {:g}", fitting.empty() ? "" : " or ", *support);
   }
-  fmt::print(context.err,
-             "selvane-cli: there are {} rules and a table holds {}: the first {} are stored; {} would have fitted\n",
-             tally.total(), kMostRules, kMostRules, fitting.empty() ? "a smaller term table" : fitting);
+  fmt::print(
+      context.err,
+      "selvane-cli: there are {} rules and a table holds {}: the first {} are stored; {} would have fitted\n",
+      tally.total(), kMostRules, kMostRules, fitting.empty() ? "a smaller term table" : fitting);
 }
 
 void ReportEnd(const ExtractionReport& report, const CliContext& context) {
@@ -63,16 +67,19 @@ void ReportEnd(const ExtractionReport& report, const CliContext& context) {
     fmt::print(context.err, "selvane-cli: the pruned term {} is in the table and was restored\n", entry);
   }
   if (report.end == ExtractionEnd::kOnlySingleItems) {
-    fmt::print(context.err, "No extractable rules: no two items are frequent together, so no database was made; "
-                            "try a lower --min-support\n");
+    fmt::print(context.err,
+               "No extractable rules: no two items are frequent together, so no database was made; "
+               "try a lower --min-support\n");
   } else if (report.end == ExtractionEnd::kNoRules) {
-    fmt::print(context.err, "No extracted rules: none reaches the confidence; try a lower --min-confidence\n");
+    fmt::print(context.err,
+               "No extracted rules: none reaches the confidence; try a lower --min-confidence\n");
   }
-  fmt::print(context.err,
-             "{} rows, {} items, {} itemsets, {} rules; checking {:.2f} s, searching {:.2f} s ({} candidates, {} "
-             "million words), rules {:.2f} s\n",
-             report.rows, report.items, report.itemsets, report.rules_stored, report.check_seconds,
-             report.search_seconds, report.work.candidates, report.work.words / 1000000, report.rules_seconds);
+  fmt::print(
+      context.err,
+      "{} rows, {} items, {} itemsets, {} rules; checking {:.2f} s, searching {:.2f} s ({} candidates, {} "
+      "million words), rules {:.2f} s\n",
+      report.rows, report.items, report.itemsets, report.rules_stored, report.check_seconds,
+      report.search_seconds, report.work.candidates, report.work.words / 1000000, report.rules_seconds);
 }
 
 void Extract(ExtractOptions& options, const CliContext& context) {
@@ -101,17 +108,22 @@ void AddExtract(CLI::App& group, const CliContext& context) {
   auto options = std::make_shared<ExtractOptions>();
   command->add_option("TERMDB", options->terms, "Term database")->required();
   command->add_option("--taxonomy", options->taxonomy, "Taxonomy database")->required()->type_name("TAXDB");
-  command->add_option("--output", options->output, "Rules database to make")->required()->type_name("RULESDB");
+  command->add_option("--output", options->output, "Rules database to make")
+      ->required()
+      ->type_name("RULESDB");
   command->add_flag("--overwrite", options->overwrite, "Replace the rules database if it is there");
-  command->add_option("--table", options->request.table, "Term table, where there are several")->type_name("T");
-  AddFraction(*command, "--min-support", options->request.min_support, "Fraction of the rows that hold a rule");
+  command->add_option("--table", options->request.table, "Term table, where there are several")
+      ->type_name("T");
+  AddFraction(*command, "--min-support", options->request.min_support,
+              "Fraction of the rows that hold a rule");
   AddFraction(*command, "--min-confidence", options->request.min_confidence,
               "Fraction of the antecedent's rows that hold the consequent too");
   command->add_flag("--no-generalize", options->no_generalize, "Leave the terms' ancestors out");
   command->add_option("--itemsets", options->request.itemset_copy, "Keep a copy of the itemset file")
       ->type_name("FILE");
   command->footer(
-      "Example:\n  selvane-cli rules extract terms.mdb --taxonomy tax.mdb --output rules.mdb --min-support 0.2");
+      "Example:\n  selvane-cli rules extract terms.mdb --taxonomy tax.mdb --output rules.mdb --min-support "
+      "0.2");
   command->callback([options, &context] { Extract(*options, context); });
 }
 
@@ -137,8 +149,10 @@ void List(const fs::path& database, const CliContext& context) {
     fmt::format_to(std::back_inserter(lines), "table\t{}\t{}\n", table, rules.CountRules());
   }
   if (missing.empty()) {
-    constexpr std::array<std::string_view, 4> kKeys = {"term table", "rows", "minimum support", "minimum confidence"};
-    for (std::size_t i = 0; i < info.texts.size(); ++i) line(i < kKeys.size() ? kKeys[i] : "taxonomy", info.texts[i]);
+    constexpr std::array<std::string_view, 4> kKeys = {"term table", "rows", "minimum support",
+                                                       "minimum confidence"};
+    for (std::size_t i = 0; i < info.texts.size(); ++i)
+      line(i < kKeys.size() ? kKeys[i] : "taxonomy", info.texts[i]);
     line("direct items", items(info.first_map));
     line("generalized items", items(info.second_map));
   }
@@ -149,7 +163,8 @@ void List(const fs::path& database, const CliContext& context) {
 }
 
 void AddList(CLI::App& group, const CliContext& context) {
-  CLI::App* command = group.add_subcommand("list", "Print the tables of a rules database and how they were made");
+  CLI::App* command =
+      group.add_subcommand("list", "Print the tables of a rules database and how they were made");
   auto database = std::make_shared<fs::path>();
   command->add_option("RULESDB", *database, "Rules database")->required();
   command->footer("Example:\n  selvane-cli rules list rules.mdb");
@@ -202,7 +217,8 @@ void AddShow(CLI::App& group, const CliContext& context) {
   command->add_option("--limit", options->limit, "Print so many rules only")
       ->type_name("N")
       ->check(CLI::PositiveNumber);
-  command->footer("Example:\n  selvane-cli rules show rules.mdb --taxonomy tax.mdb --sort confidence --limit 20");
+  command->footer(
+      "Example:\n  selvane-cli rules show rules.mdb --taxonomy tax.mdb --sort confidence --limit 20");
   command->callback([options, &context] { Show(*options, context); });
 }
 

@@ -20,7 +20,9 @@ std::string Quoted(std::string_view text) {
   return quoted += '"';
 }
 
-std::string Numbers(const std::vector<NodeNumber>& side) { return fmt::format("{}", fmt::join(side, " ")); }
+std::string Numbers(const std::vector<NodeNumber>& side) {
+  return fmt::format("{}", fmt::join(side, " "));
+}
 
 std::string AsText(const std::vector<NumberedRule>& rules, ItemNames& names) {
   std::string text;
@@ -35,16 +37,19 @@ std::string AsCsv(const std::vector<NumberedRule>& rules, ItemNames& names) {
   std::string text =
       "INDEX,ANTECEDENT,CONSEQUENT,ANTECEDENT_NAMES,CONSEQUENT_NAMES,SUPPORT,CONFIDENCE,PA,PC,ASPEC,CSPEC\n";
   for (const auto& [index, rule] : rules) {
-    fmt::format_to(std::back_inserter(text), "{},{},{},{},{},{},{},{},{},{},{}\n", index, Numbers(rule.antecedent),
-                   Numbers(rule.consequent), Quoted(names.Joined(rule.antecedent)),
-                   Quoted(names.Joined(rule.consequent)), SingleText(rule.support), SingleText(rule.confidence),
-                   SingleText(rule.pa), SingleText(rule.pc), rule.aspec, rule.cspec);
+    fmt::format_to(std::back_inserter(text), "{},{},{},{},{},{},{},{},{},{},{}\n", index,
+                   Numbers(rule.antecedent), Numbers(rule.consequent), Quoted(names.Joined(rule.antecedent)),
+                   Quoted(names.Joined(rule.consequent)), SingleText(rule.support),
+                   SingleText(rule.confidence), SingleText(rule.pa), SingleText(rule.pc), rule.aspec,
+                   rule.cspec);
   }
   return text;
 }
 
 // The number that is written with the digits of the 32-bit float only.
-double Figure(float value) { return NumberOf(SingleText(value)).value_or(0); }
+double Figure(float value) {
+  return NumberOf(SingleText(value)).value_or(0);
+}
 
 std::string AsJson(const std::vector<NumberedRule>& rules, ItemNames& names) {
   auto all = nlohmann::ordered_json::array();

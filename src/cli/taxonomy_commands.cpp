@@ -32,10 +32,11 @@ void AddLoad(CLI::App& group, const CliContext& context) {
     const TaxonomyLoadReport report =
         LoadTaxonomy(options->file, options->database, ExistingFile::kRefuse, context.progress);
     if (!report.passed_over.empty()) {
-      fmt::print(context.err,
-                 "{} lines hold some of the words canonical, type and tree but not all, and were passed over; the "
-                 "first is line {}\n",
-                 report.passed_over.size(), report.passed_over.front());
+      fmt::print(
+          context.err,
+          "{} lines hold some of the words canonical, type and tree but not all, and were passed over; the "
+          "first is line {}\n",
+          report.passed_over.size(), report.passed_over.front());
     }
     if (report.unnamed > 0) {
       fmt::print(context.err, "{} positions have no line of their own and so no name\n", report.unnamed);
@@ -44,12 +45,14 @@ void AddLoad(CLI::App& group, const CliContext& context) {
   });
 }
 
-void List(const fs::path& database, bool source, const std::string& under, int depth, const CliContext& context) {
+void List(const fs::path& database, bool source, const std::string& under, int depth,
+          const CliContext& context) {
   const TaxonomyStore store(database);
   std::string code = under;
   if (!under.empty()) {
     code = FindPosition(store, under, source).value_or("");
-    if (code.empty()) throw InputError(fmt::format("the taxonomy has no position {}; list it to see which", under));
+    if (code.empty())
+      throw InputError(fmt::format("the taxonomy has no position {}; list it to see which", under));
   }
   std::string lines;
   const std::string below = code + ".";
@@ -106,9 +109,10 @@ void AddPrune(CLI::App& group, const CliContext& context) {
     for (const std::string& code : options->codes) {
       const std::optional<std::string> position = FindPosition(store, code);
       if (!position) {
-        throw InputError(fmt::format("the taxonomy has no position {}; nothing was pruned. "
-                                     "taxonomy list shows what there is",
-                                     code));
+        throw InputError(
+            fmt::format("the taxonomy has no position {}; nothing was pruned. "
+                        "taxonomy list shows what there is",
+                        code));
       }
       for (const NodeNumber node : store.NodesAtPosition(*position)) nodes.push_back(node);
     }

@@ -59,7 +59,8 @@ void TerminalProgress::Draw() {
   last_ = now;
   constexpr int kWidth = 30;
   const int filled = static_cast<int>(std::int64_t{kWidth} * (position_ - lower_) / (upper_ - lower_));
-  terminal_ << fmt::format("\r\033[K[{:<{}}] {}", std::string(static_cast<std::size_t>(filled), '#'), kWidth, status_)
+  terminal_ << fmt::format("\r\033[K[{:<{}}] {}", std::string(static_cast<std::size_t>(filled), '#'), kWidth,
+                           status_)
             << std::flush;
   drawn_ = true;
 }

@@ -23,8 +23,8 @@ class InterruptSignal {
   bool arrived_ = false;
 };
 
-// One line, drawn anew a few times a second when `draw` is set and cleared at the end. Throws Interrupted when
-// the signal has arrived.
+// One line, drawn anew a few times a second when `draw` is set and cleared at the end. Throws Interrupted
+// when the signal has arrived.
 class TerminalProgress final : public Progress {
  public:
   TerminalProgress(std::ostream& terminal, bool draw, InterruptSignal& signal)

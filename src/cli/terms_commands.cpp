@@ -42,16 +42,19 @@ void Build(const BuildOptions& options, const CliContext& context) {
   }
   const double read_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   if (collection.terms.empty()) {
-    throw InputError("no file holds a term of the taxonomy, so no database was made; check that the files are "
-                     "tagged and that the taxonomy is not pruned too far");
+    throw InputError(
+        "no file holds a term of the taxonomy, so no database was made; check that the files are "
+        "tagged and that the taxonomy is not pruned too far");
   }
   const TermTableReport report =
       WriteTermTable(collection, options.output, ExistingFile::kRefuse, context.clock, context.progress);
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  fmt::print(context.err, "table {}: {} rows, {} of {} terms; {} files read, {} passed over; {:.2f} s, reading {:.0f} MB/s\n",
-             report.table, report.rows, report.columns.size(), collection.terms.size(),
-             files.size() - static_cast<std::size_t>(skipped), skipped, seconds,
-             static_cast<double>(collection.bytes) / 1e6 / read_seconds);
+  fmt::print(
+      context.err,
+      "table {}: {} rows, {} of {} terms; {} files read, {} passed over; {:.2f} s, reading {:.0f} MB/s\n",
+      report.table, report.rows, report.columns.size(), collection.terms.size(),
+      files.size() - static_cast<std::size_t>(skipped), skipped, seconds,
+      static_cast<double>(collection.bytes) / 1e6 / read_seconds);
 }
 
 void AddBuild(CLI::App& group, const CliContext& context) {

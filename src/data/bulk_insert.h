@@ -17,7 +17,8 @@ std::string QuotedName(std::string_view name);
 // Transaction. Positions are those of the fields it was made for, from 0.
 class BulkInsert {
  public:
-  BulkInsert(std::shared_ptr<Connection> connection, std::string_view table, std::span<const std::string> fields);
+  BulkInsert(std::shared_ptr<Connection> connection, std::string_view table,
+             std::span<const std::string> fields);
 
   void Set(int position, std::string_view text) { statement_.BindText(position, text); }
   void Set(int position, std::int64_t value) { statement_.BindInteger(position, value); }

@@ -19,7 +19,8 @@ namespace {
 
 constexpr std::string_view kNoName = "no file was named; choose a database file and try again";
 
-// An open connection, with the lock of a file that cannot be written to and so cannot be locked by the engine.
+// An open connection, with the lock of a file that cannot be written to and so cannot be locked by the
+// engine.
 struct LockedConnection : Connection {
   FileDescriptor read_only_lock;
 };
@@ -35,6 +36,7 @@ std::shared_ptr<LockedConnection> Connect(const std::filesystem::path& path, int
   sqlite3_db_config(raw, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
   sqlite3_db_config(raw, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
   sqlite3_extended_result_codes(raw, 1);
+  sqlite3_limit(raw, SQLITE_LIMIT_ATTACHED, 0);  // no SQL text reaches, or makes, another file
   return connection;
 }
 
@@ -48,8 +50,10 @@ void LockWholeFile(LockedConnection& connection) {
     return;
   }
   connection.read_only_lock = FileDescriptor(::open(connection.path.c_str(), O_RDONLY | O_CLOEXEC));
-  if (connection.read_only_lock.IsOpen() && ::flock(connection.read_only_lock.get(), LOCK_EX | LOCK_NB) != 0) {
-    throw DatabaseError(connection.path, "the file is open elsewhere; close the other program or window and try again");
+  if (connection.read_only_lock.IsOpen() &&
+      ::flock(connection.read_only_lock.get(), LOCK_EX | LOCK_NB) != 0) {
+    throw DatabaseError(connection.path,
+                        "the file is open elsewhere; close the other program or window and try again");
   }
 }
 
@@ -64,14 +68,19 @@ Database::Database(Database&&) noexcept = default;
 Database& Database::operator=(Database&&) noexcept = default;
 Database::~Database() = default;
 
-void Database::Close() { connection_.reset(); }
+void Database::Close() {
+  connection_.reset();
+}
 
-const std::filesystem::path& Database::path() const { return connection_->path; }
+const std::filesystem::path& Database::path() const {
+  return connection_->path;
+}
 
 Database Database::Create(const std::filesystem::path& path, std::string_view locale) {
   if (path.empty()) throw DatabaseError(path, kNoName);
   if (std::filesystem::exists(std::filesystem::symlink_status(path))) {
-    throw DatabaseError(path, "the file is there already and was left as it is; choose another name, or move it away");
+    throw DatabaseError(
+        path, "the file is there already and was left as it is; choose another name, or move it away");
   }
   const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
   if (!std::filesystem::is_directory(folder)) {
@@ -105,7 +114,8 @@ Database Database::Open(const std::filesystem::path& path, OpenMode mode) {
   if (mode == OpenMode::kReadOnly) {
     connection->Run("PRAGMA query_only=ON");
   } else if (sqlite3_db_readonly(connection->handle.get(), "main") != 0) {
-    throw DatabaseError(path, "the file is write-protected; copy it to a folder of your own and use the copy");
+    throw DatabaseError(path,
+                        "the file is write-protected; copy it to a folder of your own and use the copy");
   }
   return Database(std::move(connection));
 }

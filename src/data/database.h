@@ -44,7 +44,8 @@ class Database {
   std::vector<Field> Fields(std::string_view table) const;
   long RecordCount(std::string_view table) const;
 
-  // Widths and ranges of the fields are enforced by the file itself. Fields have no default but the empty text.
+  // Widths and ranges of the fields are enforced by the file itself. Fields have no default but the empty
+  // text.
   void CreateTable(std::string_view table, std::span<const Field> fields);
   void AddField(std::string_view table, const Field& field);
   void CreateIndex(std::string_view table, std::string_view field);

@@ -29,7 +29,8 @@ std::string Declaration(const Field& field) {
       return fmt::format("{0} REAL CHECK ({0} BETWEEN -3.4028235e38 AND 3.4028235e38)", name);
     default:
       // An empty text is compared first: it is the common value of a wide table and costs no function call.
-      return fmt::format("{0} VARCHAR({1}) DEFAULT '' CHECK ({0} = '' OR length({0}) <= {1})", name, field.size);
+      return fmt::format("{0} VARCHAR({1}) DEFAULT '' CHECK ({0} = '' OR length({0}) <= {1})", name,
+                         field.size);
   }
 }
 
@@ -111,13 +112,15 @@ void Database::CreateTable(std::string_view table, std::span<const Field> fields
 }
 
 void Database::AddField(std::string_view table, const Field& field) {
-  connection_->Run(fmt::format("ALTER TABLE {} ADD COLUMN {}", QuotedName(table), Declaration(field)).c_str());
+  connection_->Run(
+      fmt::format("ALTER TABLE {} ADD COLUMN {}", QuotedName(table), Declaration(field)).c_str());
 }
 
 void Database::CreateIndex(std::string_view table, std::string_view field) {
   const std::string index = QuotedName(fmt::format("{}_{}", table, field));
   connection_->Run(
-      fmt::format("CREATE INDEX IF NOT EXISTS {} ON {} ({})", index, QuotedName(table), QuotedName(field)).c_str());
+      fmt::format("CREATE INDEX IF NOT EXISTS {} ON {} ({})", index, QuotedName(table), QuotedName(field))
+          .c_str());
 }
 
 void Database::DropIndexes(std::string_view table) {
@@ -162,6 +165,8 @@ std::string Database::QueryText(std::string_view name) const {
   return std::string(find.ColumnText(0));
 }
 
-void Database::ExecuteQuery(std::string_view name) { Execute(QueryText(name)); }
+void Database::ExecuteQuery(std::string_view name) {
+  Execute(QueryText(name));
+}
 
 }  // namespace selvane

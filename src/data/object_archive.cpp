@@ -38,7 +38,9 @@ void ArchiveWriter::WriteCount(std::uint32_t count) {
   Put(count, 4);
 }
 
-void ArchiveWriter::WriteValue(std::uint32_t value) { Put(value, 4); }
+void ArchiveWriter::WriteValue(std::uint32_t value) {
+  Put(value, 4);
+}
 
 void ArchiveWriter::WriteValues(std::span<const std::uint32_t> values) {
   if constexpr (std::endian::native == std::endian::little) {
@@ -65,9 +67,10 @@ void ArchiveWriter::WriteText(std::string_view bytes) {
 
 void ArchiveReader::Need(std::span<char> bytes) {
   if (file_.Read(bytes)) return;
-  throw FileError(fmt::format("{}: the file ends too early; it is damaged or not complete: "
-                              "run the extraction again",
-                              file_.path().string()));
+  throw FileError(
+      fmt::format("{}: the file ends too early; it is damaged or not complete: "
+                  "run the extraction again",
+                  file_.path().string()));
 }
 
 std::uint32_t ArchiveReader::Get(int bytes) {

@@ -38,7 +38,9 @@ Variant Recordset::Value(int position) const {
   return statement_.Column(position + first_column_);
 }
 
-Variant Recordset::Value(std::string_view name) const { return Value(PositionOf(name)); }
+Variant Recordset::Value(std::string_view name) const {
+  return Value(PositionOf(name));
+}
 
 std::string_view Recordset::Text(int position) const {
   NeedRow();
@@ -50,15 +52,21 @@ auto Recordset::Converted(int position, Convert convert) const {
   try {
     return convert(Value(position));
   } catch (const InputError& error) {
-    throw DatabaseError(connection_->path, fmt::format("field \"{}\": {}", FieldName(position), error.what()));
+    throw DatabaseError(connection_->path,
+                        fmt::format("field \"{}\": {}", FieldName(position), error.what()));
   }
 }
 
 std::int16_t Recordset::Int16(int position) const {
+  if (const auto value = statement_.PlainInteger(position + first_column_); value && !at_end_) {
+    const auto narrow = static_cast<std::int16_t>(*value);
+    if (narrow == *value) return narrow;
+  }
   return Converted(position, [](const Variant& value) { return value.ToInt16(); });
 }
 
 std::int32_t Recordset::Int32(int position) const {
+  if (const auto value = Int32Of(Text(position))) return *value;
   return Converted(position, [](const Variant& value) { return value.ToInt32(); });
 }
 
@@ -77,7 +85,8 @@ void Recordset::MakeEditable() {
   std::string numbered = source_.text;
   numbered.insert(kSelect.size(), "rowid, ");
   Statement statement(connection_, numbered, source_.text);
-  for (std::size_t i = 0; i < source_.values.size(); ++i) statement.Bind(static_cast<int>(i), source_.values[i]);
+  for (std::size_t i = 0; i < source_.values.size(); ++i)
+    statement.Bind(static_cast<int>(i), source_.values[i]);
   bool row = statement.Step();
   for (std::int64_t i = 0; i < moves_ && row; ++i) row = statement.Step();
   statement_ = std::move(statement);
@@ -106,7 +115,9 @@ void Recordset::SetField(int position, const Variant& value) {
   edited_[static_cast<std::size_t>(position)] = value;
 }
 
-void Recordset::SetField(std::string_view name, const Variant& value) { SetField(PositionOf(name), value); }
+void Recordset::SetField(std::string_view name, const Variant& value) {
+  SetField(PositionOf(name), value);
+}
 
 void Recordset::Update() {
   if (editing_ == Editing::kNothing) throw DatabaseError(connection_->path, "no row is being edited");

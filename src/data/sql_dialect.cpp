@@ -16,14 +16,18 @@ using namespace std::string_view_literals;
 
 // Words that keep their meaning; every other word is a name. INDEX is left out on purpose: it is a column.
 constexpr std::array kKeywords = {
-    "ALL"sv,  "AND"sv,   "AS"sv,  "ASC"sv,  "BETWEEN"sv, "BY"sv,    "DELETE"sv, "DESC"sv,   "DISTINCT"sv,
-    "FROM"sv, "GROUP"sv, "HAVING"sv, "IN"sv, "INSERT"sv, "INTO"sv,  "IS"sv,     "LIKE"sv,   "LIMIT"sv,
-    "NOT"sv,  "NULL"sv,  "OR"sv,  "ORDER"sv, "SELECT"sv, "SET"sv,   "UPDATE"sv, "VALUES"sv, "WHERE"sv};
+    "ALL"sv,  "AND"sv,   "AS"sv,     "ASC"sv,   "BETWEEN"sv, "BY"sv,   "DELETE"sv, "DESC"sv,   "DISTINCT"sv,
+    "FROM"sv, "GROUP"sv, "HAVING"sv, "IN"sv,    "INSERT"sv,  "INTO"sv, "IS"sv,     "LIKE"sv,   "LIMIT"sv,
+    "NOT"sv,  "NULL"sv,  "OR"sv,     "ORDER"sv, "SELECT"sv,  "SET"sv,  "UPDATE"sv, "VALUES"sv, "WHERE"sv};
 
 constexpr std::size_t kLongestKeyword = 8;
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+bool IsBlank(char c) {
+  return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
 
 // Letters, digits, the underscore and every byte of a character outside ASCII.
 bool IsNameByte(char c) {
@@ -141,13 +145,9 @@ class Translator {
   }
 
   // True where a table's name must follow, even one that looks like a number.
-  bool ExpectsTable() const {
-    return previous_ == "FROM" || previous_ == "INTO" || previous_ == "UPDATE";
-  }
+  bool ExpectsTable() const { return previous_ == "FROM" || previous_ == "INTO" || previous_ == "UPDATE"; }
 
-  bool ExpectsValue() const {
-    return previous_ == "=" || previous_ == "<" || previous_ == ">" || in_values_;
-  }
+  bool ExpectsValue() const { return previous_ == "=" || previous_ == "<" || previous_ == ">" || in_values_; }
 
   void TakeNumberOrName() {
     std::size_t end = at_;
@@ -169,7 +169,8 @@ class Translator {
     std::size_t end = at_;
     while (end < sql_.size() && IsNameByte(sql_[end])) ++end;
     const std::string_view word = sql_.substr(at_, end - at_);
-    if (word.empty()) throw InputError(fmt::format("the SQL text cannot be read at \"{}\"", sql_.substr(at_)));
+    if (word.empty())
+      throw InputError(fmt::format("the SQL text cannot be read at \"{}\"", sql_.substr(at_)));
     const bool table = ExpectsTable();
     at_ = end;
     const std::string_view keyword = KeywordOf(word);
@@ -184,6 +185,7 @@ class Translator {
   }
 
   void TakeSign(char c) {
+    if (c == '?') throw InputError("the SQL text holds a ? outside quotes");
     ++at_;
     if (c == '*' && previous_ == "DELETE") return;
     sign_ = 1;
@@ -196,7 +198,8 @@ class Translator {
     }
     // Two-character comparisons are kept together; any other sign stands alone, so that no comment can begin.
     const char next = at_ < sql_.size() ? sql_[at_] : '\0';
-    if ((c == '<' && (next == '>' || next == '=')) || (c == '>' && next == '=') || (c == '!' && next == '=')) {
+    if ((c == '<' && (next == '>' || next == '=')) || (c == '>' && next == '=') ||
+        (c == '!' && next == '=')) {
       ++at_;
       const std::array<char, 2> pair = {c, next};
       Put({pair.data(), pair.size()});
@@ -217,6 +220,8 @@ class Translator {
 
 }  // namespace
 
-TranslatedSql SqlDialect::Translate(std::string_view sql) { return Translator(sql).Run(); }
+TranslatedSql SqlDialect::Translate(std::string_view sql) {
+  return Translator(sql).Run();
+}
 
 }  // namespace selvane

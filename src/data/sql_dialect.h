@@ -9,8 +9,8 @@
 
 namespace selvane {
 
-// An SQL text with its literals lifted out: each `?` of `text` stands for the next of `values`. Two texts that
-// differ in literals only have the same `text`, which is the key of the cache of compiled statements.
+// An SQL text with its literals lifted out: each `?` of `text` stands for the next of `values`. Two texts
+// that differ in literals only have the same `text`, which is the key of the cache of compiled statements.
 struct TranslatedSql {
   std::string text;
   std::vector<Variant> values;

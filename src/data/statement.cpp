@@ -6,9 +6,13 @@
 
 namespace selvane {
 
-void SqliteCloser::operator()(sqlite3* connection) const noexcept { sqlite3_close_v2(connection); }
+void SqliteCloser::operator()(sqlite3* connection) const noexcept {
+  sqlite3_close_v2(connection);
+}
 
-void StatementFinalizer::operator()(sqlite3_stmt* statement) const noexcept { sqlite3_finalize(statement); }
+void StatementFinalizer::operator()(sqlite3_stmt* statement) const noexcept {
+  sqlite3_finalize(statement);
+}
 
 StatementHandle StatementCache::Take(std::string_view text) {
   const auto found = by_text_.find(text);
@@ -81,8 +85,9 @@ Statement::Statement(std::shared_ptr<Connection> connection, std::string_view te
   if (handle_) return;
   sqlite3_stmt* raw = nullptr;
   const char* tail = nullptr;
-  const int status = sqlite3_prepare_v3(connection_->handle.get(), text_.c_str(),
-                                        static_cast<int>(text_.size() + 1), SQLITE_PREPARE_PERSISTENT, &raw, &tail);
+  const int status =
+      sqlite3_prepare_v3(connection_->handle.get(), text_.c_str(), static_cast<int>(text_.size() + 1),
+                         SQLITE_PREPARE_PERSISTENT, &raw, &tail);
   handle_.reset(raw);
   if (status != SQLITE_OK) connection_->Fail(shown_);
   if (raw == nullptr) throw DatabaseError(connection_->path, "the SQL text is empty", shown_);
@@ -131,11 +136,17 @@ void Statement::Execute() {
   Reset();
 }
 
-void Statement::Reset() { sqlite3_reset(handle_.get()); }
+void Statement::Reset() {
+  sqlite3_reset(handle_.get());
+}
 
-int Statement::ColumnCount() const { return sqlite3_column_count(handle_.get()); }
+int Statement::ColumnCount() const {
+  return sqlite3_column_count(handle_.get());
+}
 
-std::string Statement::ColumnName(int column) const { return sqlite3_column_name(handle_.get(), column); }
+std::string Statement::ColumnName(int column) const {
+  return sqlite3_column_name(handle_.get(), column);
+}
 
 Variant Statement::Column(int column) const {
   switch (sqlite3_column_type(handle_.get(), column)) {
@@ -159,6 +170,11 @@ std::string_view Statement::ColumnText(int column) const {
 
 std::int64_t Statement::ColumnInteger(int column) const {
   return sqlite3_column_int64(handle_.get(), column);
+}
+
+std::optional<std::int64_t> Statement::PlainInteger(int column) const {
+  if (sqlite3_column_type(handle_.get(), column) != SQLITE_INTEGER) return std::nullopt;
+  return ColumnInteger(column);
 }
 
 }  // namespace selvane

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <list>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -83,6 +84,7 @@ class Statement {
   Variant Column(int column) const;
   std::string_view ColumnText(int column) const;  // valid until the next step
   std::int64_t ColumnInteger(int column) const;
+  std::optional<std::int64_t> PlainInteger(int column) const;  // nothing when the value is no integer
 
  private:
   std::shared_ptr<Connection> connection_;

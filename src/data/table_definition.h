@@ -23,7 +23,8 @@ struct Field {
 // Bits of a table's attribute word. An ordinary local table has none of them.
 inline constexpr std::uint32_t kHiddenTable = 0x00000001;
 inline constexpr std::uint32_t kSystemTable = 0x80000002;
-inline constexpr std::uint32_t kLinkedTable = 0x40000000;  // rows that come from elsewhere: views, virtual tables
+inline constexpr std::uint32_t kLinkedTable =
+    0x40000000;  // rows that come from elsewhere: views, virtual tables
 
 struct TableDefinition {
   std::string name;

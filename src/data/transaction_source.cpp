@@ -95,8 +95,8 @@ void TransactionSource::ItemRowIds(std::string_view table, int position, std::ve
   std::string bracketed;
   for (const char c : field_name) bracketed.append(c == ']' ? 2 : 1, c);
   const char* const one = field.type == FieldType::kText ? "'1'" : "1";
-  Recordset rows = database().OpenRecordset(
-      fmt::format("select Index from {} where [{}] = {}", table, bracketed, one));
+  Recordset rows =
+      database().OpenRecordset(fmt::format("select Index from {} where [{}] = {}", table, bracketed, one));
   for (; !rows.AtEnd(); rows.MoveNext()) ids.push_back(static_cast<std::uint16_t>(rows.Int16(0)));
 }
 

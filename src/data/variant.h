@@ -13,12 +13,12 @@ namespace selvane {
 class Variant {
  public:
   Variant() = default;
-  Variant(std::int64_t value) : value_(value) {}        // NOLINT(google-explicit-constructor): a value type
-  Variant(int value) : value_(std::int64_t{value}) {}   // NOLINT(google-explicit-constructor)
-  Variant(double value) : value_(value) {}              // NOLINT(google-explicit-constructor)
-  Variant(std::string value) : value_(std::move(value)) {}              // NOLINT(google-explicit-constructor)
-  Variant(std::string_view value) : value_(std::string(value)) {}       // NOLINT(google-explicit-constructor)
-  Variant(const char* value) : value_(std::string(value)) {}            // NOLINT(google-explicit-constructor)
+  Variant(std::int64_t value) : value_(value) {}       // NOLINT(google-explicit-constructor): a value type
+  Variant(int value) : value_(std::int64_t{value}) {}  // NOLINT(google-explicit-constructor)
+  Variant(double value) : value_(value) {}             // NOLINT(google-explicit-constructor)
+  Variant(std::string value) : value_(std::move(value)) {}         // NOLINT(google-explicit-constructor)
+  Variant(std::string_view value) : value_(std::string(value)) {}  // NOLINT(google-explicit-constructor)
+  Variant(const char* value) : value_(std::string(value)) {}       // NOLINT(google-explicit-constructor)
 
   bool IsNull() const { return std::holds_alternative<std::monostate>(value_); }
   const std::int64_t* AsInteger() const { return std::get_if<std::int64_t>(&value_); }

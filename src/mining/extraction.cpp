@@ -22,21 +22,27 @@ constexpr const char* kRulesTable = "Extracted";
 
 class StageTimer {
  public:
-  double Seconds() const { return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count(); }
+  double Seconds() const {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+  }
 
  private:
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
-bool IsFraction(float value) { return value > 0 && value <= 1; }
+bool IsFraction(float value) {
+  return value > 0 && value <= 1;
+}
 
 void CheckRequest(const TransactionSource& source, const ExtractionRequest& request) {
   if (!IsFraction(request.min_support)) throw InputError("the minimum support must be above 0 and at most 1");
-  if (!IsFraction(request.min_confidence)) throw InputError("the minimum confidence must be above 0 and at most 1");
+  if (!IsFraction(request.min_confidence))
+    throw InputError("the minimum confidence must be above 0 and at most 1");
   const long rows = source.RecordCount(request.table);
   if (rows > kMostTableRows) {
-    throw InputError(fmt::format("table {} has {} rows, and at most {} can be mined; divide it into several tables",
-                                 request.table, rows, kMostTableRows));
+    throw InputError(
+        fmt::format("table {} has {} rows, and at most {} can be mined; divide it into several tables",
+                    request.table, rows, kMostTableRows));
   }
   if (!request.itemset_copy.empty() && fs::exists(request.itemset_copy)) {
     throw FileError(fmt::format("{}: the file is there already and was left as it is; choose another name",
@@ -44,8 +50,8 @@ void CheckRequest(const TransactionSource& source, const ExtractionRequest& requ
   }
 }
 
-void RestoreMissing(const TransactionSource& source, TaxonomyStore& taxonomy, const ExtractionRequest& request,
-                    ExtractionReport& report, Progress& progress) {
+void RestoreMissing(const TransactionSource& source, TaxonomyStore& taxonomy,
+                    const ExtractionRequest& request, ExtractionReport& report, Progress& progress) {
   std::vector<std::string> terms;
   source.ListItemFields(request.table, terms);
   bool is_missing = false;
@@ -61,7 +67,8 @@ void KeepCopy(const fs::path& itemsets, const fs::path& copy) {
   NewFile file(copy, ExistingFile::kRefuse);
   std::error_code error;
   fs::copy_file(itemsets, file.temporary(), error);
-  if (error) throw FileError(fmt::format("{}: cannot keep the itemset file: {}", copy.string(), error.message()));
+  if (error)
+    throw FileError(fmt::format("{}: cannot keep the itemset file: {}", copy.string(), error.message()));
   file.Commit();
 }
 
@@ -119,7 +126,8 @@ std::vector<std::string> FindMissingEntries(const TaxonomyStore& taxonomy, std::
 }
 
 ExtractionReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, ItemsetFileHold& hold,
-                              const ExtractionRequest& request, const ExtractionHooks& hooks, Progress& progress) {
+                              const ExtractionRequest& request, const ExtractionHooks& hooks,
+                              Progress& progress) {
   CheckRequest(source, request);
   ExtractionReport report;
   const StageTimer check_timer;
@@ -127,7 +135,8 @@ ExtractionReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy
   report.check_seconds = check_timer.Seconds();
 
   const StageTimer search_timer;
-  GeneralizedApriori engine(source, request.table, request.min_support, taxonomy, request.generalize, hold.path());
+  GeneralizedApriori engine(source, request.table, request.min_support, taxonomy, request.generalize,
+                            hold.path());
   Search(engine, request, hold, report, progress);
   report.search_seconds = search_timer.Seconds();
   if (engine.itemsets_written() == engine.single_items()) {

@@ -42,8 +42,8 @@ struct ExtractionHooks {
 };
 
 enum class ExtractionEnd {
-  kRules,           // rules were stored
-  kNoRules,         // "No extracted rules": none reached the confidence; the database is there, with an empty table
+  kRules,    // rules were stored
+  kNoRules,  // "No extracted rules": none reached the confidence; the database is there, with an empty table
   kOnlySingleItems  // "No extractable rules": no two items are frequent together; nothing was written
 };
 
@@ -71,11 +71,12 @@ std::vector<std::string> FindMissingEntries(const TaxonomyStore& taxonomy, std::
 inline constexpr long kMostTableRows = 32767;
 
 // Checks that the items of the table are in the working taxonomy and brings missing ones back, searches for
-// frequent itemsets, makes rules of them and stores them, with the rules information file beside the database.
-// The itemset file under `hold` is removed in the end. Nothing is left under the output's name when it fails.
-// Throws InputError for thresholds outside (0, 1], a table that is too long and item numbers that are too
-// great, DatabaseError, FileError and Interrupted.
+// frequent itemsets, makes rules of them and stores them, with the rules information file beside the
+// database. The itemset file under `hold` is removed in the end. Nothing is left under the output's name when
+// it fails. Throws InputError for thresholds outside (0, 1], a table that is too long and item numbers that
+// are too great, DatabaseError, FileError and Interrupted.
 ExtractionReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, ItemsetFileHold& hold,
-                              const ExtractionRequest& request, const ExtractionHooks& hooks, Progress& progress);
+                              const ExtractionRequest& request, const ExtractionHooks& hooks,
+                              Progress& progress);
 
 }  // namespace selvane

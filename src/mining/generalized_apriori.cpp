@@ -93,11 +93,13 @@ bool GeneralizedApriori::AreRelated(std::uint32_t a, std::uint32_t b) const {
 
 Level GeneralizedApriori::PairLevel(const Level& singles, Progress& progress) {
   if (!generalize_) {
-    return NextLevel(singles, known_, [](std::uint32_t, std::uint32_t) { return true; }, work_, progress);
+    return NextLevel(
+        singles, known_, [](std::uint32_t, std::uint32_t) { return true; }, work_, progress);
   }
   for (const NodeNumber node : nodes_) codes_.push_back(taxonomy_.FatherCode(node));
   return NextLevel(
-      singles, known_, [this](std::uint32_t a, std::uint32_t b) { return !AreRelated(a, b); }, work_, progress);
+      singles, known_, [this](std::uint32_t a, std::uint32_t b) { return !AreRelated(a, b); }, work_,
+      progress);
 }
 
 void GeneralizedApriori::Run(Progress& progress) {

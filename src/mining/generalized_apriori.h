@@ -28,8 +28,8 @@ class GeneralizedApriori {
   GeneralizedApriori(TransactionSource& source, std::string table, float minimum_support,
                      const TaxonomyStore& taxonomy, bool generalize, std::filesystem::path itemset_file);
 
-  // The whole search. Moves the bar from 0 to 90 of 100. Throws DatabaseError and Interrupted; a failure of the
-  // itemset file is kept for file_error() and the run goes on, with records lost.
+  // The whole search. Moves the bar from 0 to 90 of 100. Throws DatabaseError and Interrupted; a failure of
+  // the itemset file is kept for file_error() and the run goes on, with records lost.
   void Run(Progress& progress);
 
   // Nodes of terms, and those added by generalization, in order of first appearance.
@@ -71,8 +71,8 @@ class GeneralizedApriori {
   SearchWork work_;
 };
 
-// The smallest number of rows, of `row_count`, whose ratio reaches the fraction when both are compared as 32-bit
-// floats; row_count + 1 when none does.
+// The smallest number of rows, of `row_count`, whose ratio reaches the fraction when both are compared as
+// 32-bit floats; row_count + 1 when none does.
 std::uint32_t LeastRows(float fraction, std::uint32_t row_count);
 
 }  // namespace selvane

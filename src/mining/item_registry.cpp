@@ -11,9 +11,7 @@ namespace {
 // Numbers for the ids of rows, in order of first appearance.
 class RowPlaces {
  public:
-  std::size_t PlaceOf(std::uint32_t row_id) {
-    return places_.emplace(row_id, places_.size()).first->second;
-  }
+  std::size_t PlaceOf(std::uint32_t row_id) { return places_.emplace(row_id, places_.size()).first->second; }
   std::size_t size() const { return places_.size(); }
 
  private:
@@ -56,8 +54,9 @@ class NodeColumns {
 
 }  // namespace
 
-ItemRegistry ReadItems(TransactionSource& source, std::string_view table, std::span<const std::string> item_names,
-                       const TaxonomyStore& taxonomy, bool generalize, Progress& progress) {
+ItemRegistry ReadItems(TransactionSource& source, std::string_view table,
+                       std::span<const std::string> item_names, const TaxonomyStore& taxonomy,
+                       bool generalize, Progress& progress) {
   ItemRegistry registry;
   const long records = source.RecordCount(table);
   if (records == 0) return registry;
@@ -79,7 +78,8 @@ ItemRegistry ReadItems(TransactionSource& source, std::string_view table, std::s
     // Nodes that a column gives are registered with its first row; later rows add nothing new.
     for (const std::size_t column : new_columns) {
       met[column] = true;
-      for (const NodeNumber node : taxonomy.NodesOfTerm(item_names[column])) nodes.Add(node, column, registry.direct);
+      for (const NodeNumber node : taxonomy.NodesOfTerm(item_names[column]))
+        nodes.Add(node, column, registry.direct);
     }
     for (const std::size_t column : new_columns) {
       if (!generalize) break;

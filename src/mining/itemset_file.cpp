@@ -46,16 +46,18 @@ std::filesystem::path ItemsetFileHold::DefaultFolder() {
   if (state != nullptr && state[0] == '/') return std::filesystem::path(state) / "selvane";
   const char* const home = std::getenv("HOME");
   if (home != nullptr && home[0] != '\0') return std::filesystem::path(home) / ".local/state/selvane";
-  throw FileError("there is no folder for the itemset file; set XDG_STATE_HOME or HOME to a folder of your own");
+  throw FileError(
+      "there is no folder for the itemset file; set XDG_STATE_HOME or HOME to a folder of your own");
 }
 
 ItemsetFileHold::ItemsetFileHold(const std::filesystem::path& folder) : path_(folder / "ItemSets.dat") {
   std::error_code error;
   std::filesystem::create_directories(folder, error);
   if (error) {
-    throw FileError(fmt::format("{}: cannot make the folder for the itemset file: {}; set XDG_STATE_HOME to a "
-                                "folder of your own",
-                                folder.string(), error.message()));
+    throw FileError(
+        fmt::format("{}: cannot make the folder for the itemset file: {}; set XDG_STATE_HOME to a "
+                    "folder of your own",
+                    folder.string(), error.message()));
   }
   lock_.emplace(folder / "ItemSets.lock");
   if (lock_->IsHeld()) return;

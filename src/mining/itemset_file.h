@@ -37,8 +37,8 @@ class ItemsetFile {
   std::optional<ArchiveReader> reader_;
 };
 
-// The itemset file of all runs: one place for a user, held under a lock for the length of a run and removed at
-// its end, however that ends.
+// The itemset file of all runs: one place for a user, held under a lock for the length of a run and removed
+// at its end, however that ends.
 class ItemsetFileHold {
  public:
   // `$XDG_STATE_HOME/selvane`, by default `~/.local/state/selvane`. Throws FileError when there is neither.

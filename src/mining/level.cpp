@@ -58,7 +58,8 @@ class PrefixRows {
 
 class Joiner {
  public:
-  Joiner(const Level& level, const LevelItems& known, const std::function<bool(std::uint32_t, std::uint32_t)>& may_join)
+  Joiner(const Level& level, const LevelItems& known,
+         const std::function<bool(std::uint32_t, std::uint32_t)>& may_join)
       : level_(level),
         known_(known),
         may_join_(may_join),
@@ -123,7 +124,8 @@ class Joiner {
 };
 
 // Groups the new itemsets by the itemset of `level` that is all of their items but the last.
-void Group(const Level& level, const LevelItems& known, std::span<const std::uint32_t> beginnings, Level& next) {
+void Group(const Level& level, const LevelItems& known, std::span<const std::uint32_t> beginnings,
+           Level& next) {
   std::vector<std::size_t> place(level.size(), 0);
   for (const std::uint32_t beginning : beginnings) ++place[beginning];
   std::vector<std::uint32_t> sorted;

@@ -36,14 +36,14 @@ class PairTable {
   std::vector<bool> bits_;
 };
 
-// Itemsets of one size in the order in which plain pairwise joining of the level before gives them. For finding
-// joins they are grouped by all items but the last; a group keeps that order, and groups stand in
+// Itemsets of one size in the order in which plain pairwise joining of the level before gives them. For
+// finding joins they are grouped by all items but the last; a group keeps that order, and groups stand in
 // lexicographic order so that neighbours share most of their items.
 struct Level {
   std::size_t set_size = 0;
-  std::vector<std::uint32_t> items;    // set_size for each itemset, in canonical order
-  std::vector<std::uint32_t> support;  // rows of each itemset
-  std::vector<std::uint32_t> members;  // itemsets, group by group
+  std::vector<std::uint32_t> items;      // set_size for each itemset, in canonical order
+  std::vector<std::uint32_t> support;    // rows of each itemset
+  std::vector<std::uint32_t> members;    // itemsets, group by group
   std::vector<std::size_t> group_begin;  // where each group begins in `members`, and its end
 
   std::size_t size() const { return support.size(); }
@@ -61,8 +61,8 @@ Level FirstLevel(const LevelItems& known, std::vector<std::uint32_t> support);
 // That a union is frequent and that no two of its items form a dropped pair already implies that each of its
 // subsets is in the level, since canonical order is total: among equal texts the item met later comes first,
 // which is what joining two of them gives. So no subset is looked up.
-// R. Agrawal and R. Srikant, Fast algorithms for mining association rules, 1994; the sets of rows are those of
-// M. J. Zaki, Scalable algorithms for association mining, 2000, computed anew from the items' own for each
+// R. Agrawal and R. Srikant, Fast algorithms for mining association rules, 1994; the sets of rows are those
+// of M. J. Zaki, Scalable algorithms for association mining, 2000, computed anew from the items' own for each
 // group, so that only one level's itemsets are held and none of their rows.
 Level NextLevel(const Level& level, const LevelItems& known,
                 const std::function<bool(std::uint32_t a, std::uint32_t b)>& may_join, SearchWork& work,

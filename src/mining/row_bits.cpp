@@ -88,7 +88,8 @@ SELVANE_AVX2 std::uint32_t Avx2CountAnd(const RowWord* a, const RowWord* b, std:
   return SumLanes(total);
 }
 
-SELVANE_AVX2 std::uint32_t Avx2StoreAnd(const RowWord* a, const RowWord* b, RowWord* result, std::size_t words) {
+SELVANE_AVX2 std::uint32_t Avx2StoreAnd(const RowWord* a, const RowWord* b, RowWord* result,
+                                        std::size_t words) {
   __m256i total = _mm256_setzero_si256();
   for (std::size_t i = 0; i < words / 4; ++i) {
     const __m256i both = Both(a, b, i);
@@ -102,7 +103,9 @@ SELVANE_AVX2 std::uint32_t Avx2StoreAnd(const RowWord* a, const RowWord* b, RowW
 
 }  // namespace
 
-RowBitsOperations PlainRowBitsOperations() { return {PlainCountAnd, PlainStoreAnd}; }
+RowBitsOperations PlainRowBitsOperations() {
+  return {PlainCountAnd, PlainStoreAnd};
+}
 
 RowBitsOperations FastRowBitsOperations() {
 #ifdef SELVANE_HAS_AVX2

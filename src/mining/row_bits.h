@@ -32,8 +32,8 @@ class RowBits {
   std::vector<RowWord> bits_;
 };
 
-// Operations on sets of the same number of words, a multiple of RowBits::kBlockWords, in the fastest form that
-// the processor has.
+// Operations on sets of the same number of words, a multiple of RowBits::kBlockWords, in the fastest form
+// that the processor has.
 struct RowBitsOperations {
   // The number of rows in both sets.
   std::uint32_t (*count_and)(const RowWord* a, const RowWord* b, std::size_t words);

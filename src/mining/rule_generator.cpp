@@ -25,14 +25,15 @@ class Divider {
   explicit Divider(float minimum_confidence) : minimum_confidence_(minimum_confidence) {}
 
   template <typename Visit>
-  void ForEach(const ItemsetRecord& record, const CountTable& counts, const Visit& visit) {
+  void ForEach(const ItemsetRecord& record, const SupportCounts& counts, const Visit& visit) {
     const std::size_t size = record.items.size();
     if (size < 2) return;
     if (size > 64) throw InputError("the itemset file holds an itemset of more than 64 items; it is damaged");
     level_.clear();
     for (std::size_t i = 0; i < size; ++i) level_.push_back(std::uint64_t{1} << i);
     for (std::size_t consequent_size = 1;; ++consequent_size) {
-      std::erase_if(level_, [&](std::uint64_t consequent) { return !Try(record, counts, consequent, visit); });
+      std::erase_if(level_,
+                    [&](std::uint64_t consequent) { return !Try(record, counts, consequent, visit); });
       if (consequent_size + 1 >= size || level_.empty()) return;
       next_.clear();
       for (const std::uint64_t consequent : level_) {
@@ -47,7 +48,8 @@ class Divider {
  private:
   // False when no extension of the consequent can give a rule.
   template <typename Visit>
-  bool Try(const ItemsetRecord& record, const CountTable& counts, std::uint64_t consequent, const Visit& visit) {
+  bool Try(const ItemsetRecord& record, const SupportCounts& counts, std::uint64_t consequent,
+           const Visit& visit) {
     antecedent_.clear();
     consequent_.clear();
     for (std::size_t i = 0; i < record.items.size(); ++i) {
@@ -78,16 +80,35 @@ RuleGenerator::RuleGenerator(float minimum_confidence, const TaxonomyStore& taxo
       row_count_(row_count),
       options_(std::move(options)) {}
 
-RuleTally RuleGenerator::Tally(Progress& progress) const {
+const ItemsetTrie* RuleGenerator::Trie(Progress& progress) {
+  if (!trie_tried_) {
+    trie_ = ItemsetTrie::Load(options_.itemset_file, options_.itemset_count, options_.file_budget, progress);
+    trie_tried_ = true;
+  }
+  return trie_ ? &*trie_ : nullptr;
+}
+
+void RuleGenerator::ForEach(Progress& progress, const VisitItemset& visit) {
+  if (const ItemsetTrie* const trie = Trie(progress)) {
+    ForEachItemset(options_.itemset_file, options_.itemset_count, *trie, progress, visit);
+  } else {
+    ForEachItemsetInBatches(options_.itemset_file, options_.itemset_count, options_.scan_budget, progress,
+                            visit);
+  }
+}
+
+RuleTally RuleGenerator::Tally(Progress& progress) {
   RuleTally tally(row_count_);
+  if (const ItemsetTrie* const trie = Trie(progress)) {
+    trie->CountRules(minimum_confidence_, tally, progress);
+    return tally;
+  }
   Divider divider(minimum_confidence_);
-  ForEachItemset(options_.itemset_file, options_.itemset_count, options_.count_budget, progress,
-                 [&](const ItemsetRecord& record, const CountTable& counts) {
-                   divider.ForEach(record, counts, [&](const Division& division) {
-                     tally.Add(division.confidence, record.support);
-                   });
-                   return true;
-                 });
+  ForEach(progress, [&](const ItemsetRecord& record, const SupportCounts& counts) {
+    divider.ForEach(record, counts,
+                    [&](const Division& division) { tally.Add(division.confidence, record.support); });
+    return true;
+  });
   return tally;
 }
 
@@ -99,7 +120,7 @@ long RuleGenerator::Generate(RulesStore& rules, const RuleLine& line, Progress& 
   Divider divider(minimum_confidence_);
   long stored = 0;
   Rule rule;
-  const auto store = [&](const ItemsetRecord& record, const CountTable& counts, const Division& division) {
+  const auto store = [&](const ItemsetRecord& record, const SupportCounts& counts, const Division& division) {
     if (stored >= options_.most_rules) return;
     rule.antecedent.assign(division.antecedent.begin(), division.antecedent.end());
     rule.consequent.assign(division.consequent.begin(), division.consequent.end());
@@ -114,13 +135,11 @@ long RuleGenerator::Generate(RulesStore& rules, const RuleLine& line, Progress& 
     if (line) line(LineOf(rule));
   };
   Transaction transaction(rules.database());
-  ForEachItemset(options_.itemset_file, options_.itemset_count, options_.count_budget, progress,
-                 [&](const ItemsetRecord& record, const CountTable& counts) {
-                   progress.StepIt();
-                   divider.ForEach(record, counts,
-                                   [&](const Division& division) { store(record, counts, division); });
-                   return stored < options_.most_rules;
-                 });
+  ForEach(progress, [&](const ItemsetRecord& record, const SupportCounts& counts) {
+    progress.StepIt();
+    divider.ForEach(record, counts, [&](const Division& division) { store(record, counts, division); });
+    return stored < options_.most_rules;
+  });
   transaction.Commit();
   return stored;
 }

@@ -4,10 +4,12 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string_view>
 #include <unordered_map>
 
 #include "base/progress.h"
+#include "mining/itemset_trie.h"
 #include "mining/rule_tally.h"
 #include "mining/support_counts.h"
 #include "rules/rules_store.h"
@@ -28,21 +30,27 @@ class RuleGenerator {
  public:
   struct Options {
     std::filesystem::path itemset_file;
-    std::uint32_t itemset_count = 0;              // records in the file
-    std::size_t count_budget = 128 * 1024 * 1024;  // bytes for counts at hand; less costs time
-    long most_rules = kMostRules;                 // what the target table holds; the first ones are stored
+    std::uint32_t itemset_count = 0;  // records in the file
+    // Bytes for a file that is held in memory whole; and, for a larger one, for the counts that one scan
+    // looks up. Less costs time.
+    std::size_t file_budget = 512 * 1024 * 1024;
+    std::size_t scan_budget = 64 * 1024 * 1024;
+    long most_rules = kMostRules;  // what the target table holds; the first ones are stored
   };
 
   // `row_count` is that of the term table.
-  RuleGenerator(float minimum_confidence, const TaxonomyStore& taxonomy, std::uint32_t row_count, Options options);
+  RuleGenerator(float minimum_confidence, const TaxonomyStore& taxonomy, std::uint32_t row_count,
+                Options options);
 
   // Counts the rules without storing any. Throws FileError and Interrupted.
-  RuleTally Tally(Progress& progress) const;
+  RuleTally Tally(Progress& progress);
   // Stores the rules in the target table of `rules`, advancing the bar by one for each record, and sends each
   // line to `line` unless that is empty. Returns how many were stored. Throws also DatabaseError.
   long Generate(RulesStore& rules, const RuleLine& line, Progress& progress);
 
  private:
+  void ForEach(Progress& progress, const VisitItemset& visit);
+  const ItemsetTrie* Trie(Progress& progress);
   const std::string& NameOf(NodeNumber node);
   std::string LineOf(const Rule& rule);
 
@@ -50,6 +58,8 @@ class RuleGenerator {
   const TaxonomyStore& taxonomy_;
   std::uint32_t row_count_;
   Options options_;
+  bool trie_tried_ = false;
+  std::optional<ItemsetTrie> trie_;
   std::unordered_map<NodeNumber, std::string> names_;
 };
 

@@ -1,16 +1,8 @@
 #include "mining/rule_tally.h"
 
-#include <algorithm>
 #include <cmath>
 
 namespace selvane {
-
-void RuleTally::Add(float confidence, std::uint32_t rows) {
-  ++total_;
-  const auto thousandth = static_cast<std::size_t>(std::clamp(confidence, 0.0F, 1.0F) * 1000);
-  ++by_thousandth_[std::min(thousandth, by_thousandth_.size() - 1)];
-  ++by_rows_[std::min<std::size_t>(rows, row_count_)];
-}
 
 std::optional<double> RuleTally::FittingConfidence(std::uint64_t most) const {
   std::uint64_t kept = 0;

@@ -1,6 +1,7 @@
 // How many rules a run gives, counted before any is stored.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <optional>
@@ -8,17 +9,22 @@
 
 namespace selvane {
 
-// Counts rules by confidence and by support, in fixed memory, so that a run which gives more rules than a table
-// holds can name thresholds that would have fitted.
+// Counts rules by confidence and by support, in fixed memory, so that a run which gives more rules than a
+// table holds can name thresholds that would have fitted.
 class RuleTally {
  public:
-  explicit RuleTally(std::uint32_t row_count) : row_count_(row_count), by_rows_(row_count + std::size_t{1}, 0) {}
+  explicit RuleTally(std::uint32_t row_count)
+      : row_count_(row_count), by_rows_(row_count + std::size_t{1}, 0) {}
 
-  // A rule that stands in `rows` rows.
-  void Add(float confidence, std::uint32_t rows);
+  // A rule that stands in `rows` rows. Called for each of what may be billions.
+  void Add(float confidence, std::uint32_t rows) {
+    ++total_;
+    ++by_thousandth_[static_cast<std::size_t>(std::clamp(confidence, 0.0F, 1.0F) * 1000)];
+    ++by_rows_[std::min(rows, row_count_)];
+  }
   std::uint64_t total() const { return total_; }
-  // The smallest thousandth, above the threshold used, at which no more than `most` rules stay; nothing when too
-  // many have confidence 1.
+  // The smallest thousandth, above the threshold used, at which no more than `most` rules stay; nothing when
+  // too many have confidence 1.
   std::optional<double> FittingConfidence(std::uint64_t most) const;
   // The same for the support, in ten-thousandths; nothing when too many stand in every row.
   std::optional<double> FittingSupport(std::uint64_t most) const;

@@ -15,77 +15,37 @@ std::uint32_t HashOf(std::span<const std::uint32_t> items) {
   return static_cast<std::uint32_t>(hash);
 }
 
-// Asks for every proper subset of the itemset that is not empty. Larger itemsets than this have more subsets
-// than any file holds.
+// Larger itemsets than this have more subsets than any file holds.
 constexpr std::size_t kLargestItemset = 30;
 
-void WantSubsets(std::span<const std::uint32_t> items, CountTable& table) {
-  std::vector<std::uint32_t> subset;
-  const std::uint32_t all = (1U << std::min(items.size(), kLargestItemset)) - 1;
-  for (std::uint32_t chosen = 1; chosen < all; ++chosen) {
-    subset.clear();
-    for (std::size_t i = 0; i < items.size(); ++i) {
-      if ((chosen >> i & 1U) != 0) subset.push_back(items[i]);
-    }
-    table.Want(subset);
-  }
-}
+// The counts that a batch of records wants, as they are found.
+class CountTable final : public SupportCounts {
+ public:
+  // Adds the sequence with a count that is not known yet, unless it is there.
+  void Want(std::span<const std::uint32_t> items) { SlotFor(items); }
+  // Gives a wanted sequence its count, unless it has one.
+  void Answer(std::span<const std::uint32_t> items, std::uint32_t count);
+  std::optional<std::uint32_t> Find(std::span<const std::uint32_t> items) const override;
+  std::size_t bytes() const { return slots_.size() * sizeof(Slot) + items_.size() * sizeof(std::uint32_t); }
+  void Clear();
 
-void Scan(const std::filesystem::path& path, std::uint32_t itemset_count, Progress& progress,
-          const VisitItemset& visit, const CountTable& counts) {
-  ItemsetFile file;
-  file.OpenForReading(path);
-  ItemsetRecord record;
-  for (std::uint32_t i = 0; i < itemset_count; ++i) {
-    file.ReadNext(record);
-    if (!visit(record, counts)) return;
-    if (i % 16384 == 0) progress.Pulse();
-  }
-}
+ private:
+  static constexpr std::uint32_t kUnknown = UINT32_MAX;
+  struct Slot {
+    std::uint32_t begin = 0;  // in items_, where the number of items stands first
+    std::uint32_t hash = 0;
+    std::uint32_t count = kUnknown;
+    bool used = false;
+  };
 
-// Fills the table with the whole file; false when it outgrows the budget.
-bool LoadAll(const std::filesystem::path& path, std::uint32_t itemset_count, std::size_t budget, Progress& progress,
-             CountTable& table) {
-  bool fits = true;
-  Scan(
-      path, itemset_count, progress,
-      [&](const ItemsetRecord& record, const CountTable&) {
-        table.Insert(record.items, record.support);
-        fits = table.bytes() <= budget;
-        return fits;
-      },
-      table);
-  if (!fits) table.Clear();
-  return fits;
-}
+  void SlotFor(std::span<const std::uint32_t> items);
+  std::size_t Probe(std::span<const std::uint32_t> items, std::uint32_t hash) const;
+  void Grow();
 
-// Visits the records in batches whose subsets fit the budget, at least one record a batch.
-void ForEachBatch(const std::filesystem::path& path, std::uint32_t itemset_count, std::size_t budget,
-                  Progress& progress, const VisitItemset& visit) {
-  ItemsetFile file;
-  file.OpenForReading(path);
-  CountTable table;
-  for (std::uint32_t done = 0; done < itemset_count;) {
-    table.Clear();
-    std::vector<ItemsetRecord> batch;
-    for (; done < itemset_count && (batch.empty() || table.bytes() < budget); ++done) {
-      file.ReadNext(batch.emplace_back());
-      WantSubsets(batch.back().items, table);
-    }
-    Scan(
-        path, itemset_count, progress,
-        [&table](const ItemsetRecord& record, const CountTable&) {
-          table.Answer(record.items, record.support);
-          return true;
-        },
-        table);
-    for (const ItemsetRecord& record : batch) {
-      if (!visit(record, table)) return;
-    }
-  }
-}
-
-}  // namespace
+  std::vector<Slot> slots_;
+  std::vector<std::uint32_t> items_;
+  std::size_t used_ = 0;
+};
 
 std::size_t CountTable::Probe(std::span<const std::uint32_t> items, std::uint32_t hash) const {
   const std::size_t mask = slots_.size() - 1;
@@ -109,23 +69,15 @@ void CountTable::Grow() {
   }
 }
 
-CountTable::Slot& CountTable::SlotFor(std::span<const std::uint32_t> items) {
+void CountTable::SlotFor(std::span<const std::uint32_t> items) {
   if ((used_ + 1) * 4 > slots_.size() * 3) Grow();
   const std::uint32_t hash = HashOf(items);
   Slot& slot = slots_[Probe(items, hash)];
-  if (slot.used) return slot;
+  if (slot.used) return;
   slot = {static_cast<std::uint32_t>(items_.size()), hash, kUnknown, true};
   items_.push_back(static_cast<std::uint32_t>(items.size()));
   items_.insert(items_.end(), items.begin(), items.end());
   ++used_;
-  return slot;
-}
-
-void CountTable::Want(std::span<const std::uint32_t> items) { SlotFor(items); }
-
-void CountTable::Insert(std::span<const std::uint32_t> items, std::uint32_t count) {
-  Slot& slot = SlotFor(items);
-  if (slot.count == kUnknown) slot.count = count;
 }
 
 void CountTable::Answer(std::span<const std::uint32_t> items, std::uint32_t count) {
@@ -147,13 +99,54 @@ void CountTable::Clear() {
   used_ = 0;
 }
 
-void ForEachItemset(const std::filesystem::path& file, std::uint32_t itemset_count, std::size_t budget,
-                    Progress& progress, const VisitItemset& visit) {
+// Wants every proper subset of the itemset that is not empty.
+void WantSubsets(std::span<const std::uint32_t> items, CountTable& table) {
+  std::vector<std::uint32_t> subset;
+  const std::uint32_t all = (1U << std::min(items.size(), kLargestItemset)) - 1;
+  for (std::uint32_t chosen = 1; chosen < all; ++chosen) {
+    subset.clear();
+    for (std::size_t i = 0; i < items.size(); ++i) {
+      if ((chosen >> i & 1U) != 0) subset.push_back(items[i]);
+    }
+    table.Want(subset);
+  }
+}
+
+}  // namespace
+
+void ForEachItemset(const std::filesystem::path& path, std::uint32_t itemset_count,
+                    const SupportCounts& counts, Progress& progress, const VisitItemset& visit) {
+  ItemsetFile file;
+  file.OpenForReading(path);
+  ItemsetRecord record;
+  for (std::uint32_t i = 0; i < itemset_count; ++i) {
+    file.ReadNext(record);
+    if (!visit(record, counts)) return;
+    if (i % 16384 == 0) progress.Pulse();
+  }
+}
+
+void ForEachItemsetInBatches(const std::filesystem::path& path, std::uint32_t itemset_count,
+                             std::size_t budget, Progress& progress, const VisitItemset& visit) {
+  ItemsetFile file;
+  file.OpenForReading(path);
   CountTable table;
-  if (LoadAll(file, itemset_count, budget, progress, table)) {
-    Scan(file, itemset_count, progress, visit, table);
-  } else {
-    ForEachBatch(file, itemset_count, budget, progress, visit);
+  for (std::uint32_t done = 0; done < itemset_count;) {
+    table.Clear();
+    std::vector<ItemsetRecord> batch;
+    for (; done < itemset_count && (batch.empty() || table.bytes() < budget); ++done) {
+      file.ReadNext(batch.emplace_back());
+      WantSubsets(batch.back().items, table);
+      if (done % 1024 == 0) progress.Pulse();
+    }
+    ForEachItemset(path, itemset_count, table, progress,
+                   [&table](const ItemsetRecord& record, const SupportCounts&) {
+                     table.Answer(record.items, record.support);
+                     return true;
+                   });
+    for (const ItemsetRecord& record : batch) {
+      if (!visit(record, table)) return;
+    }
   }
 }
 

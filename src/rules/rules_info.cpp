@@ -33,9 +33,10 @@ std::filesystem::path RulesInfoBasePath(const std::filesystem::path& database) {
 void CheckInfoItems(std::span<const std::int32_t> items) {
   for (const std::int32_t item : items) {
     if (item >= 0 && item < kMostItems) continue;
-    throw InputError(fmt::format("item number {} is outside 0..{}, the most that a run can record; load a smaller "
-                                 "taxonomy, or prune the branches that are not needed",
-                                 item, kMostItems - 1));
+    throw InputError(
+        fmt::format("item number {} is outside 0..{}, the most that a run can record; load a smaller "
+                    "taxonomy, or prune the branches that are not needed",
+                    item, kMostItems - 1));
   }
 }
 

@@ -46,7 +46,9 @@ void RulesStore::OpenRulesDatabase(const std::filesystem::path& path) {
   database_.emplace(Database::Open(path, OpenMode::kWritable));
 }
 
-void RulesStore::Close() { *this = RulesStore(); }
+void RulesStore::Close() {
+  *this = RulesStore();
+}
 
 void RulesStore::CreateRulesTable(std::string_view name) {
   database().CreateTable(name, RulesFields());
@@ -64,9 +66,10 @@ void RulesStore::OpenRulesTable(std::string_view name) {
       return LowerCase(field.name) == LowerCase(wanted.name);
     });
     if (found) continue;
-    throw DatabaseError(database().path(), fmt::format("\"{}\" is no rules table, it has no column {}; choose "
-                                                       "another table",
-                                                       name, wanted.name));
+    throw DatabaseError(database().path(),
+                        fmt::format("\"{}\" is no rules table, it has no column {}; choose "
+                                    "another table",
+                                    name, wanted.name));
   }
 }
 
@@ -86,7 +89,9 @@ void RulesStore::InsertRule(const Rule& rule) {
                   rule.cspec));
 }
 
-long RulesStore::CountRules() const { return database().RecordCount(source_table_); }
+long RulesStore::CountRules() const {
+  return database().RecordCount(source_table_);
+}
 
 void RulesStore::FindRows() const {
   rows_.emplace();
@@ -122,7 +127,8 @@ void RulesStore::LoadRule(long number, Rule& rule) const {
     rule.aspec = found.Int16(6);
     rule.cspec = found.Int16(7);
   } catch (const InputError& error) {
-    throw DatabaseError(database().path(), fmt::format("rule {} of {}: {}", number, source_table_, error.what()));
+    throw DatabaseError(database().path(),
+                        fmt::format("rule {} of {}: {}", number, source_table_, error.what()));
   }
 }
 

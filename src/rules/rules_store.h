@@ -33,7 +33,8 @@ class RulesStore {
 
   // Makes an empty rules table and starts numbering at 1. Does not make it the target.
   void CreateRulesTable(std::string_view name);
-  // Makes the table the source and clears the target. Fails when there is no such table or it is no rules table.
+  // Makes the table the source and clears the target. Fails when there is no such table or it is no rules
+  // table.
   void OpenRulesTable(std::string_view name);
   void SetSourceTable(std::string_view name);
   void SetTargetTable(std::string_view name) { target_table_ = name; }
@@ -72,7 +73,8 @@ class RulesStore {
 
 // Each item in decimal followed by "-", as 12-345-; the empty text for no item.
 std::string ItemsetToText(std::span<const std::int32_t> itemset);
-// The items of such a text; what follows the last "-" is ignored. Throws InputError for a piece that is no number.
+// The items of such a text; what follows the last "-" is ignored. Throws InputError for a piece that is no
+// number.
 std::vector<std::int32_t> TextToItemset(std::string_view text);
 
 }  // namespace selvane

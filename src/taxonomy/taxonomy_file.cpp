@@ -26,17 +26,17 @@ bool NextQuoted(std::string_view line, std::size_t& at, std::string_view& value)
 
 void CheckWidth(std::string_view value, std::string_view what, std::string_view name, long number) {
   if (value.size() <= kTextWidth || CharacterCount(value) <= kTextWidth) return;
-  throw InputError(fmt::format("{}: line {}: the {} is longer than {} characters; shorten it and load again", name,
-                               number, what, kTextWidth));
+  throw InputError(fmt::format("{}: line {}: the {} is longer than {} characters; shorten it and load again",
+                               name, number, what, kTextWidth));
 }
 
 void CheckLine(const TaxonomyLine& line, std::string_view name, long number) {
   CheckWidth(line.canonical, "canonical value", name, number);
   if (line.tree.find('\'') != std::string_view::npos) {
-    throw InputError(fmt::format("{}: line {}: the tree value holds an apostrophe; correct it and load again", name,
-                                 number));
+    throw InputError(fmt::format("{}: line {}: the tree value holds an apostrophe; correct it and load again",
+                                 name, number));
   }
-  if (line.tree.size() <= kTextWidth) return;
+  if (line.tree.size() < kTextWidth) return;  // a code is one longer than it stands in the file
   for (const std::string& code : PositionCodes(line.tree)) CheckWidth(code, "position code", name, number);
 }
 
@@ -74,9 +74,10 @@ void ParseTaxonomyText(std::string text, std::string_view name, TaxonomyFile& fi
     std::size_t at = canonical;
     if (!NextQuoted(line, at, node.canonical) || !NextQuoted(line, at, node.type) ||
         !NextQuoted(line, at, node.tree)) {
-      throw InputError(fmt::format("{}: line {}: canonical, type and tree must stand in this order, each with its "
-                                   "value in double quotes; correct the line and load again",
-                                   name, number));
+      throw InputError(
+          fmt::format("{}: line {}: canonical, type and tree must stand in this order, each with its "
+                      "value in double quotes; correct the line and load again",
+                      name, number));
     }
     CheckLine(node, name, number);
     AddDistinct(file.types, node.type);

@@ -58,9 +58,10 @@ class SourceRows {
     Row& row = Find(parent);
     son_columns_ = std::max(son_columns_, row.sons.size() + 1);
     if (son_columns_ > kMostSons) {
-      throw InputError(fmt::format("position {} has more than {} children, more than a table can hold; divide them "
-                                   "under positions between and load again",
-                                   parent, kMostSons));
+      throw InputError(
+          fmt::format("position {} has more than {} children, more than a table can hold; divide them "
+                      "under positions between and load again",
+                      parent, kMostSons));
     }
     if (!canonical.empty()) row.sons.push_back(canonical);  // an empty name leaves its place free
   }
@@ -91,7 +92,8 @@ void WriteSource(Database& database, const SourceRows& source, Progress& progres
     const std::size_t fields = node_fields.size() + row.sons.size();
     auto insert = inserts.find(fields);
     if (insert == inserts.end()) {
-      insert = inserts.emplace(fields, database.OpenBulkInsert("Source", std::span(names).first(fields))).first;
+      insert =
+          inserts.emplace(fields, database.OpenBulkInsert("Source", std::span(names).first(fields))).first;
     }
     insert->second.Set(0, fmt::format_int(++number).c_str());
     insert->second.Set(1, row.code);
@@ -125,8 +127,8 @@ TaxonomyLoadReport LoadTaxonomy(const std::filesystem::path& xml_file, const std
   TaxonomyFile file;
   ReadTaxonomyFile(xml_file, file, progress);
   if (file.lines.empty()) {
-    throw InputError(fmt::format("{}: no line holds canonical, type and tree; choose a taxonomy file",
-                                 xml_file.string()));
+    throw InputError(
+        fmt::format("{}: no line holds canonical, type and tree; choose a taxonomy file", xml_file.string()));
   }
   TaxonomyLoadReport report;
   MakeDatabase(database, existing, [&](const std::filesystem::path& path) {

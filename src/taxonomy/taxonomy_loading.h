@@ -10,15 +10,15 @@
 namespace selvane {
 
 struct TaxonomyLoadReport {
-  long rows = 0;               // rows of `Source`, and of `Taxonomy`
-  int son_columns = 0;         // the greatest number of children of a node
-  long unnamed = 0;            // positions that were named as parents but have no line of their own
+  long rows = 0;                  // rows of `Source`, and of `Taxonomy`
+  int son_columns = 0;            // the greatest number of children of a node
+  long unnamed = 0;               // positions that were named as parents but have no line of their own
   std::vector<long> passed_over;  // see TaxonomyFile
 };
 
 // Makes a taxonomy database of a taxonomy file. Nothing is left under the database's name when it fails.
-// Throws EndOfProgram for a file that is not named as XML, FileError and InputError for one that cannot be read
-// or understood, DatabaseError when the database is there already or cannot be made.
+// Throws EndOfProgram for a file that is not named as XML, FileError and InputError for one that cannot be
+// read or understood, DatabaseError when the database is there already or cannot be made.
 TaxonomyLoadReport LoadTaxonomy(const std::filesystem::path& xml_file, const std::filesystem::path& database,
                                 ExistingFile existing, Progress& progress);
 

@@ -33,7 +33,8 @@ void TaxonomyStore::RecordItems(const RowValues& row, std::span<const std::strin
                                 std::vector<TidList>& tid_lists) const {
   for (std::size_t j = 1; j < row.size(); ++j) {
     if (row[j] != 1) continue;
-    for (const NodeNumber node : NodesOfTerm(item_names[j - 1])) RecordNode(node, row[0], nodes, added, tid_lists);
+    for (const NodeNumber node : NodesOfTerm(item_names[j - 1]))
+      RecordNode(node, row[0], nodes, added, tid_lists);
   }
 }
 

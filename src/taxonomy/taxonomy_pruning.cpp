@@ -45,8 +45,8 @@ void PruneDownward(Database& database, NodeNumber node) {
 
 }  // namespace
 
-void PruneTaxonomy(TaxonomyStore& store, std::span<const NodeNumber> upward, std::span<const NodeNumber> downward,
-                   Progress& progress) {
+void PruneTaxonomy(TaxonomyStore& store, std::span<const NodeNumber> upward,
+                   std::span<const NodeNumber> downward, Progress& progress) {
   progress.SetStatus("Deleting selected taxonomies...");
   progress.SetRange(0, static_cast<int>(upward.size() + downward.size()));
   progress.SetStep(1);

@@ -15,11 +15,12 @@ namespace selvane {
 // code. Downward: everything whose code holds the node's code, and the node's name from its parent's SON
 // columns. Both are plain substring tests: C.2 also goes with C.23. A number that is not in `Taxonomy` (any
 // more) is passed over. Throws DatabaseError.
-void PruneTaxonomy(TaxonomyStore& store, std::span<const NodeNumber> upward, std::span<const NodeNumber> downward,
-                   Progress& progress);
+void PruneTaxonomy(TaxonomyStore& store, std::span<const NodeNumber> upward,
+                   std::span<const NodeNumber> downward, Progress& progress);
 
-// The code under which `Taxonomy`, or `Source`, has the position that a user names, as C.23.888 or as C23.888;
-// nothing when it has neither.
-std::optional<std::string> FindPosition(const TaxonomyStore& store, std::string_view code, bool in_source = false);
+// The code under which `Taxonomy`, or `Source`, has the position that a user names, as C.23.888 or as
+// C23.888; nothing when it has neither.
+std::optional<std::string> FindPosition(const TaxonomyStore& store, std::string_view code,
+                                        bool in_source = false);
 
 }  // namespace selvane

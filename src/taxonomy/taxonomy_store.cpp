@@ -16,7 +16,9 @@ namespace {
 
 constexpr int kTextWidth = 127;
 
-NodeNumber NumberAt(const Recordset& rows, int position) { return rows.Int32(position); }
+NodeNumber NumberAt(const Recordset& rows, int position) {
+  return rows.Int32(position);
+}
 
 }  // namespace
 
@@ -61,9 +63,10 @@ TaxonomyStore::TaxonomyStore(const std::filesystem::path& path)
     : database_(Database::Open(path, OpenMode::kWritable)) {
   for (const char* table : {"Taxonomy", "Source"}) {
     if (database_.HasTable(table)) continue;
-    throw DatabaseError(path, fmt::format("this is no taxonomy database, it has no table {}; choose one that was "
-                                          "made by loading a taxonomy file",
-                                          table));
+    throw DatabaseError(path,
+                        fmt::format("this is no taxonomy database, it has no table {}; choose one that was "
+                                    "made by loading a taxonomy file",
+                                    table));
   }
   largest_index_ = FindLargestIndex();
   marks_.assign(static_cast<std::size_t>(std::max(largest_index_, 0)), 0);
@@ -71,7 +74,8 @@ TaxonomyStore::TaxonomyStore(const std::filesystem::path& path)
 
 NodeNumber TaxonomyStore::FindLargestIndex() const {
   NodeNumber largest = 0;
-  for (Recordset rows = database_.OpenRecordset("SELECT Index FROM Taxonomy "); !rows.AtEnd(); rows.MoveNext()) {
+  for (Recordset rows = database_.OpenRecordset("SELECT Index FROM Taxonomy "); !rows.AtEnd();
+       rows.MoveNext()) {
     largest = std::max(largest, NumberAt(rows, 0));
   }
   return largest;
@@ -101,7 +105,8 @@ Recordset TaxonomyStore::Select(std::string_view sql, std::string_view value) co
 
 std::vector<NodeNumber> TaxonomyStore::Numbers(std::string_view sql, std::string_view value) const {
   std::vector<NodeNumber> numbers;
-  for (Recordset rows = Select(sql, value); !rows.AtEnd(); rows.MoveNext()) numbers.push_back(NumberAt(rows, 0));
+  for (Recordset rows = Select(sql, value); !rows.AtEnd(); rows.MoveNext())
+    numbers.push_back(NumberAt(rows, 0));
   return numbers;
 }
 
@@ -119,7 +124,8 @@ std::string TaxonomyStore::Canonical(NodeNumber node) const {
 std::string TaxonomyStore::FatherCode(NodeNumber node) const {
   const Recordset rows = Select("SELECT FatherId FROM Taxonomy WHERE Index='", fmt::format("{}", node));
   if (rows.AtEnd()) {
-    throw DatabaseError(database_.path(), fmt::format("the taxonomy has no node {}; restore it and try again", node));
+    throw DatabaseError(database_.path(),
+                        fmt::format("the taxonomy has no node {}; restore it and try again", node));
   }
   return std::string(rows.Text(0));
 }
@@ -141,7 +147,7 @@ bool TaxonomyStore::HasTerm(std::string_view term) const {
 }
 
 bool TaxonomyStore::HasPosition(std::string_view code) const {
-  return !Select("SELECT * FROM Taxonomy WHERE FatherId='", code).AtEnd();
+  return !Select("SELECT Index FROM Taxonomy WHERE FatherId='", code).AtEnd();
 }
 
 namespace {
@@ -192,7 +198,8 @@ std::vector<std::string> TaxonomyStore::TaxonomiesInUse() const {
 }
 
 TaxonomyStore::Node TaxonomyStore::SourceNode(NodeNumber node) const {
-  const Recordset rows = Select("SELECT FatherId,Canonical FROM Source WHERE Index='", fmt::format("{}", node));
+  const Recordset rows =
+      Select("SELECT FatherId,Canonical FROM Source WHERE Index='", fmt::format("{}", node));
   if (rows.AtEnd()) return {node, {}, {}};
   return {node, std::string(rows.Text(0)), std::string(rows.Text(1))};
 }
@@ -212,8 +219,8 @@ NodeNumber TaxonomyStore::LargestNodeNamedIn(std::string_view text) const {
 
 bool TaxonomyStore::IsMissing(std::string_view term) const {
   const std::vector<std::string> codes = PositionsOfTerm(term);
-  return codes.empty() ||
-         std::any_of(codes.begin(), codes.end(), [this](const std::string& code) { return !HasPosition(code); });
+  return codes.empty() || std::any_of(codes.begin(), codes.end(),
+                                      [this](const std::string& code) { return !HasPosition(code); });
 }
 
 std::vector<std::string> TaxonomyStore::SourceEntriesOf(std::string_view term) const {

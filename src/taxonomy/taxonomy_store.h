@@ -55,8 +55,8 @@ class TaxonomyStore {
   std::int32_t SpecificityBound() const;
 
   // Lookups over `Taxonomy`.
-  std::string Canonical(NodeNumber node) const;    // empty when there is no such node
-  std::string FatherCode(NodeNumber node) const;   // fails when there is no such node
+  std::string Canonical(NodeNumber node) const;   // empty when there is no such node
+  std::string FatherCode(NodeNumber node) const;  // fails when there is no such node
   std::vector<NodeNumber> NodesOfTerm(std::string_view term) const;
   std::vector<std::string> PositionsOfTerm(std::string_view term) const;
   std::vector<NodeNumber> NodesAtPosition(std::string_view code) const;
@@ -81,9 +81,11 @@ class TaxonomyStore {
   std::vector<std::string> SourceEntriesOf(std::string_view term) const;
 
   // Records a row's items: every node named like an item that is present. A number seen for the first time is
-  // appended to `nodes` and to `added`; its tid-list, at the same place as in `nodes`, receives the row id once.
-  void RecordItems(const RowValues& row, std::span<const std::string> item_names, std::vector<NodeNumber>& nodes,
-                   std::vector<NodeNumber>& added, std::vector<TidList>& tid_lists) const;
+  // appended to `nodes` and to `added`; its tid-list, at the same place as in `nodes`, receives the row id
+  // once.
+  void RecordItems(const RowValues& row, std::span<const std::string> item_names,
+                   std::vector<NodeNumber>& nodes, std::vector<NodeNumber>& added,
+                   std::vector<TidList>& tid_lists) const;
   // The same for every ancestor of these nodes. A pruned level is passed over.
   void RecordAncestors(const RowValues& row, std::span<const std::string> item_names,
                        std::vector<NodeNumber>& nodes, std::vector<NodeNumber>& added,
@@ -96,7 +98,8 @@ class TaxonomyStore {
   // The same, then deletes three characters at the last capital A: the last AND goes and its two blanks stay.
   void Render(std::span<const NodeNumber> nodes, std::string& text) const;
   // The same by position codes, over the table `TaxonomyOrnex`; collects the numbers too.
-  void RenderOrnex(std::span<const std::string> codes, std::string& text, std::vector<NodeNumber>& numbers) const;
+  void RenderOrnex(std::span<const std::string> codes, std::string& text,
+                   std::vector<NodeNumber>& numbers) const;
 
   // Empties `Taxonomy` and fills it from `Source`, each row up to its first empty value.
   void Rebuild(Progress& progress);

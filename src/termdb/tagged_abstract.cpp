@@ -1,7 +1,6 @@
 #include "termdb/tagged_abstract.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "base/text.h"
 
@@ -13,15 +12,9 @@ using namespace std::string_view_literals;
 
 constexpr auto kNone = std::string_view::npos;
 
-std::size_t Find(std::string_view text, std::string_view wanted, std::size_t from) {
-  if (from > text.size()) return kNone;
-  const void* found = ::memmem(text.data() + from, text.size() - from, wanted.data(), wanted.size());
-  return found == nullptr ? kNone : static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
-}
-
 // The canonical form in a mark's text, as it stands there; empty when there is none.
 std::string_view CanonicalOf(std::string_view mark) {
-  const std::size_t attribute = Find(mark, "DictCanon="sv, 0);
+  const std::size_t attribute = mark.find("DictCanon=");
   if (attribute == kNone) return {};
   const std::size_t value = attribute + "DictCanon=\""sv.size();
   const std::size_t end = value <= mark.size() ? mark.find('"', value) : kNone;
@@ -45,11 +38,13 @@ class FormReader {
 
   std::string_view Clean(std::string_view form) {
     const bool plain = std::all_of(form.begin(), form.end(), [](char c) {
-      return static_cast<signed char>(c) > 0x1F && c != '\'';  // neither a line end, nor a quote, nor beyond ASCII
+      return static_cast<signed char>(c) > 0x1F &&
+             c != '\'';  // neither a line end, nor a quote, nor beyond ASCII
     });
     if (plain) return form;
     clean_ = Unwrapped(form);
-    if (!IsWholeUtf8()) clean_ = FromCodePage1252(clean_);
+    // A value without its opening quote may begin in the middle of a character.
+    if (!IsWholeUtf8() || !IsUtf8(clean_)) clean_ = FromCodePage1252(clean_);
     ReplaceQuotes(clean_);
     return clean_;
   }
@@ -72,22 +67,22 @@ class FormReader {
 
 void ForEachTaggedTerm(std::string_view bytes, const std::function<void(std::string_view)>& visit) {
   if (bytes.starts_with("\xEF\xBB\xBF"sv)) bytes.remove_prefix(3);
-  const std::size_t begin = bytes.starts_with("AB  - "sv) ? 0 : Find(bytes, "\nAB  - "sv, 0);
+  const std::size_t begin = bytes.starts_with("AB  - "sv) ? 0 : bytes.find("\nAB  - ");
   if (begin == kNone) return;
   FormReader forms(bytes);
   std::size_t at = begin + 1;
   // The line that ends the abstract. A mark may run over it: only a line that is read while looking for the
   // next mark ends the abstract.
-  std::size_t end = Find(bytes, "\nAD  - "sv, at);
+  std::size_t end = bytes.find("\nAD  - ", at);
   for (;;) {
-    const std::size_t mark = Find(bytes.substr(0, end), "<DictTerm"sv, at);
+    const std::size_t mark = bytes.substr(0, end).find("<DictTerm", at);
     if (mark == kNone) return;
-    const std::size_t close = Find(bytes, "</DictTerm>"sv, mark);
+    const std::size_t close = bytes.find("</DictTerm>", mark);
     if (close == kNone) return;
     const std::string_view canonical = CanonicalOf(bytes.substr(mark, close - mark));
     if (!canonical.empty()) visit(forms.Clean(canonical));
     at = close + "</DictTerm>"sv.size();
-    if (end != kNone && end < at) end = Find(bytes, "\nAD  - "sv, at);
+    if (end != kNone && end < at) end = bytes.find("\nAD  - ", at);
   }
 }
 

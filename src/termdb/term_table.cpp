@@ -28,14 +28,6 @@ bool IsTextName(const std::string& name) {
   return dot != std::string::npos && lower.find("txt", dot) != std::string::npos;
 }
 
-// A term that the working taxonomy knows at positions whose categories are all there.
-bool IsAccepted(const TaxonomyStore& taxonomy, std::string_view term) {
-  const std::vector<std::string> codes = taxonomy.PositionsOfTerm(term);
-  return !codes.empty() && std::all_of(codes.begin(), codes.end(), [&taxonomy](const std::string& code) {
-    return taxonomy.HasPosition(code.substr(0, 1));
-  });
-}
-
 // Gives accepted terms their numbers; the taxonomy is asked once for each term.
 class TermNumbers {
  public:
@@ -48,7 +40,7 @@ class TermNumbers {
     const auto found = numbers_.find(term);
     if (found != numbers_.end()) return found->second;
     std::uint32_t number = kRejected;
-    if (IsAccepted(taxonomy_, term)) {
+    if (IsAccepted(term)) {
       number = static_cast<std::uint32_t>(collection_.terms.size());
       collection_.terms.emplace_back(term);
       collection_.counts.push_back(0);
@@ -58,18 +50,31 @@ class TermNumbers {
   }
 
  private:
+  // A term that the working taxonomy knows at positions whose categories are all there.
+  bool IsAccepted(std::string_view term) {
+    const std::vector<std::string> codes = taxonomy_.PositionsOfTerm(term);
+    return !codes.empty() && std::all_of(codes.begin(), codes.end(), [this](const std::string& code) {
+      const std::string category = code.substr(0, 1);
+      const auto found = categories_.find(category);
+      if (found != categories_.end()) return found->second;
+      return categories_.emplace(category, taxonomy_.HasPosition(category)).first->second;
+    });
+  }
+
   const TaxonomyStore& taxonomy_;
   TermCollection& collection_;
   TextMap<std::uint32_t> numbers_;
+  TextMap<bool> categories_;  // whether they are there
 };
 
 void CheckColumnNames(const std::vector<std::string>& names) {
   std::unordered_set<std::string> seen = {"index"};
   for (const std::string& name : names) {
     if (seen.insert(LowerCase(name)).second) continue;
-    throw InputError(fmt::format("the term \"{}\" cannot be a column: another column has the same name, but for "
-                                 "capitals; prune the term or its category and build again",
-                                 name));
+    throw InputError(
+        fmt::format("the term \"{}\" cannot be a column: another column has the same name, but for "
+                    "capitals; prune the term or its category and build again",
+                    name));
   }
 }
 
@@ -107,7 +112,8 @@ void WriteRows(Database& database, const TermCollection& collection, const TermT
 std::vector<fs::path> QueryFiles(std::span<const fs::path> names) {
   std::vector<fs::path> files;
   for (const fs::path& name : names) {
-    if (!fs::exists(name)) throw InputError(fmt::format("{}: there is no such file or folder", name.string()));
+    if (!fs::exists(name))
+      throw InputError(fmt::format("{}: there is no such file or folder", name.string()));
     if (!fs::is_directory(name)) {
       files.push_back(name);
       continue;
@@ -119,7 +125,8 @@ std::vector<fs::path> QueryFiles(std::span<const fs::path> names) {
     if (files.size() == before) {
       throw InputError(fmt::format("{}: the folder holds no text files (*.txt)", name.string()));
     }
-    std::sort(files.begin() + static_cast<std::ptrdiff_t>(before), files.end());
+    std::sort(files.begin() + static_cast<std::ptrdiff_t>(before), files.end(),
+              [](const fs::path& a, const fs::path& b) { return a.native() < b.native(); });
   }
   return files;
 }
@@ -156,9 +163,10 @@ TermCollection CollectTerms(const TaxonomyStore& taxonomy, std::span<const fs::p
   }
   steps.Reached(done);
   if (collection.abstracts.size() > kMostRows) {
-    throw InputError(fmt::format("there are {} abstracts with terms, and a term table holds {} rows; choose fewer "
-                                 "files, or build several databases",
-                                 collection.abstracts.size(), kMostRows));
+    throw InputError(
+        fmt::format("there are {} abstracts with terms, and a term table holds {} rows; choose fewer "
+                    "files, or build several databases",
+                    collection.abstracts.size(), kMostRows));
   }
   return collection;
 }

@@ -1,4 +1,5 @@
-// From tagged abstracts to a term table: one row per abstract, one 0/1 column for each of the most frequent terms.
+// From tagged abstracts to a term table: one row per abstract, one 0/1 column for each of the most frequent
+// terms.
 #pragma once
 
 #include <cstdint>
@@ -18,9 +19,9 @@ namespace selvane {
 // The accepted terms of all abstracts. Terms stand in order of first occurrence and are named by their place.
 struct TermCollection {
   std::vector<std::string> terms;
-  std::vector<std::uint32_t> counts;                   // for each term, the abstracts that hold it
-  std::vector<std::vector<std::uint32_t>> abstracts;   // each with its terms, in order of first occurrence
-  std::uint64_t bytes = 0;                             // of all files read
+  std::vector<std::uint32_t> counts;                  // for each term, the abstracts that hold it
+  std::vector<std::vector<std::uint32_t>> abstracts;  // each with its terms, in order of first occurrence
+  std::uint64_t bytes = 0;                            // of all files read
 };
 
 struct TermTableReport {
