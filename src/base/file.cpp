@@ -63,6 +63,11 @@ std::string ReadFile(const std::filesystem::path& path) {
   return bytes;
 }
 
+bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b) {
+  std::error_code ignored;
+  return std::filesystem::equivalent(a, b, ignored);
+}
+
 FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
   if (this != &other) {
     Close();

@@ -13,6 +13,9 @@ namespace selvane {
 // The whole content of a file. Throws FileError.
 std::string ReadFile(const std::filesystem::path& path);
 
+// True when both names lead to one existing file.
+bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b);
+
 // An open file descriptor, closed at the end of its life.
 class FileDescriptor {
  public:

@@ -37,6 +37,12 @@ void CheckOutput(const ExtractOptions& options, const CliContext& context) {
                     "replace it with --overwrite",
                     options.output.string()));
   }
+  for (const fs::path& input : {options.terms, options.taxonomy}) {
+    if (!IsSameFile(options.output, input)) continue;
+    throw InputError(
+        fmt::format("{}: the rules would replace a file that they are made from; choose another name",
+                    options.output.string()));
+  }
   if (options.output.has_parent_path() && !fs::is_directory(options.output.parent_path())) {
     throw InputError(
         fmt::format("{}: there is no such folder; make it first", options.output.parent_path().string()));
@@ -44,7 +50,8 @@ void CheckOutput(const ExtractOptions& options, const CliContext& context) {
   const std::string name = options.output.filename().string();
   if (name.find("mdb", std::min(name.rfind('.'), name.size())) == std::string::npos) {
     fmt::print(context.err,
-               "selvane-cli: {} is not named *.mdb, so other commands will not take it for rules\n", name);
+               "selvane-cli: {} is not named *.mdb, so rules list and the filtering will not take it\n",
+               name);
   }
 }
 
@@ -56,17 +63,22 @@ void ReportTooMany(const RuleTally& tally, const CliContext& context) {
   if (const auto support = tally.FittingSupport(kMostRules)) {
     fitting += fmt::format("{}--min-support {:g}", fitting.empty() ? "" : " or ", *support);
   }
-  fmt::print(
-      context.err,
-      "selvane-cli: there are {} rules and a table holds {}: the first {} are stored; {} would have fitted\n",
-      tally.total(), kMostRules, kMostRules, fitting.empty() ? "a smaller term table" : fitting);
+  fmt::print(context.err,
+             "selvane-cli: there are {} rules and a table holds {}: the first {} are stored. {}\n",
+             tally.total(), kMostRules, kMostRules,
+             fitting.empty() ? "No higher threshold would make them fit; choose fewer terms"
+                             : fitting + " would have fitted");
 }
 
 void ReportEnd(const ExtractionReport& report, const CliContext& context) {
   for (const std::string& entry : report.restored) {
     fmt::print(context.err, "selvane-cli: the pruned term {} is in the table and was restored\n", entry);
   }
-  if (report.end == ExtractionEnd::kOnlySingleItems) {
+  if (report.items == 0) {
+    fmt::print(context.err,
+               "No extractable rules: no row holds a term that the taxonomy knows; check that the table "
+               "and the taxonomy belong together\n");
+  } else if (report.end == ExtractionEnd::kOnlySingleItems) {
     fmt::print(context.err,
                "No extractable rules: no two items are frequent together, so no database was made; "
                "try a lower --min-support\n");
@@ -158,7 +170,7 @@ void List(const fs::path& database, const CliContext& context) {
   }
   WriteOut(context, lines);
   if (!missing.empty()) {
-    fmt::print(context.err, "selvane-cli: {}; what is known of the run cannot be shown\n", missing);
+    fmt::print(context.err, "selvane-cli: how the rules were made is not known: {}\n", missing);
   }
 }
 
@@ -216,7 +228,7 @@ void AddShow(CLI::App& group, const CliContext& context) {
       ->check(CLI::IsMember(RuleSortKeys()));
   command->add_option("--limit", options->limit, "Print so many rules only")
       ->type_name("N")
-      ->check(CLI::PositiveNumber);
+      ->check(CLI::Range(1L, kMostRules));
   command->footer(
       "Example:\n  selvane-cli rules show rules.mdb --taxonomy tax.mdb --sort confidence --limit 20");
   command->callback([options, &context] { Show(*options, context); });

@@ -39,7 +39,7 @@ void AddLoad(CLI::App& group, const CliContext& context) {
           report.passed_over.size(), report.passed_over.front());
     }
     if (report.unnamed > 0) {
-      fmt::print(context.err, "{} positions have no line of their own and so no name\n", report.unnamed);
+      fmt::print(context.err, "{} positions have no name\n", report.unnamed);
     }
     fmt::print(context.err, "{} positions loaded\n", report.rows);
   });
@@ -82,7 +82,7 @@ void AddList(CLI::App& group, const CliContext& context) {
   command->add_option("--under", options->under, "This position and those below it")->type_name("CODE");
   command->add_option("--depth", options->depth, "So many levels only")
       ->type_name("N")
-      ->check(CLI::PositiveNumber);
+      ->check(CLI::Range(1, 1000));
   command->footer("Example:\n  selvane-cli taxonomy list tax.mdb --under C.08 --depth 2");
   command->callback([options, &context] {
     List(options->database, options->source, options->under, options->depth, context);

@@ -43,10 +43,10 @@ std::shared_ptr<LockedConnection> Connect(const std::filesystem::path& path, int
 // Takes the whole file for this connection until it is closed. The engine's own lock keeps out every program;
 // on a file that it cannot write to it has none, and a lock of ours keeps out our own.
 void LockWholeFile(LockedConnection& connection) {
-  connection.Run("PRAGMA locking_mode=EXCLUSIVE; PRAGMA cache_size=-65536;");
-  connection.Value("SELECT count(*) FROM sqlite_schema");
+  connection.Run("PRAGMA locking_mode=EXCLUSIVE; PRAGMA cache_size=-65536;", {});
+  connection.Run("SELECT count(*) FROM sqlite_schema", {});
   if (sqlite3_db_readonly(connection.handle.get(), "main") == 0) {
-    connection.Run("BEGIN EXCLUSIVE; COMMIT;");
+    connection.Run("BEGIN EXCLUSIVE; COMMIT;", {});
     return;
   }
   connection.read_only_lock = FileDescriptor(::open(connection.path.c_str(), O_RDONLY | O_CLOEXEC));
@@ -109,6 +109,10 @@ Database Database::Open(const std::filesystem::path& path, OpenMode mode) {
   if (std::filesystem::is_directory(path, ignored)) {
     throw DatabaseError(path, "this is a folder; choose a database file");
   }
+  // The engine would take an empty file for a new database and write to it.
+  if (std::filesystem::file_size(path, ignored) == 0) {
+    throw DatabaseError(path, "the file is empty, so it is not a database; choose another one");
+  }
   auto connection = Connect(path, SQLITE_OPEN_READWRITE);
   LockWholeFile(*connection);
   if (mode == OpenMode::kReadOnly) {
@@ -160,7 +164,7 @@ Transaction::~Transaction() {
 }
 
 void Transaction::Commit() {
-  connection_->Run("COMMIT");
+  connection_->Run("COMMIT", {});
   open_ = false;
 }
 

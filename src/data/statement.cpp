@@ -64,19 +64,8 @@ void Connection::Fail(std::string_view statement) const {
   throw DatabaseError(path, reason, statement);
 }
 
-void Connection::Run(const char* sql) {
-  if (sqlite3_exec(handle.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) Fail(sql);
-}
-
-Variant Connection::Value(std::string_view sql) {
-  sqlite3_stmt* raw = nullptr;
-  const int length = static_cast<int>(sql.size());
-  if (sqlite3_prepare_v2(handle.get(), sql.data(), length, &raw, nullptr) != SQLITE_OK) Fail(sql);
-  const StatementHandle statement(raw);
-  const int status = sqlite3_step(raw);
-  if (status == SQLITE_DONE) return {};
-  if (status != SQLITE_ROW) Fail(sql);
-  return static_cast<std::int64_t>(sqlite3_column_int64(raw, 0));
+void Connection::Run(const char* sql, std::string_view shown) {
+  if (sqlite3_exec(handle.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) Fail(shown);
 }
 
 Statement::Statement(std::shared_ptr<Connection> connection, std::string_view text, std::string_view shown)

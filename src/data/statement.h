@@ -54,9 +54,9 @@ struct Connection {
   // Throws DatabaseError with the engine's words for its latest failure.
   [[noreturn]] void Fail(std::string_view statement) const;
   // Runs SQL of the engine's own dialect, any number of statements. Throws DatabaseError.
-  void Run(const char* sql);
-  // The first column of the first row of a statement of the engine's own dialect.
-  Variant Value(std::string_view sql);
+  void Run(const char* sql) { Run(sql, sql); }
+  // The same with another text, or none, for the message: what the user did not ask for is not shown.
+  void Run(const char* sql, std::string_view shown);
 };
 
 // A statement borrowed from a connection, given back to the cache at the end of its life.

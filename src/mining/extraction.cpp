@@ -44,9 +44,33 @@ void CheckRequest(const TransactionSource& source, const ExtractionRequest& requ
         fmt::format("table {} has {} rows, and at most {} can be mined; divide it into several tables",
                     request.table, rows, kMostTableRows));
   }
-  if (!request.itemset_copy.empty() && fs::exists(request.itemset_copy)) {
+  const auto plain = [](char c) {
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' ||
+           (c & 0x80) != 0;
+  };
+  if (!std::all_of(request.table.begin(), request.table.end(), plain)) {
+    throw InputError(
+        fmt::format("the table name \"{}\" holds blanks or signs; rename the table with letters, digits "
+                    "and underscores only",
+                    request.table));
+  }
+  const fs::path& copy = request.itemset_copy;
+  if (copy.empty()) return;
+  if (fs::exists(fs::symlink_status(copy))) {
     throw FileError(fmt::format("{}: the file is there already and was left as it is; choose another name",
-                                request.itemset_copy.string()));
+                                copy.string()));
+  }
+  if (copy.has_parent_path() && !fs::is_directory(copy.parent_path())) {
+    throw FileError(fmt::format("{}: there is no such folder; make it first", copy.parent_path().string()));
+  }
+}
+
+// Replacing one of the inputs by the rules would lose it.
+void CheckOutput(const fs::path& output, const TransactionSource& source, TaxonomyStore& taxonomy) {
+  for (const fs::path& input : {source.file_name(), taxonomy.database().path()}) {
+    if (!IsSameFile(output, input)) continue;
+    throw InputError(fmt::format(
+        "{}: the rules would replace a file that they are made from; choose another name", output.string()));
   }
 }
 
@@ -84,9 +108,9 @@ void Search(GeneralizedApriori& engine, const ExtractionRequest& request, const 
   report.work = engine.work();
   CheckInfoItems(engine.direct_items());
   CheckInfoItems(engine.generalized_items());
-  KeepCopy(hold.path(), request.itemset_copy);
   progress.SetStatus("Completed!!");
   progress.SetPosition(100);
+  KeepCopy(hold.path(), request.itemset_copy);
 }
 
 // What the information file tells of the run.
@@ -145,6 +169,7 @@ ExtractionReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy
   }
 
   const RulesOutput output = hooks.choose_output();
+  CheckOutput(output.path, source, taxonomy);
   report.output = output.path;
   const StageTimer rules_timer;
   MakeDatabase(output.path, output.existing, [&](const fs::path& temporary) {

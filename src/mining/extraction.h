@@ -25,7 +25,7 @@ struct ExtractionRequest {
   // The sign that the numbers of the information file are written with, after the user's locale.
   char decimal_sign = '.';
   // Where to keep a copy of the run's itemset file; empty for none.
-  std::filesystem::path itemset_copy;
+  std::filesystem::path itemset_copy{};
 };
 
 // Where the rules go, asked for when there are itemsets to make rules from.

@@ -12,7 +12,7 @@ namespace selvane {
 struct TaxonomyLoadReport {
   long rows = 0;                  // rows of `Source`, and of `Taxonomy`
   int son_columns = 0;            // the greatest number of children of a node
-  long unnamed = 0;               // positions that were named as parents but have no line of their own
+  long unnamed = 0;               // positions without a name, mostly for want of a line of their own
   std::vector<long> passed_over;  // see TaxonomyFile
 };
 

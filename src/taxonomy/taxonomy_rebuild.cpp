@@ -100,7 +100,9 @@ void TaxonomyStore::RestoreEntry(std::string_view entry) {
   BulkInsert insert = database_.OpenBulkInsert("Taxonomy", names);
   for (const std::string& code : codes) {
     database_.Execute("DELETE * FROM Taxonomy WHERE FatherId Like '" + code + "*'");
-    Recordset rows = database_.OpenRecordset("SELECT * FROM Source WHERE FatherId Like '" + code + "*'");
+    // In the order of the table: mining registers nodes in the order of their rows.
+    Recordset rows =
+        database_.OpenRecordset("SELECT * FROM Source WHERE FatherId Like '" + code + "*' ORDER BY rowid");
     for (; !rows.AtEnd(); rows.MoveNext()) {
       for (int i = 0; i < rows.FieldCount(); ++i) insert.Set(i, rows.Text(i));
       insert.Insert();

@@ -72,8 +72,8 @@ void CheckColumnNames(const std::vector<std::string>& names) {
   for (const std::string& name : names) {
     if (seen.insert(LowerCase(name)).second) continue;
     throw InputError(
-        fmt::format("the term \"{}\" cannot be a column: another column has the same name, but for "
-                    "capitals; prune the term or its category and build again",
+        fmt::format("the term \"{}\" cannot be a column: there is a column of that name already, "
+                    "capitals apart; prune the term or its category and build again",
                     name));
   }
 }

@@ -1,0 +1,111 @@
+# Completion for selvane-cli in bash: commands, options, their values, and files. Needs nothing but bash 4.
+
+# Fills COMPREPLY with folders and with files that match a pattern; every file when there is no pattern.
+_selvane_cli_files() {
+  local cur=$1 pattern=${2-}
+  # Names with blanks are quoted and folders get a slash. Fails where the shell is not completing.
+  compopt -o filenames 2>/dev/null
+  if [[ -n $pattern ]]; then
+    mapfile -t COMPREPLY < <(compgen -f -X "!$pattern" -- "$cur"; compgen -d -- "$cur")
+  else
+    mapfile -t COMPREPLY < <(compgen -f -- "$cur")
+  fi
+}
+
+_selvane_cli_words() {
+  mapfile -t COMPREPLY < <(compgen -W "$2" -- "$1")
+}
+
+# Completes the value of an option; false for an option that takes none.
+_selvane_cli_value() {
+  local option=$1 cur=$2
+  case $option in
+    --taxonomy | --output) _selvane_cli_files "$cur" '*.mdb' ;;
+    --itemsets) _selvane_cli_files "$cur" ;;
+    --format) _selvane_cli_words "$cur" 'text csv json' ;;
+    --sort) _selvane_cli_words "$cur" 'index support confidence pa pc' ;;
+    --under | --depth | --table | --min-support | --min-confidence | --limit) ;;
+    *) return 1 ;;
+  esac
+}
+
+_selvane_cli() {
+  local cur=${COMP_WORDS[COMP_CWORD]} prev='' word options='' i
+  COMPREPLY=()
+  ((COMP_CWORD > 0)) && prev=${COMP_WORDS[COMP_CWORD - 1]}
+
+  # The value of an option: behind a blank, or behind "=", which the shell takes as a word of its own.
+  if [[ $cur == '=' ]]; then
+    _selvane_cli_value "$prev" '' && return
+  elif [[ $prev == '=' ]] && ((COMP_CWORD > 1)); then
+    _selvane_cli_value "${COMP_WORDS[COMP_CWORD - 2]}" "$cur" && return
+  elif _selvane_cli_value "$prev" "$cur"; then
+    return
+  fi
+
+  # What stands before: the group, the command and how many arguments that are no options.
+  local group='' command='' arguments=0
+  for ((i = 1; i < COMP_CWORD; ++i)); do
+    word=${COMP_WORDS[i]}
+    case $word in
+      --taxonomy | --output | --itemsets | --format | --sort | --under | --depth | --table | --limit | \
+        --min-support | --min-confidence)
+        [[ ${COMP_WORDS[i + 1]-} == '=' ]] && ((++i))
+        ((++i))
+        ;;
+      -*) ;;
+      *)
+        if [[ -z $group ]]; then
+          group=$word
+        elif [[ -z $command ]]; then
+          command=$word
+        else
+          ((++arguments))
+        fi
+        ;;
+    esac
+  done
+
+  case "$group $command" in
+    ' ') options='--help --version' ;;
+    'taxonomy list') options='--source --under --depth --help' ;;
+    'taxonomy prune') options='--upward --help' ;;
+    'terms build') options='--taxonomy --output --help' ;;
+    'terms list') options='--table --help' ;;
+    'rules extract')
+      options='--taxonomy --output --overwrite --table --min-support --min-confidence --no-generalize
+               --itemsets --help'
+      ;;
+    'rules show') options='--taxonomy --table --format --sort --limit --help' ;;
+    *) options='--help' ;;
+  esac
+  if [[ $cur == -* ]]; then
+    _selvane_cli_words "$cur" "$options"
+    return
+  fi
+
+  case "$group $command" in
+    ' ') _selvane_cli_words "$cur" 'taxonomy terms rules' ;;
+    'taxonomy ') _selvane_cli_words "$cur" 'load list prune restore' ;;
+    'terms ') _selvane_cli_words "$cur" 'build list' ;;
+    'rules ') _selvane_cli_words "$cur" 'extract list show' ;;
+    'taxonomy load')
+      case $arguments in
+        0) _selvane_cli_files "$cur" '*.[xX][mM][lL]' ;;
+        1) _selvane_cli_files "$cur" '*.mdb' ;;
+        *) _selvane_cli_words "$cur" "$options" ;;
+      esac
+      ;;
+    'terms build') _selvane_cli_files "$cur" '*.[tT][xX][tT]' ;;
+    'taxonomy list' | 'taxonomy prune' | 'taxonomy restore' | 'terms list' | 'rules extract' | 'rules list' | \
+      'rules show')
+      if ((arguments == 0)); then
+        _selvane_cli_files "$cur" '*.mdb'
+      elif [[ $command != prune ]]; then # what follows there are position codes
+        _selvane_cli_words "$cur" "$options"
+      fi
+      ;;
+  esac
+}
+
+complete -F _selvane_cli selvane-cli

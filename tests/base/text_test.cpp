@@ -1,0 +1,57 @@
+#include "base/text.h"
+
+#include <gtest/gtest.h>
+
+namespace selvane {
+namespace {
+
+TEST(Text, DecodesEveryKindOfInput) {
+  const struct {
+    std::string bytes;
+    std::string utf8;
+  } cases[] = {
+      {"plain", "plain"},
+      {"\xEF\xBB\xBFwith mark", "with mark"},
+      {"Sj\xC3\xB6gren", "Sj\xC3\xB6gren"},
+      {"Sj\xF6gren", "Sj\xC3\xB6gren"},  // code page 1252
+      {"\x80 \x93q\x94", "\xE2\x82\xAC \xE2\x80\x9Cq\xE2\x80\x9D"},
+      {"cut \xC3", "cut \xC3\x83"},                      // a sequence without its end is no UTF-8
+      {"\xC0\xAF", "\xC3\x80\xC2\xAF"},                  // nor is one longer than it need be
+      {"\xED\xA0\x80", "\xC3\xAD\xC2\xA0\xE2\x82\xAC"},  // nor a surrogate
+      {"\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(DecodeInput(c.bytes), c.utf8);
+}
+
+TEST(Text, CodePageComesBackForEveryByte) {
+  for (int byte = 0; byte < 256; ++byte) {
+    const std::string one(1, static_cast<char>(byte));
+    EXPECT_EQ(ToCodePage1252(FromCodePage1252(one)), one) << byte;
+  }
+  EXPECT_EQ(ToCodePage1252("\xCE\xB1-\xF0\x9F\x98\x80"), "?-?");
+}
+
+TEST(Text, NumbersAreReadWithEitherSignAndWrittenWithTheUsers) {
+  const struct {
+    const char* text;
+    std::optional<double> value;
+  } cases[] = {{"0.05", 0.05}, {"0,05", 0.05}, {" 7 ", 7}, {"+1.5", 1.5},     {"-1e3", -1000},
+               {"", {}},       {"1.2.3", {}},  {"x", {}},  {"0.5 of it", {}}, {"+-1", {}}};
+  for (const auto& c : cases) EXPECT_EQ(NumberOf(c.text), c.value) << c.text;
+  EXPECT_EQ(SingleText(0.05F), "0.05");
+  EXPECT_EQ(SingleText(1.0F / 3, ','), "0,3333333");
+  EXPECT_EQ(SingleText(1), "1");
+  EXPECT_FALSE(Int32Of("2147483648"));
+  EXPECT_FALSE(Int32Of("12a"));
+  EXPECT_EQ(Int32Of(" -12"), -12);
+}
+
+TEST(Text, LinesEndInEitherWay) {
+  std::string_view rest = "a\r\n\nb\rc\nlast";
+  std::vector<std::string> lines;
+  while (!rest.empty()) lines.emplace_back(NextLine(rest));
+  EXPECT_EQ(lines, (std::vector<std::string>{"a", "", "b\rc", "last"}));
+}
+
+}  // namespace
+}  // namespace selvane

@@ -1,0 +1,81 @@
+// The program as a process: signals, a full disk, standard output that cannot be written.
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+
+#include "base/file.h"
+#include "taxonomy/taxonomy_files.h"
+
+namespace selvane {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+class CliProcessTest : public FolderTest {
+ protected:
+  CliProcessTest() {
+    ::setenv("XDG_STATE_HOME", (folder() / "state").c_str(), 1);
+    // Deep enough for every command to take some time.
+    std::string lines;
+    for (int i = 0; i < 3000; ++i)
+      lines += NodeLine("Term " + std::to_string(i), "C" + std::to_string(i % 90) + "." + std::to_string(i));
+    WriteText("tax.xml", lines);
+  }
+
+  // Starts the program with words parted by blanks; its messages go to "err".
+  static pid_t Start(const std::string& command) {
+    const pid_t child = ::fork();
+    if (child != 0) return child;
+    const std::string line = "exec " SELVANE_CLI " " + command + " 2>err";
+    ::execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);
+    ::_exit(127);
+  }
+  static int StatusOf(pid_t child) {
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+  }
+  static int Run(const std::string& command) { return StatusOf(Start(command)); }
+};
+
+TEST_F(CliProcessTest, CtrlCLeavesNothingHalfMade) {
+  int interrupted = 0;
+  for (int delay = 0; delay < 12; ++delay) {
+    std::filesystem::remove("new.mdb");
+    const pid_t child = Start("taxonomy load tax.xml new.mdb");
+    ::usleep(static_cast<useconds_t>(3000 * (1 << (delay / 2))));
+    ::kill(child, delay % 2 == 0 ? SIGINT : SIGTERM);
+    const int status = StatusOf(child);
+    const Texts names = FileNames(".");
+    if (status == 0) {
+      EXPECT_EQ(names, (Texts{"err", "new.mdb", "tax.xml"}));
+    } else if (status == 1) {
+      ++interrupted;
+      EXPECT_NE(ReadFile("err").find("interrupted"), std::string::npos);
+      EXPECT_EQ(names, (Texts{"err", "tax.xml"}));
+    } else {
+      EXPECT_TRUE(status == 1000 + SIGINT || status == 1000 + SIGTERM)
+          << status;  // before the program was ready
+    }
+  }
+  RecordProperty("interrupted", interrupted);
+}
+
+TEST_F(CliProcessTest, OutputThatCannotBeWrittenIsAFailure) {
+  ASSERT_EQ(Run("taxonomy load tax.xml tax.mdb"), 0);
+  EXPECT_EQ(Run("taxonomy list tax.mdb >/dev/full"), 1);
+  EXPECT_NE(ReadFile("err").find("cannot be written"), std::string::npos);
+  EXPECT_EQ(Run("taxonomy list tax.mdb --depth 1 >out"), 0);
+  EXPECT_EQ(ReadFile("err"), "");
+}
+
+TEST_F(CliProcessTest, EndsWith255WhereTheProgramEndsItself) {
+  EXPECT_EQ(Run("taxonomy load tax.txt new.mdb"), 255);
+  EXPECT_EQ(Run("--version >out"), 0);
+  EXPECT_EQ(ReadFile("out").find("selvane-cli "), 0U);
+}
+
+}  // namespace
+}  // namespace selvane

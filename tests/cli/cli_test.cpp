@@ -1,0 +1,159 @@
+#include "cli/cli.h"
+
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "base/file.h"
+#include "taxonomy/taxonomy_files.h"
+
+namespace selvane {
+namespace {
+
+using Texts = std::vector<std::string>;
+const std::string kSamples = std::string(SELVANE_SOURCE_DIR) + "/samples";
+
+class CliTest : public FolderTest {
+ protected:
+  CliTest() { ::setenv("XDG_STATE_HOME", (folder() / "state").c_str(), 1); }
+
+  // Runs a command whose words are parted by blanks.
+  int Run(const std::string& command) {
+    std::istringstream words(command);
+    Texts arguments;
+    for (std::string word; words >> word;) arguments.push_back(word);
+    std::ostringstream out;
+    std::ostringstream err;
+    SilentProgress progress;
+    const int status = RunCli(arguments, {out, err, progress, FixedClock(), '.'});
+    out_ = out.str();
+    err_ = err.str();
+    return status;
+  }
+
+  void MakeSampleRules() {
+    ASSERT_EQ(Run("taxonomy load " + kSamples + "/taxonomy.xml tax.mdb"), 0) << err_;
+    ASSERT_EQ(Run("terms build --taxonomy tax.mdb --output terms.mdb " + kSamples + "/abstracts"), 0) << err_;
+    ASSERT_EQ(Run("rules extract terms.mdb --taxonomy tax.mdb --output rules.mdb --min-support 0.2 "
+                  "--min-confidence 0.7"),
+              0)
+        << err_;
+  }
+
+  std::string out_;
+  std::string err_;
+};
+
+TEST_F(CliTest, RunsTheWholeWayOnTheSamples) {
+  MakeSampleRules();
+  EXPECT_NE(err_.find("30 rows, 29 items, 263 itemsets, 127 rules"), std::string::npos) << err_;
+  EXPECT_EQ(Run("rules show rules.mdb --taxonomy tax.mdb --sort confidence --limit 1"), 0);
+  EXPECT_EQ(out_, "   36  0.200000  1.000000  Terbutaline => Respiratory Tract Diseases\n");
+  EXPECT_EQ(Run("terms list terms.mdb"), 0);
+  EXPECT_EQ(out_.substr(0, 13), "1\t16\tSmoking\n");
+  EXPECT_EQ(Run("rules list rules.mdb"), 0);
+  EXPECT_EQ(
+      out_.find("table\tExtracted\t127\nterm table\t14_05_23_11_MESHTERMS\nrows\t30\nminimum support\t0.2\n"),
+      0U);
+  EXPECT_EQ(Run("rules extract terms.mdb --taxonomy tax.mdb --output rules.mdb --overwrite --no-generalize "
+                "--min-support 0,2 --min-confidence 0,7"),
+            0);
+  EXPECT_EQ(Run("rules show rules.mdb --taxonomy tax.mdb --format csv"), 0);
+  EXPECT_EQ(
+      out_,
+      "INDEX,ANTECEDENT,CONSEQUENT,ANTECEDENT_NAMES,CONSEQUENT_NAMES,SUPPORT,CONFIDENCE,PA,PC,ASPEC,CSPEC\n"
+      "1,25,124,\"Pulmonary Disease, Chronic Obstructive\",\"Smoking\",0.233333,0.777778,0.3,0.533333,1,1\n"
+      "2,49,124,\"Myocardial Infarction\",\"Smoking\",0.3,0.75,0.4,0.533333,1,1\n");
+  EXPECT_EQ(Run("rules show rules.mdb --taxonomy tax.mdb --format json --table extracted"), 0);
+  const auto rules = nlohmann::json::parse(out_);
+  EXPECT_EQ(rules[1]["antecedent_names"][0], "Myocardial Infarction");
+  EXPECT_EQ(rules[1]["confidence"], 0.75);
+}
+
+TEST_F(CliTest, ListsPrunesAndRestoresTaxonomies) {
+  ASSERT_EQ(Run("taxonomy load " + kSamples + "/taxonomy.xml tax.mdb"), 0);
+  EXPECT_EQ(Run("taxonomy list tax.mdb --depth 1"), 0);
+  EXPECT_EQ(std::count(out_.begin(), out_.end(), '\n'), 7);
+  EXPECT_EQ(Run("taxonomy list tax.mdb --under C08.127 --depth 2"), 0);
+  EXPECT_EQ(out_.substr(0, 29), "9\tC.08.127\tBronchial Diseases");
+  EXPECT_EQ(std::count(out_.begin(), out_.end(), '\n'), 6) << out_;
+  EXPECT_EQ(Run("taxonomy prune tax.mdb C.08 C14"), 0);
+  EXPECT_EQ(Run("taxonomy list tax.mdb --under C.08"), 1);
+  EXPECT_EQ(Run("taxonomy list tax.mdb --under C08 --source"), 0);
+  EXPECT_EQ(Run("taxonomy prune tax.mdb E X.1"), 1);
+  EXPECT_NE(err_.find("no position X.1; nothing was pruned"), std::string::npos);
+  EXPECT_EQ(Run("taxonomy restore tax.mdb"), 0);
+  EXPECT_EQ(Run("taxonomy list tax.mdb"), 0);
+  EXPECT_EQ(std::count(out_.begin(), out_.end(), '\n'), 137);
+  EXPECT_EQ(Run("taxonomy prune --upward tax.mdb C.08.127"), 0);
+  EXPECT_EQ(err_, "3 positions pruned\n");
+}
+
+TEST_F(CliTest, EveryCommandHasHelpWithAnExample) {
+  for (const char* command : {"taxonomy load", "taxonomy list", "taxonomy prune", "taxonomy restore",
+                              "terms build", "terms list", "rules extract", "rules list", "rules show"}) {
+    EXPECT_EQ(Run(std::string(command) + " --help"), 0);
+    EXPECT_NE(out_.find(std::string("selvane-cli ") + command), std::string::npos) << out_;
+    EXPECT_EQ(Run(command), 2) << "without what it needs";
+    EXPECT_TRUE(out_.empty());
+  }
+}
+
+TEST_F(CliTest, FaultsHaveAMessageAndAStatusAndLoseNothing) {
+  MakeSampleRules();
+  WriteText("text.mdb",
+            "no database at all, just some text that is long enough to be looked at as a file header");
+  WriteText("tax.txt", "");
+  WriteText("bad.xml", "<node canonical=\"a\" type=\"b\" tree=>\n");
+  std::filesystem::create_directory("empty");
+  WriteText("copy.mdb", ReadFile("rules.mdb"));
+  MakeForeignDatabase("two.mdb",
+                      "CREATE TABLE a(\"Index\", x); INSERT INTO a VALUES (1, 1); CREATE TABLE b(i); CREATE "
+                      "TABLE 'c d'(i, x);");
+  const Texts before = FileNames(".");
+  const struct {
+    const char* command;
+    int status;
+    const char* part;
+  } cases[] = {
+      {"taxonomy load tax.txt new.mdb", 255, "Selected file is not xml file"},
+      {"taxonomy load missing.xml new.mdb", 1, "missing.xml: cannot open"},
+      {"taxonomy load bad.xml new.mdb", 1, "line 1"},
+      {"taxonomy load bad.xml", 2, "TAXDB"},
+      {"taxonomy restore text.mdb", 1, "not a database"},
+      {"taxonomy restore rules.mdb", 1, "no taxonomy database"},
+      {"terms build --taxonomy tax.mdb --output new.mdb empty", 1, "holds no text files"},
+      {"terms build --taxonomy tax.mdb --output new.mdb tax.txt", 1, "no file holds a term"},
+      {"terms list two.mdb", 1, "--table; there are: a, b"},
+      {"terms list two.mdb --table z", 1, "no table z"},
+      {"rules extract terms.mdb --taxonomy tax.mdb --output rules.mdb", 1, "--overwrite"},
+      {"rules extract terms.mdb --taxonomy tax.mdb --output no/where.mdb", 1, "no such folder"},
+      {"rules extract terms.mdb --taxonomy tax.mdb --output new.mdb --min-support 1.5", 2, "at most 1"},
+      {"rules extract terms.mdb --taxonomy tax.mdb --output new.mdb --min-confidence x", 2, "not x"},
+      {"rules extract text.mdb --taxonomy tax.mdb --output new.mdb", 1, "not a database"},
+      {"rules extract two.mdb --table a --taxonomy tax.mdb --output new.mdb", 0, "no row holds a term"},
+      {"rules extract terms.mdb --taxonomy tax.mdb --output terms.mdb --overwrite", 1, "made from"},
+      {"rules extract terms.mdb --taxonomy tax.mdb --output ./tax.mdb --overwrite", 1, "made from"},
+      {"rules extract terms.mdb --taxonomy tax.mdb --output new.mdb --itemsets no/copy.dat", 1,
+       "no such folder"},
+      {"taxonomy list tax.mdb --depth 0", 2, "1 to 1000"},
+      {"rules list text.mdb", 1, "not a database"},
+      {"rules show terms.mdb --taxonomy tax.mdb", 1, "no rules table"},
+      {"rules show rules.mdb --taxonomy rules.mdb", 1, "open elsewhere"},
+      {"rules show rules.mdb --taxonomy tax.mdb --format xml", 2, "xml"},
+      {"rules list copy.mdb", 0, "Infocopy.dat: cannot open"},
+      {"nothing", 2, "required"},
+      {"", 2, "required"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(Run(c.command), c.status) << c.command << "\n" << err_;
+    EXPECT_NE(err_.find(c.part), std::string::npos) << c.command << "\n" << err_;
+  }
+  std::filesystem::copy_file("rules.mdb", "rules.db");
+  EXPECT_EQ(Run("rules list rules.db"), 255);
+  std::filesystem::remove("rules.db");
+  EXPECT_EQ(FileNames("."), before);
+}
+
+}  // namespace
+}  // namespace selvane

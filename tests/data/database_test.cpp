@@ -1,0 +1,216 @@
+#include "data/database.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "data/bulk_insert.h"
+#include "data/database_error.h"
+#include "data/new_database.h"
+#include "data/recordset.h"
+#include "data/statement.h"
+#include "support/test_support.h"
+
+namespace selvane {
+namespace {
+
+class DatabaseTest : public FolderTest {
+ protected:
+  static Database WithTable(const char* path) {
+    Database database = Database::Create(path);
+    database.CreateTable("T", std::vector<Field>{{"Small", FieldType::kInt16},
+                                                 {"Large", FieldType::kInt32},
+                                                 {"Single", FieldType::kSingle},
+                                                 {"Text", FieldType::kText, 3}});
+    return database;
+  }
+};
+
+TEST_F(DatabaseTest, FileItselfEnforcesWidthsAndRanges) {
+  Database database = WithTable("a.mdb");
+  const struct {
+    const char* values;
+    bool fits;
+  } cases[] = {
+      {"'32767','2147483647','1.5','abc'", true},
+      {"'-32768','-2147483648','0',''", true},
+      {"'32768','0','0',''", false},
+      {"'0','2147483648','0',''", false},
+      {"'0','0','4e38',''", false},
+      {"'0','0','0','abcd'", false},
+      {"'0','0','0','\xC3\xB6\xC3\xB6\xC3\xB6'", true},  // three characters, six bytes
+      {"'word','0','0',''", false},
+      {"'0','0','word',''", false},
+      {"NULL,NULL,NULL,NULL", true},
+  };
+  long rows = 0;
+  for (const auto& c : cases) {
+    const std::string sql = std::string("insert into T (Small,Large,Single,Text) values(") + c.values + ")";
+    if (c.fits) {
+      EXPECT_NO_THROW(database.Execute(sql)) << sql;
+      EXPECT_EQ(database.RecordCount("T"), ++rows);
+    } else {
+      EXPECT_THROW(database.Execute(sql), DatabaseError) << sql;
+    }
+  }
+  const std::vector<Field> fields = database.Fields("t");
+  EXPECT_EQ(fields.at(0).type, FieldType::kInt16);
+  EXPECT_EQ(fields.at(1).type, FieldType::kInt32);
+  EXPECT_EQ(fields.at(2).type, FieldType::kSingle);
+  EXPECT_EQ(fields.at(3).type, FieldType::kText);
+  EXPECT_EQ(fields.at(3).size, 3);
+}
+
+TEST_F(DatabaseTest, OnlyOrdinaryTablesHaveNoAttributes) {
+  MakeForeignDatabase("f.mdb", R"(CREATE TABLE z(a); CREATE VIEW v AS SELECT 1 x; CREATE TABLE "1 b"(c INTEGER
+      PRIMARY KEY AUTOINCREMENT); CREATE VIRTUAL TABLE w USING fts5(t); CREATE TABLE sys_Queries(n, s);)");
+  const Database database = Database::Open("f.mdb", OpenMode::kReadOnly);
+  std::vector<std::string> ordinary;
+  for (const TableDefinition& table : database.Tables()) {
+    if (table.attributes == 0) ordinary.push_back(table.name);
+  }
+  EXPECT_EQ(ordinary, (std::vector<std::string>{"z", "1 b"}));
+}
+
+TEST_F(DatabaseTest, SecondOpenerGetsAnErrorAtOnce) {
+  for (const OpenMode mode : {OpenMode::kReadOnly, OpenMode::kWritable}) {
+    const std::string path = mode == OpenMode::kReadOnly ? "r.mdb" : "w.mdb";
+    { WithTable(path.c_str()); }
+    Database holder = Database::Open(path, mode);
+    for (const OpenMode second : {OpenMode::kReadOnly, OpenMode::kWritable}) {
+      const std::string message = MessageOf<DatabaseError>([&] { Database::Open(path, second); });
+      EXPECT_NE(message.find("open elsewhere"), std::string::npos) << message;
+    }
+    const pid_t child = ::fork();
+    if (child == 0) {
+      try {
+        Database::Open(path, OpenMode::kReadOnly);
+        ::_exit(0);
+      } catch (const DatabaseError&) {
+        ::_exit(7);
+      }
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    EXPECT_EQ(WEXITSTATUS(status), 7);
+    holder.Close();
+    EXPECT_NO_THROW(Database::Open(path, mode));
+  }
+}
+
+TEST_F(DatabaseTest, ReadOnlyOpeningLeavesTheFileAlone) {
+  { WithTable("a.mdb"); }
+  const std::string before = ReadFile("a.mdb");
+  Database database = Database::Open("a.mdb", OpenMode::kReadOnly);
+  EXPECT_THROW(database.Execute("insert into T (Small) values(1)"), DatabaseError);
+  database.Close();
+  EXPECT_EQ(ReadFile("a.mdb"), before);
+  EXPECT_EQ(FileNames("."), std::vector<std::string>{"a.mdb"});
+}
+
+TEST_F(DatabaseTest, FaultsSayWhatToDo) {
+  WriteText("text.mdb", std::string(5000, 'x'));
+  WriteText("there.mdb", "mine");
+  WriteText("empty.mdb", "");
+  std::filesystem::create_directory("folder");
+  const struct {
+    std::function<void()> call;
+    const char* part;
+  } cases[] = {
+      {[] { Database::Open("", OpenMode::kReadOnly); }, "no file was named"},
+      {[] { Database::Open("missing.mdb", OpenMode::kReadOnly); }, "missing.mdb: there is no such file"},
+      {[] { Database::Open("folder", OpenMode::kReadOnly); }, "this is a folder"},
+      {[] { Database::Open("text.mdb", OpenMode::kWritable); }, "text.mdb: the file is not a database"},
+      {[] { Database::Open("empty.mdb", OpenMode::kWritable); }, "the file is empty"},
+      {[] { Database::Create("there.mdb"); }, "is there already"},
+      {[] { Database::Create("no/folder.mdb"); }, "no such folder"},
+      {[] { Database::Create(""); }, "no file was named"},
+      {[] { MakeDatabase("there.mdb", ExistingFile::kRefuse, [](const auto&) {}); }, "is there already"},
+      {[] {
+         MakeDatabase("new.mdb", ExistingFile::kRefuse,
+                      [](const auto& path) { Database::Create(path).Fields("x"); });
+       },
+       "new.mdb: there is no table \"x\""},
+  };
+  for (const auto& c : cases)
+    EXPECT_NE(MessageOf<DatabaseError>(c.call).find(c.part), std::string::npos) << c.part;
+  EXPECT_EQ(ReadFile("there.mdb") + ReadFile("empty.mdb"), "mine");
+  EXPECT_EQ(FileNames("."), (std::vector<std::string>{"empty.mdb", "folder", "text.mdb", "there.mdb"}));
+}
+
+TEST_F(DatabaseTest, ResultsCanBeEdited) {
+  Database database = WithTable("a.mdb");
+  Recordset rows = database.OpenRecordset("SELECT * FROM T");
+  EXPECT_TRUE(rows.AtEnd());
+  EXPECT_THROW(rows.Value(0), DatabaseError);
+  for (int i = 1; i <= 5; ++i) {
+    rows.AddNew();
+    rows.SetField(0, std::to_string(i));
+    rows.SetField("TEXT", "r");
+    rows.Update();
+  }
+  Recordset some = database.OpenRecordset("SELECT Small,Text FROM T WHERE Small>'1'");
+  some.MoveNext();
+  EXPECT_EQ(some.Int16(0), 3);
+  some.Edit();
+  some.SetField("text", "new");
+  EXPECT_THROW(some.SetField("Large", 1), DatabaseError);
+  some.Update();
+  some.MoveNext();
+  some.Delete();
+  some.MoveNext();
+  EXPECT_EQ(some.Int16(0), 5);
+  EXPECT_THROW(some.Update(), DatabaseError);
+  EXPECT_EQ(Rows(database, "SELECT Small,Text FROM T"),
+            (std::vector<std::string>{"1|r", "2|r", "3|new", "5|r"}));
+}
+
+TEST_F(DatabaseTest, TransactionsAreWholeOrNothing) {
+  Database database = WithTable("a.mdb");
+  const auto add = [&database](const char* value) {
+    database.Execute(std::string("insert into T (Small) values(") + value + ")");
+  };
+  EXPECT_THROW(
+      {
+        Transaction transaction(database);
+        add("1");
+        add("99999");
+      },
+      DatabaseError);
+  EXPECT_EQ(database.RecordCount("T"), 0);
+  Transaction transaction(database);
+  add("1");
+  transaction.Commit();
+  EXPECT_EQ(database.RecordCount("T"), 1);
+}
+
+TEST_F(DatabaseTest, SavedQueriesStayInTheFile) {
+  {
+    Database database = WithTable("a.mdb");
+    database.CreateQuery("SQLstatement");
+    EXPECT_THROW(database.ExecuteQuery("SQLstatement"), DatabaseError);  // it has no text yet
+    database.SetQuery("SQLstatement", "insert into T (Small) values(4)");
+    database.ExecuteQuery("SQLstatement");
+  }
+  Database database = Database::Open("a.mdb", OpenMode::kWritable);
+  EXPECT_TRUE(database.HasQuery("SQLstatement"));
+  database.ExecuteQuery("SQLstatement");
+  EXPECT_EQ(Rows(database, "SELECT Small FROM T"), (std::vector<std::string>{"4", "4"}));
+  EXPECT_THROW(database.QueryText("Other"), DatabaseError);
+}
+
+TEST_F(DatabaseTest, CacheGivesOneStatementToOneUserAtATime) {
+  Database database = WithTable("a.mdb");
+  for (int i = 0; i < 3; ++i) database.Execute("insert into T (Small) values(" + std::to_string(i) + ")");
+  Recordset outer = database.OpenRecordset("SELECT Small FROM T WHERE Small>='0'");
+  int pairs = 0;
+  for (; !outer.AtEnd(); outer.MoveNext()) {
+    for (Recordset inner = database.OpenRecordset("SELECT Small FROM T WHERE Small>='0'"); !inner.AtEnd();
+         inner.MoveNext()) {
+      ++pairs;
+    }
+  }
+  EXPECT_EQ(pairs, 9);
+}
+
+}  // namespace
+}  // namespace selvane

@@ -1,0 +1,64 @@
+#include "data/object_archive.h"
+
+#include "support/test_support.h"
+
+namespace selvane {
+namespace {
+
+class ObjectArchiveTest : public FolderTest {};
+
+TEST_F(ObjectArchiveTest, WritesTheseBytes) {
+  ArchiveWriter archive("a.dat");
+  for (const std::uint32_t count : {0U, 65534U, 65535U, 100000U}) archive.WriteCount(count);
+  archive.WriteValues(std::vector<std::uint32_t>{10, 0xFFFFFFFE});
+  archive.WriteText("ab");
+  archive.Close();
+  const std::string wanted(
+      "\0\0\xFE\xFF\xFF\xFF\xFF\xFF\0\0\xFF\xFF\xA0\x86\x01\0\x0A\0\0\0\xFE\xFF\xFF\xFF\x02"
+      "ab",
+      27);
+  EXPECT_EQ(ReadFile("a.dat"), wanted);
+}
+
+TEST_F(ObjectArchiveTest, TextsOfEveryLengthComeBack) {
+  const std::vector<std::pair<std::size_t, std::string>> lengths = {
+      {0, std::string("\0", 1)},
+      {254, "\xFE"},
+      {255, std::string("\xFF\xFF\0", 3)},
+      {65533, "\xFF\xFD\xFF"},
+      {65534, std::string("\xFF\xFF\xFF\xFE\xFF\0\0", 7)},
+  };
+  for (const auto& [length, prefix] : lengths) {
+    const std::string text(length, 'x');
+    ArchiveWriter archive("a.dat");
+    archive.WriteText(text);
+    archive.WriteCount(7);
+    archive.Close();
+    EXPECT_EQ(ReadFile("a.dat").substr(0, prefix.size()), prefix);
+    ArchiveReader reader("a.dat");
+    EXPECT_EQ(reader.ReadText(), text);
+    EXPECT_EQ(reader.ReadCount(), 7U);
+    EXPECT_TRUE(reader.AtEnd());
+  }
+}
+
+TEST_F(ObjectArchiveTest, EveryTruncationIsAnError) {
+  ArchiveWriter archive("a.dat");
+  archive.WriteCount(70000);
+  archive.WriteText(std::string(300, 'x'));
+  archive.Close();
+  const std::string whole = ReadFile("a.dat");
+  for (std::size_t length = 0; length < whole.size(); ++length) {
+    WriteText("cut.dat", std::string_view(whole).substr(0, length));
+    ArchiveReader reader("cut.dat");
+    EXPECT_THROW((reader.ReadCount(), reader.ReadText()), FileError) << length;
+  }
+  // A count that claims gigabytes is found out by the end of the file, not by running out of memory.
+  WriteText("big.dat", "\xFF\xFF\xFF\xFF\xFF\xFF");
+  ArchiveReader reader("big.dat");
+  std::vector<std::uint32_t> values;
+  EXPECT_THROW(reader.ReadValues(reader.ReadCount(), values), FileError);
+}
+
+}  // namespace
+}  // namespace selvane

@@ -1,0 +1,82 @@
+#include "data/transaction_source.h"
+
+#include "data/database_error.h"
+#include "support/test_support.h"
+
+namespace selvane {
+namespace {
+
+using Names = std::vector<std::string>;
+
+class TransactionSourceTest : public FolderTest {
+ protected:
+  TransactionSourceTest() {
+    MakeForeignDatabase("t.mdb", R"(
+        CREATE TABLE first("Index" SMALLINT, "Fever [high], acute" SMALLINT, Cough VARCHAR(5), Raw BLOB, Any REAL);
+        INSERT INTO first VALUES (3, 1, '1', 0, 1.4), (7, 2, '01', 0, 1.6), (0, -1, '0', 0, 0.5), (9, 1, '1', 0, 1);
+        CREATE TABLE 'only ids'("Index" SMALLINT);
+        CREATE TABLE empty("Index" SMALLINT, a SMALLINT);
+        CREATE TABLE ids("Index" SMALLINT); INSERT INTO ids VALUES (5);
+        CREATE TABLE bad(i, a); INSERT INTO bad VALUES (1, NULL), (40000, 1), (1, 'word');)");
+    source_.Open("t.mdb");
+  }
+  TransactionSource source_;
+};
+
+TEST_F(TransactionSourceTest, ReadsRowsAsSmallNumbers) {
+  RowValues row;
+  std::vector<RowValues> rows;
+  for (bool more = source_.OpenReader("first", row); more; more = source_.NextRow(row)) rows.push_back(row);
+  const std::uint32_t minus_one = 0xFFFFFFFF;
+  EXPECT_EQ(rows, (std::vector<RowValues>{
+                      {3, 1, 1, 0, 1}, {7, 2, 1, 0, 2}, {0, minus_one, 0, 0, 0}, {9, 1, 1, 0, 1}}));
+  EXPECT_THROW(source_.NextRow(row), DatabaseError);
+  // A reading can be abandoned for a new one.
+  source_.OpenReader("first", row);
+  source_.OpenReader("ids", row);
+  EXPECT_EQ(row, RowValues{5});
+  EXPECT_FALSE(source_.NextRow(row));
+}
+
+TEST_F(TransactionSourceTest, ListsTablesAndItems) {
+  Names names = {"kept"};
+  source_.ListTables(names);
+  EXPECT_EQ(names, (Names{"kept", "first", "only ids", "empty", "ids", "bad"}));
+  source_.ListItemFields("first", names);
+  EXPECT_EQ(names, (Names{"Fever [high], acute", "Cough", "Raw", "Any"}));
+  source_.ListItemFields("only ids", names);
+  EXPECT_TRUE(names.empty());
+  EXPECT_EQ(source_.FieldCount("first"), 5);
+  EXPECT_EQ(source_.RecordCount("first"), 4);
+}
+
+TEST_F(TransactionSourceTest, FindsTheRowsOfOneItem) {
+  std::vector<std::uint16_t> ids = {99};
+  std::string name;
+  source_.ItemRowIds("first", 1, ids, name);
+  EXPECT_EQ(name, "Fever [high], acute");
+  EXPECT_EQ(ids, (std::vector<std::uint16_t>{3, 9}));
+  source_.ItemRowIds("first", 2, ids, name);
+  EXPECT_EQ(ids, (std::vector<std::uint16_t>{3, 9}));  // 01 is another text
+  EXPECT_THROW(source_.ItemRowIds("first", 3, ids, name), DatabaseError);
+  EXPECT_THROW(source_.ItemRowIds("first", 9, ids, name), DatabaseError);
+}
+
+TEST_F(TransactionSourceTest, FaultsReachTheCaller) {
+  RowValues row;
+  EXPECT_THROW(source_.OpenReader("empty", row), DatabaseError);
+  EXPECT_THROW(source_.OpenReader("only ids", row), DatabaseError);  // the blank is not bracketed
+  EXPECT_THROW(source_.OpenReader("bad", row), DatabaseError);       // null
+  Names names;
+  EXPECT_THROW(source_.ListItemFields("none", names), DatabaseError);
+  EXPECT_THROW(source_.FieldCount("none"), SilentAbort);
+  EXPECT_THROW(source_.RecordCount("none"), SilentAbort);
+  TransactionSource second;
+  EXPECT_THROW(second.Open("t.mdb"), DatabaseError);
+  source_.Close();
+  EXPECT_NO_THROW(second.Open("t.mdb"));
+  EXPECT_THROW(source_.OpenReader("first", row), DatabaseError);
+}
+
+}  // namespace
+}  // namespace selvane

@@ -1,0 +1,164 @@
+#include "mining/extraction.h"
+
+#include "data/database_error.h"
+#include "mining/random_tables.h"
+#include "rules/rules_info.h"
+
+namespace selvane {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+class ExtractionTest : public FolderTest {
+ protected:
+  static constexpr const char* kTaxonomy =
+      "<n canonical=\"Diseases\" type=\"c\" tree=\"C\"/>\n<n canonical=\"Lung\" type=\"d\" tree=\"C1\"/>\n"
+      "<n canonical=\"Asthma\" type=\"d\" tree=\"C1.1\"/>\n<n canonical=\"Drugs\" type=\"c\" tree=\"D\"/>\n"
+      "<n canonical=\"Steroid\" type=\"d\" tree=\"D1\"/>\n<n canonical=\"Smoking\" type=\"d\" "
+      "tree=\"F1\"/>\n";
+  ExtractionTest() {
+    LoadText(kTaxonomy, "tax.mdb");
+    MakeForeignDatabase("terms.mdb", R"(
+        CREATE TABLE T("Index" SMALLINT, Asthma SMALLINT, Steroid SMALLINT, Smoking SMALLINT);
+        INSERT INTO T VALUES (1,1,1,0),(2,1,1,0),(3,1,0,1),(4,0,1,0);
+        CREATE TABLE single("Index" SMALLINT, Asthma SMALLINT, Smoking SMALLINT);
+        INSERT INTO single VALUES (1,1,0),(2,0,1);)");
+    hooks_.choose_output = [this] { return output_; };
+    std::filesystem::remove("load.xml");
+  }
+
+  ExtractionReport Extract(Progress& progress) {
+    ItemsetFileHold hold(folder() / "state");
+    TransactionSource source;
+    source.Open("terms.mdb");
+    TaxonomyStore taxonomy("tax.mdb");
+    return ExtractRules(source, taxonomy, hold, request_, hooks_, progress);
+  }
+
+  ExtractionRequest request_{"T"};
+  ExtractionHooks hooks_;
+  RulesOutput output_{"Run.mdb"};
+  RecordingProgress progress_;
+};
+
+TEST_F(ExtractionTest, StoresRulesAndTellsOfTheRun) {
+  request_.min_support = 0.5F;
+  request_.decimal_sign = ',';
+  request_.itemset_copy = "copy.dat";
+  Texts lines;
+  hooks_.rule_line = [&lines](std::string_view line) { lines.emplace_back(line); };
+  const ExtractionReport report = Extract(progress_);
+  EXPECT_EQ(report.end, ExtractionEnd::kRules);
+  EXPECT_EQ(lines.size(), static_cast<std::size_t>(report.rules_stored));
+  EXPECT_EQ(lines.front(), "Steroid   => Asthma  ");
+  EXPECT_EQ(progress_.statuses, (Texts{"Checking items presence ...", "Searching for frequent itemsets...",
+                                       "Completed!!", "Generating rules ....", "Completed!!"}));
+  const RulesInfo info = ReadRulesInfo("Run.mdb");
+  EXPECT_EQ(info.texts, (Texts{"T", "4", "0,5", "0,5", "Diseases", "Drugs"}));
+  EXPECT_EQ(std::count(info.first_map.begin(), info.first_map.end(), 10), 3);
+  EXPECT_EQ(std::count(info.second_map.begin(), info.second_map.end(), 10), 4);
+  EXPECT_EQ(FileNames("."), (Texts{"InfoRun.dat", "Run.mdb", "copy.dat", "frequentItemset2.dat", "state",
+                                   "tax.mdb", "terms.mdb"}));
+  EXPECT_EQ(FileNames("state"), Texts{"ItemSets.lock"});
+  EXPECT_GT(std::filesystem::file_size("copy.dat"), 50U);
+
+  // Again over the same name: refused, then replaced on demand.
+  const std::string before = ReadFile("Run.mdb");
+  request_.itemset_copy.clear();
+  EXPECT_THROW(Extract(progress_), DatabaseError);
+  EXPECT_EQ(ReadFile("Run.mdb"), before);
+  output_.existing = ExistingFile::kReplace;
+  request_.generalize = false;
+  Extract(progress_);
+  EXPECT_EQ(ReadRulesInfo("Run.mdb").texts.size(), 4U);
+  EXPECT_EQ(Rows("Run.mdb", "SELECT INDEX,ANTECEDENT,CONSEQUENT FROM Extracted"),
+            (Texts{"1|5-|3-", "2|3-|5-"}));
+}
+
+TEST_F(ExtractionTest, SaysWhereThereIsNothingToStore) {
+  request_.table = "single";
+  request_.generalize = false;
+  hooks_.choose_output = [] {
+    ADD_FAILURE() << "no output is needed";
+    return RulesOutput{};
+  };
+  EXPECT_EQ(Extract(progress_).end, ExtractionEnd::kOnlySingleItems);
+  EXPECT_EQ(FileNames("state"), Texts{"ItemSets.lock"});
+  hooks_.choose_output = [this] { return output_; };
+  request_ = {"T", 0.25F, 1.0F, false};
+  MakeForeignDatabase("t2.mdb", R"(CREATE TABLE T("Index", Asthma, Steroid, Smoking);
+      INSERT INTO T VALUES (1,1,1,0),(2,1,0,0),(3,0,1,1),(4,0,0,1);)");
+  std::filesystem::rename("t2.mdb", "terms.mdb");
+  EXPECT_EQ(Extract(progress_).end, ExtractionEnd::kNoRules);
+  EXPECT_TRUE(Rows("Run.mdb", "SELECT * FROM Extracted").empty());
+  EXPECT_EQ(ReadRulesInfo("Run.mdb").texts[3], "1");
+}
+
+TEST_F(ExtractionTest, RestoresPrunedTerms) {
+  {
+    TaxonomyStore store("tax.mdb");
+    store.database().Execute("DELETE * FROM Taxonomy WHERE FatherId Like 'C.1*'");
+    store.database().Execute("DELETE * FROM Taxonomy WHERE FatherId='F.1'");
+    bool missing = false;
+    const Texts terms = {"Asthma", "Steroid", "Smoking", "Nowhere"};
+    EXPECT_EQ(FindMissingEntries(store, terms, missing, progress_), (Texts{"Smoking", "Asthma"}));
+    EXPECT_TRUE(missing);
+  }
+  EXPECT_EQ(Extract(progress_).restored, (Texts{"Smoking", "Asthma"}));
+  const TaxonomyStore store("tax.mdb");
+  EXPECT_FALSE(store.HasTerm("Lung"));  // the level above stays pruned
+  EXPECT_TRUE(store.HasTerm("Asthma"));
+}
+
+TEST_F(ExtractionTest, LimitsAreNamedBeforeAnythingIsWritten) {
+  const auto message = [this] { return MessageOf<InputError>([this] { Extract(progress_); }); };
+  for (const float bad : {0.0F, -1.0F, 1.5F, std::nanf("")}) {
+    request_.min_support = bad;
+    EXPECT_NE(message().find("minimum support"), std::string::npos);
+    request_ = {"T", 0.5F, bad};
+    EXPECT_NE(message().find("minimum confidence"), std::string::npos);
+    request_ = {"T"};
+  }
+  {
+    TaxonomyStore store("tax.mdb");
+    store.database().Execute("UPDATE Taxonomy SET Index='100000' WHERE Canonical='Asthma'");
+  }
+  EXPECT_NE(message().find("100000"), std::string::npos);
+  MakeForeignDatabase("long.mdb", R"(CREATE TABLE T("Index", Asthma);
+      WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 32768) INSERT INTO T SELECT 1, 1 FROM n;)");
+  std::filesystem::rename("long.mdb", "terms.mdb");
+  EXPECT_NE(message().find("32768 rows"), std::string::npos);
+  EXPECT_FALSE(std::filesystem::exists("Run.mdb"));
+  EXPECT_FALSE(std::filesystem::exists("InfoRun.dat"));
+}
+
+TEST_F(ExtractionTest, InterruptionsLeaveNothingHalfMade) {
+  int ended = 0;
+  for (int pulse = 0; ended == 0; ++pulse) {
+    RecordingProgress stopping;
+    stopping.interrupt_at = pulse;
+    try {
+      Extract(stopping);
+      ++ended;
+    } catch (const Interrupted&) {
+      for (const std::string& name : FileNames(".")) {
+        EXPECT_TRUE(name == "frequentItemset2.dat" || name == "state" || name == "tax.mdb" ||
+                    name == "terms.mdb")
+            << name << " at pulse " << pulse;
+      }
+      EXPECT_EQ(FileNames("state"), Texts{"ItemSets.lock"});
+    }
+    ASSERT_LT(pulse, 1000);
+  }
+}
+
+TEST_F(ExtractionTest, OneRunAtATime) {
+  const ItemsetFileHold first(folder() / "state");
+  WriteText(first.path(), "of the first run");
+  EXPECT_NE(MessageOf<FileError>([this] { Extract(progress_); }).find("another extraction"),
+            std::string::npos);
+  EXPECT_TRUE(std::filesystem::exists(first.path()));
+}
+
+}  // namespace
+}  // namespace selvane

@@ -1,0 +1,56 @@
+#include "rules/rules_info.h"
+
+#include "base/file.h"
+#include "support/test_support.h"
+
+namespace selvane {
+namespace {
+
+using Items = std::vector<std::int32_t>;
+using Texts = std::vector<std::string>;
+
+class RulesInfoTest : public FolderTest {};
+
+TEST_F(RulesInfoTest, WritesTheseBytes) {
+  WriteRulesInfo(Items{0, 3}, Items{99999}, Texts{"T", "Sj\xC3\xB6gren"}, RulesInfoBasePath("Run1.mdb"));
+  EXPECT_EQ(FileNames("."), Texts{"InfoRun1.dat"});
+  const std::string count("\xFF\xFF\xA0\x86\x01\0", 6);
+  std::string first(400000, '\0');
+  std::string second = first;
+  first[0] = first[12] = second[399996] = 10;
+  const std::string texts = std::string("\x02\0\x01T", 4) +
+                            "\x07"
+                            "Sj\xF6gren";
+  EXPECT_EQ(ReadFile("InfoRun1.dat"), count + first + count + second + texts);
+}
+
+TEST_F(RulesInfoTest, ComesBackAsMaps) {
+  std::filesystem::create_directory("d");
+  WriteRulesInfo(Items{5}, Items{}, Texts{"a", "", std::string(300, 'b')}, RulesInfoBasePath("d/Run.x.mdb"));
+  const RulesInfo info = ReadRulesInfo("d/Run.x.mdb");
+  EXPECT_EQ(info.first_map.size(), 100000U);
+  EXPECT_EQ(info.first_map[5], 10);
+  EXPECT_EQ(std::count(info.second_map.begin(), info.second_map.end(), 0), 100000);
+  EXPECT_EQ(info.texts, (Texts{"a", "", std::string(300, 'b')}));
+}
+
+TEST_F(RulesInfoTest, FaultsAreToldApart) {
+  for (const Items& items : {Items{100000}, Items{-1}}) {
+    EXPECT_THROW(WriteRulesInfo(items, Items{}, Texts{}, "Info"), InputError);
+    EXPECT_THROW(WriteRulesInfo(Items{}, items, Texts{}, "Info"), InputError);
+  }
+  EXPECT_TRUE(FileNames(".").empty());
+  EXPECT_THROW(ReadRulesInfo("missing.mdb"), FileError);
+  for (const char* name : {"rules.MDB", "rules", "rules.db"})
+    EXPECT_THROW(ReadRulesInfo(name), EndOfProgram) << name;
+  WriteRulesInfo(Items{1}, Items{2}, Texts{"abc"}, "Infor");
+  const std::string whole = ReadFile("Infor.dat");
+  for (const std::size_t length :
+       {0UL, 5UL, 399999UL, 400006UL, 800012UL, 800013UL, 800014UL, whole.size() - 1}) {
+    WriteText("Infor.dat", std::string_view(whole).substr(0, length));
+    EXPECT_THROW(ReadRulesInfo("r.mdb"), FileError) << length;
+  }
+}
+
+}  // namespace
+}  // namespace selvane

@@ -1,0 +1,62 @@
+#include "support/test_support.h"
+
+#include <sqlite3.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+
+#include "data/recordset.h"
+#include "data/statement.h"
+
+namespace selvane {
+
+FolderTest::FolderTest() : before_(std::filesystem::current_path()) {
+  std::string name = (std::filesystem::temp_directory_path() / "selvane-test-XXXXXX").string();
+  if (::mkdtemp(name.data()) == nullptr) throw std::runtime_error("cannot make a folder for the test");
+  folder_ = name;
+  std::filesystem::current_path(folder_);
+}
+
+FolderTest::~FolderTest() {
+  std::filesystem::current_path(before_);
+  std::error_code ignored;
+  std::filesystem::remove_all(folder_, ignored);
+}
+
+void WriteText(const std::filesystem::path& path, std::string_view text) {
+  std::ofstream(path, std::ios::binary) << text;
+}
+
+std::vector<std::string> FileNames(const std::filesystem::path& folder) {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(folder))
+    names.push_back(entry.path().filename());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+std::vector<std::string> Rows(Database& database, std::string_view sql) {
+  std::vector<std::string> rows;
+  for (Recordset set = database.OpenRecordset(sql); !set.AtEnd(); set.MoveNext()) {
+    std::string& row = rows.emplace_back();
+    for (int i = 0; i < set.FieldCount(); ++i) row += (i == 0 ? "" : "|") + set.Value(i).ToText();
+  }
+  return rows;
+}
+
+std::vector<std::string> Rows(const std::filesystem::path& path, std::string_view sql) {
+  Database database = Database::Open(path, OpenMode::kReadOnly);
+  return Rows(database, sql);
+}
+
+void MakeForeignDatabase(const std::filesystem::path& path, const char* sql) {
+  sqlite3* raw = nullptr;
+  ASSERT_EQ(sqlite3_open(path.c_str(), &raw), SQLITE_OK);
+  const ConnectionHandle connection(raw);
+  const std::string all = "BEGIN; " + std::string(sql) + "COMMIT;";
+  ASSERT_EQ(sqlite3_exec(raw, all.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(raw);
+}
+
+}  // namespace selvane

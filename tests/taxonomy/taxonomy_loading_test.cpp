@@ -1,0 +1,171 @@
+#include "taxonomy/taxonomy_loading.h"
+
+#include "base/text.h"
+#include "data/bulk_insert.h"
+#include "data/database_error.h"
+#include "data/recordset.h"
+#include "taxonomy/taxonomy_file.h"
+#include "taxonomy/taxonomy_files.h"
+
+namespace selvane {
+namespace {
+
+// The load as plain statements over the table, one after the other.
+class PlainLoader {
+ public:
+  explicit PlainLoader(Database& database) : database_(database) {}
+
+  void Add(const std::string& code, const std::string& canonical) {
+    if (code.size() > 1) AddSon(std::string(ParentCode(code)), canonical);
+    Recordset row = Find(code);
+    if (row.AtEnd()) {
+      Insert("insert into Source (Index,FatherId,Canonical) values('" + Next() + "','" + code + "','" +
+             canonical + "')");
+    } else {
+      row.Edit();
+      row.SetField("Canonical", canonical);
+      row.Update();
+    }
+  }
+
+ private:
+  void AddSon(const std::string& parent, const std::string& canonical) {
+    if (Find(parent).AtEnd()) {
+      if (sons_ == 0) AddColumn();
+      Insert("insert into Source (Index,FatherId,Canonical,SON1) values('" + Next() + "','" + parent +
+             "','','" + canonical + "')");
+      return;
+    }
+    Recordset row = Find(parent);
+    int field = 3;
+    while (field < row.FieldCount() && !row.Value(field).ToText().empty()) ++field;
+    if (field == row.FieldCount()) AddColumn();
+    Recordset wide = Find(parent);
+    wide.Edit();
+    wide.SetField(field, canonical);
+    wide.Update();
+  }
+  Recordset Find(const std::string& code) {
+    return database_.OpenRecordset("SELECT * FROM Source WHERE FatherId='" + code + "'");
+  }
+  void AddColumn() { database_.AddField("Source", TaxonomyStore::SonField(++sons_)); }
+  std::string Next() { return std::to_string(++last_index_); }
+  void Insert(const std::string& sql) {
+    database_.SetQuery("SQLstatement", sql);
+    database_.ExecuteQuery("SQLstatement");
+  }
+
+  Database& database_;
+  int sons_ = 0;
+  int last_index_ = 0;
+};
+
+void LoadPlainly(const std::string& lines, const std::string& path) {
+  SilentProgress progress;
+  TaxonomyFile file;
+  ParseTaxonomyText(lines, "text", file, progress);
+  TaxonomyStore::Create(path);
+  TaxonomyStore store(path);
+  PlainLoader loader(store.database());
+  for (const TaxonomyLine& line : file.lines) {
+    for (const std::string& code : PositionCodes(line.tree)) loader.Add(code, WithoutQuotes(line.canonical));
+  }
+  const std::vector<Field> fields = store.database().Fields("Source");
+  for (std::size_t i = 3; i < fields.size(); ++i) store.database().AddField("Taxonomy", fields[i]);
+  store.Rebuild(progress);
+}
+
+// Fields and rows of a table, and the saved statement.
+std::vector<std::string> Content(const std::string& path, const std::string& table) {
+  Database database = Database::Open(path, OpenMode::kReadOnly);
+  std::vector<std::string> content = Rows(database, "SELECT * FROM " + table);
+  for (const Field& field : database.Fields(table))
+    content.push_back(field.name + std::to_string(field.size));
+  content.push_back(database.QueryText("SQLstatement"));
+  return content;
+}
+
+class TaxonomyLoadingTest : public FolderTest {};
+
+TEST_F(TaxonomyLoadingTest, EqualsThePlainStatements) {
+  for (unsigned seed = 0; seed < 60; ++seed) {
+    std::mt19937 random(seed);
+    const std::string lines = RandomTaxonomy(random, 2 + static_cast<int>(random() % 25));
+    LoadText(lines, "fast.mdb");
+    const std::string plain = "plain" + std::to_string(seed) + ".mdb";
+    LoadPlainly(lines, plain);
+    for (const char* table : {"Source", "Taxonomy"}) {
+      ASSERT_EQ(Content("fast.mdb", table), Content(plain, table)) << "seed " << seed << "\n" << lines;
+    }
+  }
+}
+
+TEST_F(TaxonomyLoadingTest, ReadsValuesByTheirQuotes) {
+  const std::string lines =
+      "\xEF\xBB\xBF<x tree canonical = \"Sj\xC3\xB6gren's\" a type= \"d\" z=tree \"C23.888;C25.1\">\r\n"
+      "<node canonical=\"Other\" tree=\"C1\"/>\n"
+      "<node canonical=\"Category\" type=\"t\" tree=\"C\"/>\n"
+      "<node canonical=\"Nowhere\" type=\"t\" tree=\"\"/>\n";
+  LoadText(lines, "a.mdb");
+  EXPECT_EQ(
+      Rows("a.mdb", "SELECT Index,FatherId,Canonical,SON1 FROM Source"),
+      (std::vector<std::string>{"1|C.23||Sj\xC3\xB6gren s", "2|C.23.888|Sj\xC3\xB6gren s|",
+                                "3|C.25||Sj\xC3\xB6gren s", "4|C.25.1|Sj\xC3\xB6gren s|", "5|C|Category|"}));
+  // A row is copied up to its first empty value.
+  EXPECT_EQ(Rows("a.mdb", "SELECT FatherId,SON1 FROM Taxonomy WHERE Canonical=''"),
+            (std::vector<std::string>{"C.23|", "C.25|"}));
+}
+
+TEST_F(TaxonomyLoadingTest, FaultsLeaveNothingBehind) {
+  const std::string good = NodeLine("Fever", "C1");
+  WriteText("there.mdb", "mine");
+  const struct {
+    std::string name;
+    std::string text;
+    const char* part;
+  } cases[] = {
+      {"a.xml", "<node canonical=Fever type=d tree=C1>\n", "line 2: canonical, type and tree"},
+      {"a.xml", "<node tree=\"C1\" type=\"d\" canonical=\"Fever\"/>\n", "line 2: canonical, type and tree"},
+      {"a.xml", NodeLine("Fever", "C'1"), "line 2: the tree value holds an apostrophe"},
+      {"a.xml", NodeLine(std::string(128, 'x'), "C2"), "line 2: the canonical value is longer than 127"},
+      {"a.xml", NodeLine("Fever", "C" + std::string(126, '1')), "line 2: the position code is longer"},
+  };
+  SilentProgress progress;
+  for (const auto& c : cases) {
+    WriteText(c.name, good + c.text);
+    const std::string message =
+        MessageOf<InputError>([&] { LoadTaxonomy(c.name, "new.mdb", ExistingFile::kRefuse, progress); });
+    EXPECT_NE(message.find(c.part), std::string::npos) << message;
+  }
+  WriteText("a.xml", "nothing\n");
+  EXPECT_THROW(LoadTaxonomy("a.xml", "new.mdb", ExistingFile::kRefuse, progress), InputError);
+  WriteText("a.xml", good);
+  EXPECT_THROW(LoadTaxonomy("a.xml", "there.mdb", ExistingFile::kRefuse, progress), DatabaseError);
+  EXPECT_THROW(LoadTaxonomy("b.xml", "new.mdb", ExistingFile::kRefuse, progress), FileError);
+  EXPECT_THROW(LoadTaxonomy("tax.txt", "new.mdb", ExistingFile::kRefuse, progress), EndOfProgram);
+  EXPECT_THROW(LoadTaxonomy("xml", "new.mdb", ExistingFile::kRefuse, progress), EndOfProgram);
+  for (int pulse = 0; pulse < 300; pulse += 7) {
+    RecordingProgress stopping;
+    stopping.interrupt_at = pulse;
+    EXPECT_THROW(LoadTaxonomy("a.xml", "new.mdb", ExistingFile::kRefuse, stopping), Interrupted) << pulse;
+  }
+  EXPECT_EQ(FileNames("."), (std::vector<std::string>{"a.xml", "there.mdb"}));
+  EXPECT_EQ(ReadFile("there.mdb"), "mine");
+}
+
+TEST_F(TaxonomyLoadingTest, ReportsItsSteps) {
+  WriteText("A.XML",
+            NodeLine("Diseases", "C") + NodeLine("Fever", "C1") + "<node canonical=\"x\" type=\"d\"/>\n");
+  RecordingProgress progress;
+  const TaxonomyLoadReport report = LoadTaxonomy("A.XML", "a.mdb", ExistingFile::kRefuse, progress);
+  EXPECT_EQ(
+      progress.statuses,
+      (std::vector<std::string>{"Initializing taxonomies database....", "Loading taxonomies in database....",
+                                "Finalizing taxonomies database....", "Completed!!"}));
+  EXPECT_EQ(progress.steps, 300);
+  EXPECT_EQ(report.rows, 2);
+  EXPECT_EQ(report.passed_over, std::vector<long>{3});
+}
+
+}  // namespace
+}  // namespace selvane

@@ -1,0 +1,90 @@
+#include "taxonomy/taxonomy_pruning.h"
+
+#include "taxonomy/taxonomy_files.h"
+
+namespace selvane {
+namespace {
+
+// What stays of the codes when each chosen node is pruned in turn, by walking all rows.
+std::vector<std::string> PlainPrune(const std::vector<TaxonomyStore::Node>& rows,
+                                    const std::vector<NodeNumber>& chosen, bool upward) {
+  std::vector<TaxonomyStore::Node> left = rows;
+  for (const NodeNumber number : chosen) {
+    const auto node =
+        std::find_if(left.begin(), left.end(), [&](const auto& row) { return row.number == number; });
+    if (node == left.end()) continue;
+    const std::string code = node->code;
+    std::erase_if(left, [&](const TaxonomyStore::Node& row) {
+      return (upward ? code.find(row.code) : row.code.find(code)) != std::string::npos;
+    });
+  }
+  std::vector<std::string> codes;
+  for (const auto& row : left) codes.push_back(row.code);
+  return codes;
+}
+
+class TaxonomyPruningTest : public FolderTest {};
+
+TEST_F(TaxonomyPruningTest, EqualsWalkingAllRowsAndRestores) {
+  SilentProgress progress;
+  for (unsigned seed = 0; seed < 40; ++seed) {
+    std::mt19937 random(seed);
+    const std::string lines = RandomTaxonomy(random, 15);
+    LoadText(lines, "tax.mdb");
+    const bool upward = seed % 2 == 0;
+    std::vector<std::string> before;
+    {
+      TaxonomyStore store("tax.mdb");
+      before = Rows(store.database(), "SELECT * FROM Taxonomy");
+      std::vector<TaxonomyStore::Node> rows;
+      store.ForEachNode([&rows](const TaxonomyStore::Node& node) { rows.push_back(node); });
+      std::vector<NodeNumber> chosen;
+      for (int i = 0; i < 3; ++i) chosen.push_back(rows[random() % rows.size()].number);
+      const std::vector<NodeNumber> none;
+      PruneTaxonomy(store, upward ? chosen : none, upward ? none : chosen, progress);
+      ASSERT_EQ(Rows(store.database(), "SELECT FatherId FROM Taxonomy ORDER BY rowid"),
+                PlainPrune(rows, chosen, upward))
+          << "seed " << seed << "\n"
+          << lines;
+    }
+    RestoreTaxonomy("tax.mdb", progress);
+    ASSERT_EQ(Rows("tax.mdb", "SELECT * FROM Taxonomy"), before) << "seed " << seed;
+  }
+}
+
+TEST_F(TaxonomyPruningTest, ParentForgetsItsPrunedSon) {
+  LoadText(
+      NodeLine("Diseases", "C") + NodeLine("Fever", "C1") + NodeLine("Cough", "C2") + NodeLine("Pain", "C3"),
+      "tax.mdb");
+  TaxonomyStore store("tax.mdb");
+  SilentProgress progress;
+  const NodeNumber cough = store.NodesOfTerm("Cough").at(0);
+  PruneTaxonomy(store, {}, std::vector<NodeNumber>{cough, 99}, progress);
+  EXPECT_EQ(Rows(store.database(), "SELECT SON1,SON2,SON3 FROM Taxonomy WHERE FatherId='C'"),
+            std::vector<std::string>{"Fever||Pain"});
+  EXPECT_EQ(store.Children(1).size(), 2U);
+  EXPECT_EQ(Rows(store.database(), "SELECT SON2 FROM Source WHERE FatherId='C'"),
+            std::vector<std::string>{"Cough"});
+}
+
+TEST_F(TaxonomyPruningTest, InterruptedPruningAndRestoringChangeNothing) {
+  LoadText(NodeLine("Diseases", "C") + NodeLine("Fever", "C1") + NodeLine("Cough", "C2"), "tax.mdb");
+  RecordingProgress stopping;
+  stopping.interrupt_at = 1;
+  TaxonomyStore store("tax.mdb");
+  EXPECT_THROW(PruneTaxonomy(store, {}, std::vector<NodeNumber>{2, 3}, stopping), Interrupted);
+  EXPECT_EQ(store.database().RecordCount("Taxonomy"), 3);
+  SilentProgress progress;
+  PruneTaxonomy(store, {}, std::vector<NodeNumber>{2}, progress);
+  RecordingProgress again;
+  again.interrupt_at = 50;
+  EXPECT_THROW(store.Rebuild(again), Interrupted);
+  EXPECT_EQ(store.database().RecordCount("Taxonomy"), 2);
+  EXPECT_EQ(FindPosition(store, "C2"), "C.2");
+  EXPECT_EQ(FindPosition(store, "C"), "C");
+  EXPECT_EQ(FindPosition(store, "C1"), std::nullopt);
+  EXPECT_EQ(FindPosition(store, "C1", true), "C.1");
+}
+
+}  // namespace
+}  // namespace selvane

@@ -1,0 +1,139 @@
+#include "taxonomy/taxonomy_store.h"
+
+#include "data/database_error.h"
+#include "taxonomy/taxonomy_files.h"
+
+namespace selvane {
+namespace {
+
+using Texts = std::vector<std::string>;
+using Nodes = std::vector<NodeNumber>;
+
+class TaxonomyStoreTest : public FolderTest {
+ protected:
+  static constexpr const char* kLines =
+      "<node canonical=\"Diseases\" type=\"c\" tree=\"C\"/>\n"          // 1
+      "<node canonical=\"Signs\" type=\"d\" tree=\"C2\"/>\n"            // 2
+      "<node canonical=\"Crohn's\" type=\"d\" tree=\"C2.1;C23.7\"/>\n"  // 3, 4 C.23, 5
+      "<node canonical=\"Asthma\" type=\"d\" tree=\"C2.2;D9\"/>\n";     // 6, 7 D, 8
+  TaxonomyStoreTest() { LoadText(kLines, "tax.mdb"); }
+};
+
+TEST_F(TaxonomyStoreTest, FindsNodesAndPositions) {
+  const TaxonomyStore store("tax.mdb");
+  EXPECT_EQ(store.largest_index(), 8);
+  EXPECT_EQ(store.NodesOfTerm("Crohn's"), (Nodes{3, 5}));
+  EXPECT_EQ(store.PositionsOfTerm("Asthma"), (Texts{"C.2.2", "D.9"}));
+  EXPECT_EQ(store.NodesAtPosition("C.23"), Nodes{4});
+  EXPECT_EQ(store.Canonical(99), "");
+  EXPECT_THROW(store.FatherCode(99), DatabaseError);
+  EXPECT_EQ(store.AncestorsOfTerm("Asthma"), (Nodes{2, 1, 7}));
+  EXPECT_EQ(store.TaxonomiesInUse(), Texts{"Diseases"});  // D has no name
+  EXPECT_EQ(store.SourceNode(5).code, "C.23.7");
+  EXPECT_EQ(store.SourceNode(50).code, "");
+  EXPECT_EQ(store.LargestNodeNamedIn("C"), 1);
+  EXPECT_EQ(store.LargestNodeNamedIn("CxD"), 7);
+  EXPECT_EQ(store.LargestNodeNamedIn(""), 0);
+  EXPECT_GT(store.SpecificityBound(), 32767);
+}
+
+TEST_F(TaxonomyStoreTest, ChildrenAreFoundByName) {
+  const TaxonomyStore store("tax.mdb");
+  const auto children = store.Children(1);
+  ASSERT_EQ(children.size(), 1U);  // the placeholder C.23 had no name to leave in its parent
+  EXPECT_EQ(children[0].number, 2);
+  Texts codes;
+  for (const auto& child : store.Children(2)) codes.push_back(child.code + child.canonical);
+  EXPECT_EQ(codes, (Texts{"C.2.1Crohn s", "C.2.2Asthma"}));
+}
+
+TEST_F(TaxonomyStoreTest, RendersWithTheLastAndCut) {
+  const TaxonomyStore store("tax.mdb");
+  const struct {
+    Nodes nodes;
+    std::string before;
+    std::string text;
+  } cases[] = {
+      {{6, 2}, "", "Asthma AND Signs  "},
+      {{6}, "", "Asthma  "},
+      {{2, 99}, "", "Signs  "},
+      {{}, "", ""},
+      {{99}, "prefilled", "prefilled"},
+      {{99}, "An A here", "An ere"},  // the search for the last A does not know whose it is
+  };
+  for (const auto& c : cases) {
+    std::string text = c.before;
+    store.Render(c.nodes, text);
+    EXPECT_EQ(text, c.text);
+  }
+}
+
+TEST_F(TaxonomyStoreTest, RendersTheOtherTable) {
+  {
+    Database database = Database::Open("tax.mdb", OpenMode::kWritable);
+    database.CreateTable("TaxonomyOrnex", TaxonomyStore::NodeFields());
+    database.Execute("insert into TaxonomyOrnex (Index,FatherId,Canonical) values('41','C.2','Signs')");
+  }
+  const TaxonomyStore store("tax.mdb");
+  std::string text;
+  Nodes numbers;
+  store.RenderOrnex(Texts{"C.9", "C.2"}, text, numbers);
+  EXPECT_EQ(text, "Signs AND ");
+  EXPECT_EQ(numbers, Nodes{41});
+}
+
+TEST_F(TaxonomyStoreTest, MapsARowToItsNodes) {
+  const TaxonomyStore store("tax.mdb");
+  const Texts items = {"Asthma", "Crohn s", "Signs"};
+  Nodes nodes;
+  Nodes direct;
+  Nodes added;
+  std::vector<TidList> tids;
+  const RowValues rows[] = {{7, 1, 0, 2}, {7, 1, 0, 0}, {9, 0, 1, 1}};
+  for (const RowValues& row : rows) {
+    store.RecordItems(row, items, nodes, direct, tids);
+    store.RecordAncestors(row, items, nodes, added, tids);
+  }
+  EXPECT_EQ(nodes, (Nodes{6, 8, 2, 1, 7, 3, 5, 4}));
+  EXPECT_EQ(direct, (Nodes{6, 8, 3, 5}));
+  EXPECT_EQ(added, (Nodes{2, 1, 7, 4}));
+  EXPECT_EQ(tids, (std::vector<TidList>{{7}, {7}, {7, 9}, {7, 9}, {7}, {9}, {9}, {9}}));
+}
+
+TEST_F(TaxonomyStoreTest, BringsBackWhatAnEntryNeeds) {
+  TaxonomyStore store("tax.mdb");
+  const char* const kNodes = "SELECT Index,FatherId,Canonical FROM Taxonomy ORDER BY FatherId";
+  const Texts before = Rows(store.database(), kNodes);
+  store.database().Execute("DELETE * FROM Taxonomy WHERE FatherId Like 'C.2*'");
+  EXPECT_TRUE(store.IsMissing("Crohn's"));
+  EXPECT_EQ(store.SourceEntriesOf("Crohn's"), (Texts{"Crohn s", "Crohn s"}));
+  store.RestoreEntry("Signs");  // at C.2, whose text C.23 begins with too
+  EXPECT_EQ(Rows(store.database(), kNodes), before);
+  // They stand behind the others now, in the order of the full taxonomy.
+  EXPECT_EQ(Rows(store.database(), "SELECT Index FROM Taxonomy ORDER BY rowid"),
+            (Texts{"1", "7", "8", "2", "3", "4", "5", "6"}));
+  EXPECT_FALSE(store.IsMissing("Crohn's"));
+  EXPECT_TRUE(store.IsMissing("Unknown"));
+}
+
+TEST_F(TaxonomyStoreTest, MarksNodesOfTheOpenedTaxonomyOnly) {
+  TaxonomyStore store("tax.mdb");
+  store.Mark(8, true);
+  store.Mark(0, true);
+  store.Mark(9, true);
+  EXPECT_TRUE(store.IsMarked(8));
+  EXPECT_FALSE(store.IsMarked(7) || store.IsMarked(0) || store.IsMarked(9));
+}
+
+TEST_F(TaxonomyStoreTest, RefusesOtherDatabases) {
+  { Database::Create("other.mdb"); }
+  EXPECT_NE(MessageOf<DatabaseError>([] { TaxonomyStore("other.mdb"); }).find("no taxonomy database"),
+            std::string::npos);
+  TaxonomyStore first("tax.mdb");
+  EXPECT_THROW(TaxonomyStore("tax.mdb"), DatabaseError);
+  first.database().Execute("UPDATE Taxonomy SET Index='word' WHERE Index='1'");
+  EXPECT_THROW(first.NodesOfTerm("Diseases"), DatabaseError);
+}
+
+}  // namespace
+}  // namespace selvane
