@@ -125,8 +125,7 @@ class Translator {
       value += sql_[at_];
     }
     ++at_;
-    PutValue(after_like_ ? GlobOf(value) : std::move(value));
-    after_like_ = false;
+    PutValue(previous_ == "GLOB" ? GlobOf(value) : std::move(value));
   }
 
   void TakeBracketed() {
@@ -179,7 +178,6 @@ class Translator {
       const bool function = !table && !in_values_ && end < sql_.size() && sql_[end] == '(';
       return function ? Put(word) : PutName(word);
     }
-    if (keyword == "LIKE") after_like_ = true;
     if (keyword == "VALUES") in_values_ = true;
     Put(keyword == "LIKE" ? std::string_view("GLOB") : keyword);
   }
@@ -190,7 +188,7 @@ class Translator {
     if (c == '*' && previous_ == "DELETE") return;
     sign_ = 1;
     const bool before_number = at_ < sql_.size() && (IsDigit(sql_[at_]) || sql_[at_] == '.');
-    if (c == '-' && before_number && (ExpectsValue())) {
+    if (c == '-' && before_number && ExpectsValue() && previous_ != "?") {
       sign_ = -1;
       TakeNumberOrName();
       sign_ = 1;
@@ -213,7 +211,6 @@ class Translator {
   std::size_t at_ = 0;
   TranslatedSql out_;
   std::string previous_;  // the token put last, empty for a name
-  bool after_like_ = false;
   bool in_values_ = false;
   int sign_ = 1;
 };

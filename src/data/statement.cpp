@@ -162,8 +162,10 @@ std::int64_t Statement::ColumnInteger(int column) const {
 }
 
 std::optional<std::int64_t> Statement::PlainInteger(int column) const {
-  if (sqlite3_column_type(handle_.get(), column) != SQLITE_INTEGER) return std::nullopt;
-  return ColumnInteger(column);
+  // One look at the value for both questions: this is called for every field of a term table.
+  sqlite3_value* const value = sqlite3_column_value(handle_.get(), column);
+  if (sqlite3_value_type(value) != SQLITE_INTEGER) return std::nullopt;
+  return sqlite3_value_int64(value);
 }
 
 }  // namespace selvane

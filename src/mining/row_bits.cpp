@@ -17,13 +17,8 @@ std::uint32_t PlainCountAnd(const RowWord* a, const RowWord* b, std::size_t word
   return count;
 }
 
-std::uint32_t PlainStoreAnd(const RowWord* a, const RowWord* b, RowWord* result, std::size_t words) {
-  std::uint32_t count = 0;
-  for (std::size_t i = 0; i < words; ++i) {
-    result[i] = a[i] & b[i];
-    count += static_cast<std::uint32_t>(std::popcount(result[i]));
-  }
-  return count;
+void PlainStoreAnd(const RowWord* a, const RowWord* b, RowWord* result, std::size_t words) {
+  for (std::size_t i = 0; i < words; ++i) result[i] = a[i] & b[i];
 }
 
 #ifdef SELVANE_HAS_AVX2
@@ -88,15 +83,10 @@ SELVANE_AVX2 std::uint32_t Avx2CountAnd(const RowWord* a, const RowWord* b, std:
   return SumLanes(total);
 }
 
-SELVANE_AVX2 std::uint32_t Avx2StoreAnd(const RowWord* a, const RowWord* b, RowWord* result,
-                                        std::size_t words) {
-  __m256i total = _mm256_setzero_si256();
+SELVANE_AVX2 void Avx2StoreAnd(const RowWord* a, const RowWord* b, RowWord* result, std::size_t words) {
   for (std::size_t i = 0; i < words / 4; ++i) {
-    const __m256i both = Both(a, b, i);
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(result + i * 4), both);
-    total = _mm256_add_epi64(total, CountLanes(both));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(result + i * 4), Both(a, b, i));
   }
-  return SumLanes(total);
 }
 
 #endif

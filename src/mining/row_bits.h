@@ -37,8 +37,8 @@ class RowBits {
 struct RowBitsOperations {
   // The number of rows in both sets.
   std::uint32_t (*count_and)(const RowWord* a, const RowWord* b, std::size_t words);
-  // result = a and b; the result may be one of them. Returns the number of its rows.
-  std::uint32_t (*store_and)(const RowWord* a, const RowWord* b, RowWord* result, std::size_t words);
+  // result = a and b; the result may be one of them.
+  void (*store_and)(const RowWord* a, const RowWord* b, RowWord* result, std::size_t words);
 };
 
 // For this processor; and the plain form, which every processor has.

@@ -19,7 +19,8 @@ class RuleTally {
   // A rule that stands in `rows` rows. Called for each of what may be billions.
   void Add(float confidence, std::uint32_t rows) {
     ++total_;
-    ++by_thousandth_[static_cast<std::size_t>(std::clamp(confidence, 0.0F, 1.0F) * 1000)];
+    // Not-a-number, which a damaged file can give, counts as 0.
+    ++by_thousandth_[static_cast<std::size_t>((confidence > 0 ? std::min(confidence, 1.0F) : 0.0F) * 1000)];
     ++by_rows_[std::min(rows, row_count_)];
   }
   std::uint64_t total() const { return total_; }

@@ -32,9 +32,11 @@ void CheckWidth(std::string_view value, std::string_view what, std::string_view 
 
 void CheckLine(const TaxonomyLine& line, std::string_view name, long number) {
   CheckWidth(line.canonical, "canonical value", name, number);
-  if (line.tree.find('\'') != std::string_view::npos) {
-    throw InputError(fmt::format("{}: line {}: the tree value holds an apostrophe; correct it and load again",
-                                 name, number));
+  const bool odd_letter = !line.tree.empty() && static_cast<unsigned char>(line.tree[0]) >= 0x80;
+  if (odd_letter || line.tree.find('\'') != std::string_view::npos) {
+    throw InputError(fmt::format(
+        "{}: line {}: the tree value holds an apostrophe or an odd letter; correct it and load again", name,
+        number));
   }
   if (line.tree.size() < kTextWidth) return;  // a code is one longer than it stands in the file
   for (const std::string& code : PositionCodes(line.tree)) CheckWidth(code, "position code", name, number);

@@ -21,12 +21,18 @@ std::string_view CanonicalOf(std::string_view mark) {
   return end == kNone ? std::string_view() : mark.substr(value, end - value);
 }
 
-// A form that was wrapped over two lines, with one blank for the line end and the indentation.
+// A form that was wrapped over lines, with one blank for each line end (or other control character) and the
+// blanks around it.
 std::string Unwrapped(std::string_view form) {
+  const auto is_control = [](char c) { return static_cast<unsigned char>(c) < 0x20; };
   std::string text;
   while (!form.empty()) {
-    if (!text.empty()) text += ' ';
-    text += Trimmed(NextLine(form));
+    const auto end = std::find_if(form.begin(), form.end(), is_control);
+    const auto length = static_cast<std::size_t>(end - form.begin());
+    const std::string_view piece = Trimmed(form.substr(0, length));
+    if (!text.empty() && !piece.empty()) text += ' ';
+    text += piece;
+    form.remove_prefix(std::min(length + 1, form.size()));
   }
   return text;
 }
@@ -38,8 +44,8 @@ class FormReader {
 
   std::string_view Clean(std::string_view form) {
     const bool plain = std::all_of(form.begin(), form.end(), [](char c) {
-      return static_cast<signed char>(c) > 0x1F &&
-             c != '\'';  // neither a line end, nor a quote, nor beyond ASCII
+      // Neither a line end, nor a quote, nor beyond ASCII.
+      return static_cast<signed char>(c) > 0x1F && c != '\'';
     });
     if (plain) return form;
     clean_ = Unwrapped(form);
@@ -80,7 +86,8 @@ void ForEachTaggedTerm(std::string_view bytes, const std::function<void(std::str
     const std::size_t close = bytes.find("</DictTerm>", mark);
     if (close == kNone) return;
     const std::string_view canonical = CanonicalOf(bytes.substr(mark, close - mark));
-    if (!canonical.empty()) visit(forms.Clean(canonical));
+    const std::string_view form = forms.Clean(canonical);
+    if (!form.empty()) visit(form);
     at = close + "</DictTerm>"sv.size();
     if (end != kNone && end < at) end = bytes.find("\nAD  - ", at);
   }

@@ -2,8 +2,7 @@
 
 #include "support/test_support.h"
 
-namespace selvane {
-namespace {
+namespace selvane::tests {
 
 class FileTest : public FolderTest {};
 
@@ -62,5 +61,4 @@ TEST_F(FileTest, LockHasOneHolder) {
   EXPECT_FALSE(FileLock("lock").IsHeld());
 }
 
-}  // namespace
-}  // namespace selvane
+}  // namespace selvane::tests

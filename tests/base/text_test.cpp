@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace selvane {
-namespace {
+namespace selvane::tests {
 
 TEST(Text, DecodesEveryKindOfInput) {
   const struct {
@@ -46,12 +45,4 @@ TEST(Text, NumbersAreReadWithEitherSignAndWrittenWithTheUsers) {
   EXPECT_EQ(Int32Of(" -12"), -12);
 }
 
-TEST(Text, LinesEndInEitherWay) {
-  std::string_view rest = "a\r\n\nb\rc\nlast";
-  std::vector<std::string> lines;
-  while (!rest.empty()) lines.emplace_back(NextLine(rest));
-  EXPECT_EQ(lines, (std::vector<std::string>{"a", "", "b\rc", "last"}));
-}
-
-}  // namespace
-}  // namespace selvane
+}  // namespace selvane::tests

@@ -8,8 +8,7 @@
 #include "base/file.h"
 #include "taxonomy/taxonomy_files.h"
 
-namespace selvane {
-namespace {
+namespace selvane::tests {
 
 using Texts = std::vector<std::string>;
 
@@ -77,5 +76,4 @@ TEST_F(CliProcessTest, EndsWith255WhereTheProgramEndsItself) {
   EXPECT_EQ(ReadFile("out").find("selvane-cli "), 0U);
 }
 
-}  // namespace
-}  // namespace selvane
+}  // namespace selvane::tests

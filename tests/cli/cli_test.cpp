@@ -7,8 +7,7 @@
 #include "base/file.h"
 #include "taxonomy/taxonomy_files.h"
 
-namespace selvane {
-namespace {
+namespace selvane::tests {
 
 using Texts = std::vector<std::string>;
 const std::string kSamples = std::string(SELVANE_SOURCE_DIR) + "/samples";
@@ -155,5 +154,4 @@ TEST_F(CliTest, FaultsHaveAMessageAndAStatusAndLoseNothing) {
   EXPECT_EQ(FileNames("."), before);
 }
 
-}  // namespace
-}  // namespace selvane
+}  // namespace selvane::tests

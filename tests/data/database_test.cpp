@@ -10,8 +10,7 @@
 #include "data/statement.h"
 #include "support/test_support.h"
 
-namespace selvane {
-namespace {
+namespace selvane::tests {
 
 class DatabaseTest : public FolderTest {
  protected:
@@ -164,25 +163,6 @@ TEST_F(DatabaseTest, ResultsCanBeEdited) {
             (std::vector<std::string>{"1|r", "2|r", "3|new", "5|r"}));
 }
 
-TEST_F(DatabaseTest, TransactionsAreWholeOrNothing) {
-  Database database = WithTable("a.mdb");
-  const auto add = [&database](const char* value) {
-    database.Execute(std::string("insert into T (Small) values(") + value + ")");
-  };
-  EXPECT_THROW(
-      {
-        Transaction transaction(database);
-        add("1");
-        add("99999");
-      },
-      DatabaseError);
-  EXPECT_EQ(database.RecordCount("T"), 0);
-  Transaction transaction(database);
-  add("1");
-  transaction.Commit();
-  EXPECT_EQ(database.RecordCount("T"), 1);
-}
-
 TEST_F(DatabaseTest, SavedQueriesStayInTheFile) {
   {
     Database database = WithTable("a.mdb");
@@ -212,5 +192,4 @@ TEST_F(DatabaseTest, CacheGivesOneStatementToOneUserAtATime) {
   EXPECT_EQ(pairs, 9);
 }
 
-}  // namespace
-}  // namespace selvane
+}  // namespace selvane::tests

@@ -2,8 +2,7 @@
 
 #include "support/test_support.h"
 
-namespace selvane {
-namespace {
+namespace selvane::tests {
 
 class ObjectArchiveTest : public FolderTest {};
 
@@ -60,5 +59,4 @@ TEST_F(ObjectArchiveTest, EveryTruncationIsAnError) {
   EXPECT_THROW(reader.ReadValues(reader.ReadCount(), values), FileError);
 }
 
-}  // namespace
-}  // namespace selvane
+}  // namespace selvane::tests

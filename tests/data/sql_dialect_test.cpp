@@ -7,8 +7,7 @@
 #include "data/statement.h"
 #include "support/test_support.h"
 
-namespace selvane {
-namespace {
+namespace selvane::tests {
 
 std::string ValuesOf(const TranslatedSql& sql) {
   std::string text;
@@ -39,6 +38,8 @@ TEST(SqlDialect, Translates) {
       {"SELECT count(*) FROM T ORDER BY 1 LIMIT 5", R"(SELECT count ( * ) FROM "T" ORDER BY 1 LIMIT 5)", ""},
       {"SELECT a FROM T WHERE b<>'x' AND c>=-2", R"(SELECT "a" FROM "T" WHERE "b" <> ? AND "c" >= ?)",
        "x;-2;"},
+      {"select a from T where b Like c and d = 'x#'", R"(SELECT "a" FROM "T" WHERE "b" GLOB "c" AND "d" = ?)",
+       "x#;"},
       {"SELECT a--b FROM T", R"(SELECT "a" - - "b" FROM "T")", ""},  // no comment begins
   };
   for (const auto& c : cases) {
@@ -46,7 +47,7 @@ TEST(SqlDialect, Translates) {
     EXPECT_EQ(translated.text, c.text);
     EXPECT_EQ(ValuesOf(translated), c.values) << c.sql;
   }
-  for (const char* bad : {"SELECT 'a", "SELECT [a", "it's"}) {
+  for (const char* bad : {"SELECT 'a", "SELECT [a", "it's", "SELECT ?"}) {
     EXPECT_THROW(SqlDialect::Translate(bad), InputError) << bad;
   }
 }
@@ -85,5 +86,4 @@ TEST_F(LiftedLiteralsTest, NamesThatAreNoColumnsAreErrors) {
   EXPECT_THROW(database.Execute("DELETE * FROM T; DELETE * FROM T"), DatabaseError);
 }
 
-}  // namespace
-}  // namespace selvane
+}  // namespace selvane::tests

@@ -3,8 +3,7 @@
 #include "data/database_error.h"
 #include "support/test_support.h"
 
-namespace selvane {
-namespace {
+namespace selvane::tests {
 
 using Names = std::vector<std::string>;
 
@@ -78,5 +77,4 @@ TEST_F(TransactionSourceTest, FaultsReachTheCaller) {
   EXPECT_THROW(source_.OpenReader("first", row), DatabaseError);
 }
 
-}  // namespace
-}  // namespace selvane
+}  // namespace selvane::tests

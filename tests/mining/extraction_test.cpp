@@ -4,8 +4,7 @@
 #include "mining/random_tables.h"
 #include "rules/rules_info.h"
 
-namespace selvane {
-namespace {
+namespace selvane::tests {
 
 using Texts = std::vector<std::string>;
 
@@ -160,5 +159,4 @@ TEST_F(ExtractionTest, OneRunAtATime) {
   EXPECT_TRUE(std::filesystem::exists(first.path()));
 }
 
-}  // namespace
-}  // namespace selvane
+}  // namespace selvane::tests

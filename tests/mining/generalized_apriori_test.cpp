@@ -5,8 +5,7 @@
 #include "data/database_error.h"
 #include "mining/random_tables.h"
 
-namespace selvane {
-namespace {
+namespace selvane::tests {
 
 // The search by tid-lists, pair by pair, every subset looked up and nothing kept.
 class PlainApriori {
@@ -204,5 +203,4 @@ TEST(LeastRows, IsTheFirstThatReachesTheFraction) {
   EXPECT_EQ(LeastRows(0.05F, 100), 5U);
 }
 
-}  // namespace
-}  // namespace selvane
+}  // namespace selvane::tests

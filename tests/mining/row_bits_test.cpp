@@ -4,8 +4,7 @@
 
 #include <random>
 
-namespace selvane {
-namespace {
+namespace selvane::tests {
 
 TEST(RowBits, FastOperationsCountWhatPlainOnesCount) {
   std::mt19937_64 random(1);
@@ -20,14 +19,12 @@ TEST(RowBits, FastOperationsCountWhatPlainOnesCount) {
         }
       }
       const std::size_t words = bits.words();
-      const std::uint32_t count = plain.count_and(bits[0], bits[1], words);
-      EXPECT_EQ(fast.count_and(bits[0], bits[1], words), count);
-      EXPECT_EQ(plain.store_and(bits[0], bits[1], bits[2], words), count);
-      EXPECT_EQ(fast.store_and(bits[0], bits[1], bits[3], words), count);
+      EXPECT_EQ(fast.count_and(bits[0], bits[1], words), plain.count_and(bits[0], bits[1], words));
+      plain.store_and(bits[0], bits[1], bits[2], words);
+      fast.store_and(bits[0], bits[1], bits[3], words);
       EXPECT_TRUE(std::equal(bits[2], bits[2] + words, bits[3]));
     }
   }
 }
 
-}  // namespace
-}  // namespace selvane
+}  // namespace selvane::tests

@@ -3,8 +3,7 @@
 #include "base/file.h"
 #include "support/test_support.h"
 
-namespace selvane {
-namespace {
+namespace selvane::tests {
 
 using Items = std::vector<std::int32_t>;
 using Texts = std::vector<std::string>;
@@ -52,5 +51,4 @@ TEST_F(RulesInfoTest, FaultsAreToldApart) {
   }
 }
 
-}  // namespace
-}  // namespace selvane
+}  // namespace selvane::tests

@@ -3,8 +3,7 @@
 #include "data/database_error.h"
 #include "support/test_support.h"
 
-namespace selvane {
-namespace {
+namespace selvane::tests {
 
 using Texts = std::vector<std::string>;
 
@@ -99,5 +98,4 @@ TEST(Itemset, TextsComeBack) {
     EXPECT_THROW(TextToItemset(bad), InputError) << bad;
 }
 
-}  // namespace
-}  // namespace selvane
+}  // namespace selvane::tests

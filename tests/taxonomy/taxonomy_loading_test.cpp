@@ -7,8 +7,7 @@
 #include "taxonomy/taxonomy_file.h"
 #include "taxonomy/taxonomy_files.h"
 
-namespace selvane {
-namespace {
+namespace selvane::tests {
 
 // The load as plain statements over the table, one after the other.
 class PlainLoader {
@@ -167,5 +166,4 @@ TEST_F(TaxonomyLoadingTest, ReportsItsSteps) {
   EXPECT_EQ(report.passed_over, std::vector<long>{3});
 }
 
-}  // namespace
-}  // namespace selvane
+}  // namespace selvane::tests

@@ -2,8 +2,7 @@
 
 #include "taxonomy/taxonomy_files.h"
 
-namespace selvane {
-namespace {
+namespace selvane::tests {
 
 // What stays of the codes when each chosen node is pruned in turn, by walking all rows.
 std::vector<std::string> PlainPrune(const std::vector<TaxonomyStore::Node>& rows,
@@ -86,5 +85,4 @@ TEST_F(TaxonomyPruningTest, InterruptedPruningAndRestoringChangeNothing) {
   EXPECT_EQ(FindPosition(store, "C1", true), "C.1");
 }
 
-}  // namespace
-}  // namespace selvane
+}  // namespace selvane::tests

@@ -3,8 +3,7 @@
 #include "data/database_error.h"
 #include "taxonomy/taxonomy_files.h"
 
-namespace selvane {
-namespace {
+namespace selvane::tests {
 
 using Texts = std::vector<std::string>;
 using Nodes = std::vector<NodeNumber>;
@@ -116,15 +115,6 @@ TEST_F(TaxonomyStoreTest, BringsBackWhatAnEntryNeeds) {
   EXPECT_TRUE(store.IsMissing("Unknown"));
 }
 
-TEST_F(TaxonomyStoreTest, MarksNodesOfTheOpenedTaxonomyOnly) {
-  TaxonomyStore store("tax.mdb");
-  store.Mark(8, true);
-  store.Mark(0, true);
-  store.Mark(9, true);
-  EXPECT_TRUE(store.IsMarked(8));
-  EXPECT_FALSE(store.IsMarked(7) || store.IsMarked(0) || store.IsMarked(9));
-}
-
 TEST_F(TaxonomyStoreTest, RefusesOtherDatabases) {
   { Database::Create("other.mdb"); }
   EXPECT_NE(MessageOf<DatabaseError>([] { TaxonomyStore("other.mdb"); }).find("no taxonomy database"),
@@ -135,5 +125,4 @@ TEST_F(TaxonomyStoreTest, RefusesOtherDatabases) {
   EXPECT_THROW(first.NodesOfTerm("Diseases"), DatabaseError);
 }
 
-}  // namespace
-}  // namespace selvane
+}  // namespace selvane::tests

@@ -6,8 +6,7 @@
 
 #include "base/text.h"
 
-namespace selvane {
-namespace {
+namespace selvane::tests {
 
 using Terms = std::vector<std::string>;
 
@@ -94,5 +93,4 @@ TEST(TaggedAbstract, CleansForms) {
   EXPECT_EQ(TermsOf("no abstract <DictTerm DictCanon=\"A\">x</DictTerm>"), Terms{});
 }
 
-}  // namespace
-}  // namespace selvane
+}  // namespace selvane::tests

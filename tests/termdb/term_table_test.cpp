@@ -4,8 +4,7 @@
 #include "data/recordset.h"
 #include "taxonomy/taxonomy_files.h"
 
-namespace selvane {
-namespace {
+namespace selvane::tests {
 
 using Texts = std::vector<std::string>;
 namespace fs = std::filesystem;
@@ -99,5 +98,4 @@ TEST_F(TermTableTest, RefusesNamesThatCannotBeColumns) {
   EXPECT_TRUE(FileNames(".").empty());
 }
 
-}  // namespace
-}  // namespace selvane
+}  // namespace selvane::tests
