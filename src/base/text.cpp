@@ -73,6 +73,12 @@ std::string WithoutQuotes(std::string_view text) {
   return copy;
 }
 
+std::string DoubleQuoted(std::string_view text) {
+  std::string quoted = "\"";
+  for (const char c : text) quoted.append(c == '"' ? 2 : 1, c);
+  return quoted += '"';
+}
+
 std::string_view Trimmed(std::string_view text) {
   constexpr std::string_view kBlanks = " \t\r\n";
   const std::size_t first = text.find_first_not_of(kBlanks);

@@ -27,6 +27,10 @@ std::string WithoutQuotes(std::string_view text);
 // The same in place.
 void ReplaceQuotes(std::string& text);
 
+// The text between double quotes, with those inside it doubled: a name for the engine, a field for a table of
+// comma-separated values.
+std::string DoubleQuoted(std::string_view text);
+
 std::string_view Trimmed(std::string_view text);
 
 bool IsUtf8(std::string_view bytes);

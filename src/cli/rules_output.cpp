@@ -11,15 +11,6 @@ namespace selvane {
 
 namespace {
 
-std::string Quoted(std::string_view text) {
-  std::string quoted = "\"";
-  for (const char c : text) {
-    if (c == '"') quoted += '"';
-    quoted += c;
-  }
-  return quoted += '"';
-}
-
 std::string Numbers(const std::vector<NodeNumber>& side) {
   return fmt::format("{}", fmt::join(side, " "));
 }
@@ -38,10 +29,10 @@ std::string AsCsv(const std::vector<NumberedRule>& rules, ItemNames& names) {
       "INDEX,ANTECEDENT,CONSEQUENT,ANTECEDENT_NAMES,CONSEQUENT_NAMES,SUPPORT,CONFIDENCE,PA,PC,ASPEC,CSPEC\n";
   for (const auto& [index, rule] : rules) {
     fmt::format_to(std::back_inserter(text), "{},{},{},{},{},{},{},{},{},{},{}\n", index,
-                   Numbers(rule.antecedent), Numbers(rule.consequent), Quoted(names.Joined(rule.antecedent)),
-                   Quoted(names.Joined(rule.consequent)), SingleText(rule.support),
-                   SingleText(rule.confidence), SingleText(rule.pa), SingleText(rule.pc), rule.aspec,
-                   rule.cspec);
+                   Numbers(rule.antecedent), Numbers(rule.consequent),
+                   DoubleQuoted(names.Joined(rule.antecedent)), DoubleQuoted(names.Joined(rule.consequent)),
+                   SingleText(rule.support), SingleText(rule.confidence), SingleText(rule.pa),
+                   SingleText(rule.pc), rule.aspec, rule.cspec);
   }
   return text;
 }

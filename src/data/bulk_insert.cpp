@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "base/text.h"
+
 namespace selvane {
 
 namespace {
@@ -10,10 +12,10 @@ std::string InsertText(std::string_view table, std::span<const std::string> fiel
   std::string names;
   std::string places;
   for (const std::string& field : fields) {
-    names += (names.empty() ? "" : ",") + QuotedName(field);
+    names += (names.empty() ? "" : ",") + DoubleQuoted(field);
     places += places.empty() ? "?" : ",?";
   }
-  return fmt::format("INSERT INTO {} ({}) VALUES ({})", QuotedName(table), names, places);
+  return fmt::format("INSERT INTO {} ({}) VALUES ({})", DoubleQuoted(table), names, places);
 }
 
 }  // namespace

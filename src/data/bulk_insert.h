@@ -10,9 +10,6 @@
 
 namespace selvane {
 
-// A name between double quotes, as the engine's own dialect wants it.
-std::string QuotedName(std::string_view name);
-
 // One compiled INSERT, bound and run for each row. Made by Database::OpenBulkInsert; use it inside a
 // Transaction. Positions are those of the fields it was made for, from 0.
 class BulkInsert {

@@ -57,10 +57,6 @@ void LockWholeFile(LockedConnection& connection) {
   }
 }
 
-void BindAll(Statement& statement, const TranslatedSql& sql) {
-  for (std::size_t i = 0; i < sql.values.size(); ++i) statement.Bind(static_cast<int>(i), sql.values[i]);
-}
-
 }  // namespace
 
 Database::Database(std::shared_ptr<Connection> connection) : connection_(std::move(connection)) {}
@@ -124,27 +120,27 @@ Database Database::Open(const std::filesystem::path& path, OpenMode mode) {
   return Database(std::move(connection));
 }
 
-void Database::Execute(std::string_view sql) {
-  TranslatedSql translated;
+Statement Database::Prepare(std::string_view sql, TranslatedSql& translated) {
   try {
     translated = SqlDialect::Translate(sql);
   } catch (const InputError& error) {
     throw DatabaseError(path(), error.what(), sql);
   }
   Statement statement(connection_, translated.text, sql);
-  BindAll(statement, translated);
-  statement.Execute();
+  for (std::size_t i = 0; i < translated.values.size(); ++i) {
+    statement.Bind(static_cast<int>(i), translated.values[i]);
+  }
+  return statement;
+}
+
+void Database::Execute(std::string_view sql) {
+  TranslatedSql translated;
+  Prepare(sql, translated).Execute();
 }
 
 Recordset Database::OpenRecordset(std::string_view sql) {
   TranslatedSql translated;
-  try {
-    translated = SqlDialect::Translate(sql);
-  } catch (const InputError& error) {
-    throw DatabaseError(path(), error.what(), sql);
-  }
-  Statement statement(connection_, translated.text, sql);
-  BindAll(statement, translated);
+  Statement statement = Prepare(sql, translated);
   return Recordset(connection_, std::move(statement), std::move(translated));
 }
 

@@ -14,7 +14,9 @@ namespace selvane {
 
 class BulkInsert;
 class Recordset;
+class Statement;
 struct Connection;
+struct TranslatedSql;
 
 enum class OpenMode { kReadOnly, kWritable };
 
@@ -72,6 +74,7 @@ class Database {
 
  private:
   explicit Database(std::shared_ptr<Connection> connection);
+  Statement Prepare(std::string_view sql, TranslatedSql& translated);
   std::shared_ptr<Connection> connection_;
 };
 

@@ -4,11 +4,8 @@
 #include <algorithm>
 
 #include "base/text.h"
-#include "data/bulk_insert.h"
 #include "data/database.h"
 #include "data/database_error.h"
-#include "data/recordset.h"
-#include "data/sql_dialect.h"
 #include "data/statement.h"
 
 namespace selvane {
@@ -19,7 +16,7 @@ constexpr std::string_view kOwnTables = "sys_";
 
 // The declared type and the check that the file itself makes on every row, whoever writes it.
 std::string Declaration(const Field& field) {
-  const std::string name = QuotedName(field.name);
+  const std::string name = DoubleQuoted(field.name);
   switch (field.type) {
     case FieldType::kInt16:
       return fmt::format("{0} SMALLINT CHECK ({0} BETWEEN -32768 AND 32767)", name);
@@ -63,15 +60,6 @@ std::uint32_t AttributesOf(std::string_view name, std::string_view kind) {
 
 }  // namespace
 
-std::string QuotedName(std::string_view name) {
-  std::string quoted = "\"";
-  for (const char c : name) {
-    if (c == '"') quoted += '"';
-    quoted += c;
-  }
-  return quoted += '"';
-}
-
 std::vector<TableDefinition> Database::Tables() const {
   Statement list(connection_,
                  "SELECT s.name, l.type FROM sqlite_schema s JOIN pragma_table_list l ON l.name = s.name "
@@ -100,7 +88,7 @@ std::vector<Field> Database::Fields(std::string_view table) const {
 }
 
 long Database::RecordCount(std::string_view table) const {
-  Statement count(connection_, fmt::format("SELECT count(*) FROM {}", QuotedName(table)));
+  Statement count(connection_, fmt::format("SELECT count(*) FROM {}", DoubleQuoted(table)));
   count.Step();
   return static_cast<long>(count.ColumnInteger(0));
 }
@@ -108,18 +96,18 @@ long Database::RecordCount(std::string_view table) const {
 void Database::CreateTable(std::string_view table, std::span<const Field> fields) {
   std::string columns;
   for (const Field& field : fields) columns += (columns.empty() ? "" : ", ") + Declaration(field);
-  connection_->Run(fmt::format("CREATE TABLE {} ({})", QuotedName(table), columns).c_str());
+  connection_->Run(fmt::format("CREATE TABLE {} ({})", DoubleQuoted(table), columns).c_str());
 }
 
 void Database::AddField(std::string_view table, const Field& field) {
   connection_->Run(
-      fmt::format("ALTER TABLE {} ADD COLUMN {}", QuotedName(table), Declaration(field)).c_str());
+      fmt::format("ALTER TABLE {} ADD COLUMN {}", DoubleQuoted(table), Declaration(field)).c_str());
 }
 
 void Database::CreateIndex(std::string_view table, std::string_view field) {
-  const std::string index = QuotedName(fmt::format("{}_{}", table, field));
+  const std::string index = DoubleQuoted(fmt::format("{}_{}", table, field));
   connection_->Run(
-      fmt::format("CREATE INDEX IF NOT EXISTS {} ON {} ({})", index, QuotedName(table), QuotedName(field))
+      fmt::format("CREATE INDEX IF NOT EXISTS {} ON {} ({})", index, DoubleQuoted(table), DoubleQuoted(field))
           .c_str());
 }
 
@@ -130,11 +118,12 @@ void Database::DropIndexes(std::string_view table) {
     list.BindText(0, table);
     while (list.Step()) names.emplace_back(list.ColumnText(0));
   }
-  for (const std::string& name : names) connection_->Run(("DROP INDEX " + QuotedName(name)).c_str());
+  for (const std::string& name : names) connection_->Run(("DROP INDEX " + DoubleQuoted(name)).c_str());
 }
 
 void Database::CopyRows(std::string_view from, std::string_view to) {
-  connection_->Run(fmt::format("INSERT INTO {} SELECT * FROM {}", QuotedName(to), QuotedName(from)).c_str());
+  connection_->Run(
+      fmt::format("INSERT INTO {} SELECT * FROM {}", DoubleQuoted(to), DoubleQuoted(from)).c_str());
 }
 
 void Database::CreateQuery(std::string_view name, std::string_view sql) {

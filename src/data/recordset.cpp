@@ -4,7 +4,6 @@
 
 #include "base/error.h"
 #include "base/text.h"
-#include "data/bulk_insert.h"
 #include "data/database_error.h"
 
 namespace selvane {
@@ -127,7 +126,7 @@ void Recordset::Update() {
   std::string changes;
   for (std::size_t i = 0; i < edited_.size(); ++i) {
     if (!edited_[i]) continue;
-    const std::string name = QuotedName(FieldName(static_cast<int>(i)));
+    const std::string name = DoubleQuoted(FieldName(static_cast<int>(i)));
     names += (names.empty() ? "" : ", ") + name;
     places += places.empty() ? "?" : ", ?";
     changes += (changes.empty() ? "" : ", ") + name + " = ?";

@@ -99,12 +99,7 @@ class Translator {
   }
 
   void PutName(std::string_view name) {
-    std::string quoted = "\"";
-    for (const char c : name) {
-      if (c == '"') quoted += '"';
-      quoted += c;
-    }
-    Put(quoted += '"');
+    Put(DoubleQuoted(name));
     previous_.clear();
   }
 
