@@ -36,29 +36,4 @@ TEST_F(FileTest, ExistingFileSurvives) {
   EXPECT_EQ(ReadFile("late"), "theirs");
 }
 
-TEST_F(FileTest, BuffersKeepEveryByte) {
-  std::string text;
-  for (int i = 0; i < 200000; ++i) text += static_cast<char>(i * 7 + i / 256);
-  OutputFile out("f");
-  for (std::size_t at = 0, part = 1; at < text.size(); at += part, part = part * 3 % 70001) {
-    part = std::min(part, text.size() - at);
-    out.Write(std::string_view(text).substr(at, part));
-  }
-  out.Close();
-  EXPECT_EQ(ReadFile("f"), text);
-  InputFile in("f");
-  std::string back(text.size(), ' ');
-  EXPECT_TRUE(in.Read(std::span(back).first(100001)));
-  EXPECT_TRUE(in.Read(std::span(back).subspan(100001)));
-  EXPECT_EQ(back, text);
-  EXPECT_TRUE(in.AtEnd());
-  EXPECT_FALSE(in.Read(std::span(back).first(1)));
-}
-
-TEST_F(FileTest, LockHasOneHolder) {
-  const FileLock first("lock");
-  EXPECT_TRUE(first.IsHeld());
-  EXPECT_FALSE(FileLock("lock").IsHeld());
-}
-
 }  // namespace selvane::tests

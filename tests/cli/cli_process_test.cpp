@@ -70,10 +70,4 @@ TEST_F(CliProcessTest, OutputThatCannotBeWrittenIsAFailure) {
   EXPECT_EQ(ReadFile("err"), "");
 }
 
-TEST_F(CliProcessTest, EndsWith255WhereTheProgramEndsItself) {
-  EXPECT_EQ(Run("taxonomy load tax.txt new.mdb"), 255);
-  EXPECT_EQ(Run("--version >out"), 0);
-  EXPECT_EQ(ReadFile("out").find("selvane-cli "), 0U);
-}
-
 }  // namespace selvane::tests

@@ -163,21 +163,6 @@ TEST_F(DatabaseTest, ResultsCanBeEdited) {
             (std::vector<std::string>{"1|r", "2|r", "3|new", "5|r"}));
 }
 
-TEST_F(DatabaseTest, SavedQueriesStayInTheFile) {
-  {
-    Database database = WithTable("a.mdb");
-    database.CreateQuery("SQLstatement");
-    EXPECT_THROW(database.ExecuteQuery("SQLstatement"), DatabaseError);  // it has no text yet
-    database.SetQuery("SQLstatement", "insert into T (Small) values(4)");
-    database.ExecuteQuery("SQLstatement");
-  }
-  Database database = Database::Open("a.mdb", OpenMode::kWritable);
-  EXPECT_TRUE(database.HasQuery("SQLstatement"));
-  database.ExecuteQuery("SQLstatement");
-  EXPECT_EQ(Rows(database, "SELECT Small FROM T"), (std::vector<std::string>{"4", "4"}));
-  EXPECT_THROW(database.QueryText("Other"), DatabaseError);
-}
-
 TEST_F(DatabaseTest, CacheGivesOneStatementToOneUserAtATime) {
   Database database = WithTable("a.mdb");
   for (int i = 0; i < 3; ++i) database.Execute("insert into T (Small) values(" + std::to_string(i) + ")");

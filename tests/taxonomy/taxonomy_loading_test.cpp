@@ -152,18 +152,4 @@ TEST_F(TaxonomyLoadingTest, FaultsLeaveNothingBehind) {
   EXPECT_EQ(ReadFile("there.mdb"), "mine");
 }
 
-TEST_F(TaxonomyLoadingTest, ReportsItsSteps) {
-  WriteText("A.XML",
-            NodeLine("Diseases", "C") + NodeLine("Fever", "C1") + "<node canonical=\"x\" type=\"d\"/>\n");
-  RecordingProgress progress;
-  const TaxonomyLoadReport report = LoadTaxonomy("A.XML", "a.mdb", ExistingFile::kRefuse, progress);
-  EXPECT_EQ(
-      progress.statuses,
-      (std::vector<std::string>{"Initializing taxonomies database....", "Loading taxonomies in database....",
-                                "Finalizing taxonomies database....", "Completed!!"}));
-  EXPECT_EQ(progress.steps, 300);
-  EXPECT_EQ(report.rows, 2);
-  EXPECT_EQ(report.passed_over, std::vector<long>{3});
-}
-
 }  // namespace selvane::tests

@@ -67,38 +67,6 @@ TEST_F(TaxonomyStoreTest, RendersWithTheLastAndCut) {
   }
 }
 
-TEST_F(TaxonomyStoreTest, RendersTheOtherTable) {
-  {
-    Database database = Database::Open("tax.mdb", OpenMode::kWritable);
-    database.CreateTable("TaxonomyOrnex", TaxonomyStore::NodeFields());
-    database.Execute("insert into TaxonomyOrnex (Index,FatherId,Canonical) values('41','C.2','Signs')");
-  }
-  const TaxonomyStore store("tax.mdb");
-  std::string text;
-  Nodes numbers;
-  store.RenderOrnex(Texts{"C.9", "C.2"}, text, numbers);
-  EXPECT_EQ(text, "Signs AND ");
-  EXPECT_EQ(numbers, Nodes{41});
-}
-
-TEST_F(TaxonomyStoreTest, MapsARowToItsNodes) {
-  const TaxonomyStore store("tax.mdb");
-  const Texts items = {"Asthma", "Crohn s", "Signs"};
-  Nodes nodes;
-  Nodes direct;
-  Nodes added;
-  std::vector<TidList> tids;
-  const RowValues rows[] = {{7, 1, 0, 2}, {7, 1, 0, 0}, {9, 0, 1, 1}};
-  for (const RowValues& row : rows) {
-    store.RecordItems(row, items, nodes, direct, tids);
-    store.RecordAncestors(row, items, nodes, added, tids);
-  }
-  EXPECT_EQ(nodes, (Nodes{6, 8, 2, 1, 7, 3, 5, 4}));
-  EXPECT_EQ(direct, (Nodes{6, 8, 3, 5}));
-  EXPECT_EQ(added, (Nodes{2, 1, 7, 4}));
-  EXPECT_EQ(tids, (std::vector<TidList>{{7}, {7}, {7, 9}, {7, 9}, {7}, {9}, {9}, {9}}));
-}
-
 TEST_F(TaxonomyStoreTest, BringsBackWhatAnEntryNeeds) {
   TaxonomyStore store("tax.mdb");
   const char* const kNodes = "SELECT Index,FatherId,Canonical FROM Taxonomy ORDER BY FatherId";
@@ -113,16 +81,6 @@ TEST_F(TaxonomyStoreTest, BringsBackWhatAnEntryNeeds) {
             (Texts{"1", "7", "8", "2", "3", "4", "5", "6"}));
   EXPECT_FALSE(store.IsMissing("Crohn's"));
   EXPECT_TRUE(store.IsMissing("Unknown"));
-}
-
-TEST_F(TaxonomyStoreTest, RefusesOtherDatabases) {
-  { Database::Create("other.mdb"); }
-  EXPECT_NE(MessageOf<DatabaseError>([] { TaxonomyStore("other.mdb"); }).find("no taxonomy database"),
-            std::string::npos);
-  TaxonomyStore first("tax.mdb");
-  EXPECT_THROW(TaxonomyStore("tax.mdb"), DatabaseError);
-  first.database().Execute("UPDATE Taxonomy SET Index='word' WHERE Index='1'");
-  EXPECT_THROW(first.NodesOfTerm("Diseases"), DatabaseError);
 }
 
 }  // namespace selvane::tests
