@@ -57,16 +57,22 @@ auto Recordset::Converted(int position, Convert convert) const {
 }
 
 std::int16_t Recordset::Int16(int position) const {
-  if (const auto value = statement_.PlainInteger(position + first_column_); value && !at_end_) {
-    const auto narrow = static_cast<std::int16_t>(*value);
-    if (narrow == *value) return narrow;
-  }
   return Converted(position, [](const Variant& value) { return value.ToInt16(); });
 }
 
 std::int32_t Recordset::Int32(int position) const {
   if (const auto value = Int32Of(Text(position))) return *value;
   return Converted(position, [](const Variant& value) { return value.ToInt32(); });
+}
+
+void Recordset::Int16Row(std::vector<std::uint32_t>& values) const {
+  NeedRow();
+  values.clear();
+  for (;;) {
+    const int read = statement_.AppendInt16s(first_column_ + static_cast<int>(values.size()), values);
+    if (read >= statement_.ColumnCount()) return;
+    values.push_back(static_cast<std::uint32_t>(Int16(read - first_column_)));  // text, a fraction, or an error
+  }
 }
 
 void Recordset::MakeEditable() {

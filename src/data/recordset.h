@@ -34,6 +34,8 @@ class Recordset {
   // The field as a 16-bit integer; fails on a null value and on one that is no such number.
   std::int16_t Int16(int position) const;
   std::int32_t Int32(int position) const;
+  // Replaces `values` by all fields of the row, each as Int16 gives it, widened with its sign.
+  void Int16Row(std::vector<std::uint32_t>& values) const;
 
   void AddNew();
   void Edit();

@@ -161,11 +161,17 @@ std::int64_t Statement::ColumnInteger(int column) const {
   return sqlite3_column_int64(handle_.get(), column);
 }
 
-std::optional<std::int64_t> Statement::PlainInteger(int column) const {
-  // One look at the value for both questions: this is called for every field of a term table.
-  sqlite3_value* const value = sqlite3_column_value(handle_.get(), column);
-  if (sqlite3_value_type(value) != SQLITE_INTEGER) return std::nullopt;
-  return sqlite3_value_int64(value);
+int Statement::AppendInt16s(int first, std::vector<std::uint32_t>& values) const {
+  const int columns = ColumnCount();
+  for (int column = first; column < columns; ++column) {
+    sqlite3_value* const value = sqlite3_column_value(handle_.get(), column);
+    if (sqlite3_value_type(value) != SQLITE_INTEGER) return column;
+    const std::int64_t wide = sqlite3_value_int64(value);
+    const auto narrow = static_cast<std::int16_t>(wide);
+    if (narrow != wide) return column;
+    values.push_back(static_cast<std::uint32_t>(narrow));
+  }
+  return columns;
 }
 
 }  // namespace selvane

@@ -4,9 +4,9 @@
 #include <filesystem>
 #include <list>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/text.h"
 #include "data/variant.h"
@@ -84,7 +84,9 @@ class Statement {
   Variant Column(int column) const;
   std::string_view ColumnText(int column) const;  // valid until the next step
   std::int64_t ColumnInteger(int column) const;
-  std::optional<std::int64_t> PlainInteger(int column) const;  // nothing when the value is no integer
+  // Appends the values of the columns from `first` on while they are 16-bit integers, each widened with its
+  // sign; returns the first column that is not, or the number of columns. Called for every row of a term table.
+  int AppendInt16s(int first, std::vector<std::uint32_t>& values) const;
 
  private:
   std::shared_ptr<Connection> connection_;

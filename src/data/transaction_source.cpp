@@ -56,15 +56,9 @@ long TransactionSource::RecordCount(std::string_view table) const {
   }
 }
 
-void TransactionSource::ReadRow(RowValues& row) const {
-  row.clear();
-  const int fields = cursor_->FieldCount();
-  for (int i = 0; i < fields; ++i) row.push_back(static_cast<std::uint32_t>(cursor_->Int16(i)));
-}
-
 bool TransactionSource::OpenReader(std::string_view table, RowValues& row) {
   cursor_.emplace(database().OpenRecordset(fmt::format("SELECT * from {}", table)));
-  ReadRow(row);
+  cursor_->Int16Row(row);
   return true;
 }
 
@@ -76,7 +70,7 @@ bool TransactionSource::NextRow(RowValues& row) {
     cursor_.reset();
     return false;
   }
-  ReadRow(row);
+  cursor_->Int16Row(row);
   return true;
 }
 

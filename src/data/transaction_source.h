@@ -48,7 +48,6 @@ class TransactionSource {
 
  private:
   Database& database() const;
-  void ReadRow(RowValues& row) const;
 
   std::filesystem::path file_name_;
   mutable std::optional<Database> database_;
