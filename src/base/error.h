@@ -1,5 +1,6 @@
 // Errors that the core throws. Every message is meant for the person at the screen: what happened, to which
-// file, and what to do about it. Nothing in the core catches them; windows and the command line show them.
+// file, and what to do about it. The core lets them through, but for the few that it completes or passes
+// over; windows and the command line show them.
 #pragma once
 
 #include <stdexcept>

@@ -44,14 +44,14 @@ std::size_t ReadSome(const FileDescriptor& file, const std::filesystem::path& pa
 }  // namespace
 
 std::string ReadFile(const std::filesystem::path& path) {
-  const FileDescriptor file = OpenFile(path, O_RDONLY, "open");
+  // Not to wait for a pipe that nobody writes to.
+  const FileDescriptor file = OpenFile(path, O_RDONLY | O_NONBLOCK, "open");
   struct stat status {};
-  std::string bytes;
-  if (::fstat(file.get(), &status) == 0 && status.st_size > 0) {
-    bytes.resize(static_cast<std::size_t>(status.st_size) + 1);  // one more, so that the end shows at once
-  } else {
-    bytes.resize(kBufferSize);
-  }
+  if (::fstat(file.get(), &status) != 0) Fail("read", path, errno);
+  if (!S_ISREG(status.st_mode))
+    throw FileError(fmt::format("{}: cannot read: this is no file", path.string()));
+  std::string bytes(static_cast<std::size_t>(status.st_size) + 1,
+                    '\0');  // one more, so that the end shows at once
   std::size_t filled = 0;
   for (;;) {
     const std::size_t got = ReadSome(file, path, std::span(bytes).subspan(filled));

@@ -6,6 +6,7 @@
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <algorithm>
+#include <new>
 #include <ostream>
 
 #include "base/error.h"
@@ -42,7 +43,7 @@ int RunCli(std::vector<std::string> arguments, const CliContext& context) {
   AddRulesCommands(app, context);
   try {
     const int status = ParseAndRun(app, std::move(arguments), context);
-    context.out.flush();
+    if (!context.out.flush()) throw FileError("the output cannot be written; is the disk full?");
     return status;
   } catch (const EndOfProgram& end) {
     Report(context, fmt::format("{}: {}", end.title(), end.what()));
@@ -80,7 +81,7 @@ std::string ChooseTable(const std::vector<std::string>& tables, const std::strin
 CLI::Option* AddFraction(CLI::App& command, const std::string& name, float& value, const std::string& help) {
   const auto parse = [name, &value](const std::string& text) {
     const std::optional<double> number = NumberOf(text);
-    if (!number || !(*number > 0) || *number > 1) {
+    if (!number || !(static_cast<float>(*number) > 0) || *number > 1) {
       throw CLI::ValidationError(name, "needs a number above 0 and at most 1, such as 0.05; not " + text);
     }
     value = static_cast<float>(*number);

@@ -20,10 +20,13 @@ char DecimalSign() {
 }
 
 // Takes the progress line away before anything else is written to the terminal.
+// For standard output, signals are released too: what is printed is complete, and a pipe that nobody reads
+// must not keep the program from being ended.
 class ClearingBuffer final : public std::streambuf {
  public:
-  ClearingBuffer(std::streambuf* target, selvane::TerminalProgress& progress)
-      : target_(target), progress_(progress) {}
+  ClearingBuffer(std::streambuf* target, selvane::TerminalProgress& progress,
+                 selvane::InterruptSignal* released = nullptr)
+      : target_(target), progress_(progress), released_(released) {}
 
  protected:
   int overflow(int c) override {
@@ -32,6 +35,7 @@ class ClearingBuffer final : public std::streambuf {
   }
   std::streamsize xsputn(const char* text, std::streamsize size) override {
     progress_.Clear();
+    if (released_ != nullptr) released_->Release();
     return target_->sputn(text, size);
   }
   int sync() override { return target_->pubsync(); }
@@ -39,6 +43,7 @@ class ClearingBuffer final : public std::streambuf {
  private:
   std::streambuf* target_;
   selvane::TerminalProgress& progress_;
+  selvane::InterruptSignal* released_;
 };
 
 }  // namespace
@@ -46,7 +51,7 @@ class ClearingBuffer final : public std::streambuf {
 int main(int argc, char** argv) {
   selvane::InterruptSignal signal;
   selvane::TerminalProgress progress(std::cerr, ::isatty(STDERR_FILENO) == 1, signal);
-  ClearingBuffer out_buffer(std::cout.rdbuf(), progress);
+  ClearingBuffer out_buffer(std::cout.rdbuf(), progress, &signal);
   ClearingBuffer err_buffer(std::cerr.rdbuf(), progress);
   std::ostream out(&out_buffer);
   std::ostream err(&err_buffer);

@@ -3,6 +3,7 @@
 #include <fmt/ostream.h>
 
 #include <algorithm>
+#include <array>
 #include <memory>
 #include <ostream>
 
@@ -29,6 +30,10 @@ struct ExtractOptions {
   ExtractionRequest request;
 };
 
+RulesOutput OutputOf(const ExtractOptions& options) {
+  return {options.output, options.overwrite ? ExistingFile::kReplace : ExistingFile::kRefuse};
+}
+
 // Refused before mining rather than after it; and a name that the filtering would refuse is worth a word.
 void CheckOutput(const ExtractOptions& options, const CliContext& context) {
   if (!options.overwrite && fs::exists(fs::symlink_status(options.output))) {
@@ -37,21 +42,11 @@ void CheckOutput(const ExtractOptions& options, const CliContext& context) {
                     "replace it with --overwrite",
                     options.output.string()));
   }
-  for (const fs::path& input : {options.terms, options.taxonomy}) {
-    if (!IsSameFile(options.output, input)) continue;
-    throw InputError(
-        fmt::format("{}: the rules would replace a file that they are made from; choose another name",
-                    options.output.string()));
-  }
-  if (options.output.has_parent_path() && !fs::is_directory(options.output.parent_path())) {
-    throw InputError(
-        fmt::format("{}: there is no such folder; make it first", options.output.parent_path().string()));
-  }
-  const std::string name = options.output.filename().string();
-  if (name.find("mdb", std::min(name.rfind('.'), name.size())) == std::string::npos) {
+  CheckRulesOutput(OutputOf(options), {options.terms, options.taxonomy, options.request.itemset_copy});
+  if (options.output.extension() != ".mdb") {
     fmt::print(context.err,
                "selvane-cli: {} is not named *.mdb, so rules list and the filtering will not take it\n",
-               name);
+               options.output.string());
   }
 }
 
@@ -108,9 +103,7 @@ void Extract(ExtractOptions& options, const CliContext& context) {
   request.decimal_sign = context.decimal_sign;
   TaxonomyStore taxonomy(options.taxonomy);
   ExtractionHooks hooks;
-  hooks.choose_output = [&options] {
-    return RulesOutput{options.output, options.overwrite ? ExistingFile::kReplace : ExistingFile::kRefuse};
-  };
+  hooks.choose_output = [&options] { return OutputOf(options); };
   hooks.will_not_fit = [&context](const RuleTally& tally) { ReportTooMany(tally, context); };
   ReportEnd(ExtractRules(source, taxonomy, hold, request, hooks, context.progress), context);
 }

@@ -3,9 +3,9 @@
 #include <fmt/format.h>
 #include <poll.h>
 #include <sys/signalfd.h>
+#include <unistd.h>
 
 #include <algorithm>
-#include <csignal>
 
 #include "base/error.h"
 
@@ -14,16 +14,27 @@ namespace selvane {
 InterruptSignal::InterruptSignal() {
   sigset_t ends;
   sigemptyset(&ends);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&ends, signal);
-  sigprocmask(SIG_BLOCK, &ends, nullptr);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction current {};
+    // What the parent told us to ignore stays ignored, as nohup does.
+    if (sigaction(signal, nullptr, &current) == 0 && current.sa_handler != SIG_IGN) sigaddset(&ends, signal);
+  }
+  sigprocmask(SIG_BLOCK, &ends, &before_);
   signals_ = FileDescriptor(::signalfd(-1, &ends, SFD_CLOEXEC | SFD_NONBLOCK));
 }
 
 bool InterruptSignal::Arrived() {
   if (arrived_ || !signals_.IsOpen()) return arrived_;
   pollfd wait{signals_.get(), POLLIN, 0};
-  arrived_ = ::poll(&wait, 1, 0) > 0;
-  return arrived_;
+  if (::poll(&wait, 1, 0) <= 0) return false;
+  arrived_ = true;
+  signalfd_siginfo taken{};
+  if (::read(signals_.get(), &taken, sizeof taken) > 0) Release();  // the next one ends the program at once
+  return true;
+}
+
+void InterruptSignal::Release() {
+  sigprocmask(SIG_SETMASK, &before_, nullptr);
 }
 
 void TerminalProgress::SetRange(int lower, int upper) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <csignal>
 #include <ostream>
 #include <string>
 
@@ -17,8 +18,11 @@ class InterruptSignal {
   InterruptSignal();
   // True from the first such signal on.
   bool Arrived();
+  // Lets signals end the program at once again, as while it only prints.
+  void Release();
 
  private:
+  sigset_t before_{};
   FileDescriptor signals_;
   bool arrived_ = false;
 };

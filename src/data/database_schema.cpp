@@ -79,7 +79,8 @@ bool Database::HasTable(std::string_view table) const {
 }
 
 std::vector<Field> Database::Fields(std::string_view table) const {
-  Statement list(connection_, "SELECT name, type FROM pragma_table_info(?)");
+  // With generated columns, which a result over all columns holds too.
+  Statement list(connection_, "SELECT name, type FROM pragma_table_xinfo(?) WHERE hidden <> 1");
   list.BindText(0, table);
   std::vector<Field> fields;
   while (list.Step()) fields.push_back(FieldOf(std::string(list.ColumnText(0)), list.ColumnText(1)));

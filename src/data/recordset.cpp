@@ -71,7 +71,8 @@ void Recordset::Int16Row(std::vector<std::uint32_t>& values) const {
   for (;;) {
     const int read = statement_.AppendInt16s(first_column_ + static_cast<int>(values.size()), values);
     if (read >= statement_.ColumnCount()) return;
-    values.push_back(static_cast<std::uint32_t>(Int16(read - first_column_)));  // text, a fraction, or an error
+    values.push_back(
+        static_cast<std::uint32_t>(Int16(read - first_column_)));  // text, a fraction, or an error
   }
 }
 

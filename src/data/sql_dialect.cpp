@@ -212,6 +212,10 @@ class Translator {
 
 }  // namespace
 
+bool SqlDialect::IsPlainName(std::string_view name) {
+  return !name.empty() && std::all_of(name.begin(), name.end(), IsNameByte);
+}
+
 TranslatedSql SqlDialect::Translate(std::string_view sql) {
   return Translator(sql).Run();
 }

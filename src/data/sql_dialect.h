@@ -26,6 +26,8 @@ class SqlDialect {
  public:
   // Throws InputError for a text that is no SQL of ours, such as one with an unmatched quote.
   static TranslatedSql Translate(std::string_view sql);
+  // True for a name that can stand in an SQL text without brackets.
+  static bool IsPlainName(std::string_view name);
 };
 
 }  // namespace selvane

@@ -85,7 +85,8 @@ class Statement {
   std::string_view ColumnText(int column) const;  // valid until the next step
   std::int64_t ColumnInteger(int column) const;
   // Appends the values of the columns from `first` on while they are 16-bit integers, each widened with its
-  // sign; returns the first column that is not, or the number of columns. Called for every row of a term table.
+  // sign; returns the first column that is not, or the number of columns. Called for every row of a term
+  // table.
   int AppendInt16s(int first, std::vector<std::uint32_t>& values) const;
 
  private:

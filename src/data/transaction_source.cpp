@@ -5,6 +5,7 @@
 #include <new>
 
 #include "data/database_error.h"
+#include "data/sql_dialect.h"
 
 namespace selvane {
 
@@ -46,9 +47,13 @@ int TransactionSource::FieldCount(std::string_view table) const {
   }
 }
 
+long TransactionSource::CountRows(std::string_view table) const {
+  return database().RecordCount(table);
+}
+
 long TransactionSource::RecordCount(std::string_view table) const {
   try {
-    return database().RecordCount(table);
+    return CountRows(table);
   } catch (const DatabaseError&) {
     throw SilentAbort();
   } catch (const std::bad_alloc&) {
@@ -56,7 +61,17 @@ long TransactionSource::RecordCount(std::string_view table) const {
   }
 }
 
+// A word behind a blank would be read as another name for the table before it.
+void TransactionSource::CheckTableName(std::string_view table) const {
+  if (SqlDialect::IsPlainName(table)) return;
+  throw DatabaseError(file_name_,
+                      fmt::format("the table name \"{}\" holds blanks or signs; rename the table with "
+                                  "letters, digits and underscores only",
+                                  table));
+}
+
 bool TransactionSource::OpenReader(std::string_view table, RowValues& row) {
+  CheckTableName(table);
   cursor_.emplace(database().OpenRecordset(fmt::format("SELECT * from {}", table)));
   cursor_->Int16Row(row);
   return true;
@@ -76,6 +91,7 @@ bool TransactionSource::NextRow(RowValues& row) {
 
 void TransactionSource::ItemRowIds(std::string_view table, int position, std::vector<std::uint16_t>& ids,
                                    std::string& field_name) const {
+  CheckTableName(table);
   ids.clear();
   const std::vector<Field> fields = database().Fields(table);
   if (position < 0 || position >= static_cast<int>(fields.size())) {

@@ -33,8 +33,12 @@ class TransactionSource {
   int FieldCount(std::string_view table) const;
   long RecordCount(std::string_view table) const;
 
+  // The number of all rows, with the reason where that cannot be told.
+  long CountRows(std::string_view table) const;
+
   // Starts reading and delivers the first row; an earlier reading is abandoned. The name of the table goes
-  // into the SQL text as it is, so one with blanks fails. Fails on an empty table: it has no first row.
+  // into the SQL text as it is, so one with blanks or signs fails here and in ItemRowIds. Fails on an empty
+  // table: it has no first row.
   bool OpenReader(std::string_view table, RowValues& row);
   // Delivers the next row; false behind the last one, which ends the reading.
   bool NextRow(RowValues& row);
@@ -48,6 +52,7 @@ class TransactionSource {
 
  private:
   Database& database() const;
+  void CheckTableName(std::string_view table) const;
 
   std::filesystem::path file_name_;
   mutable std::optional<Database> database_;

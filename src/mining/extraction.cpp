@@ -9,6 +9,7 @@
 #include "base/text.h"
 #include "data/database_error.h"
 #include "data/new_database.h"
+#include "data/sql_dialect.h"
 #include "mining/generalized_apriori.h"
 #include "rules/rules_info.h"
 
@@ -38,17 +39,13 @@ void CheckRequest(const TransactionSource& source, const ExtractionRequest& requ
   if (!IsFraction(request.min_support)) throw InputError("the minimum support must be above 0 and at most 1");
   if (!IsFraction(request.min_confidence))
     throw InputError("the minimum confidence must be above 0 and at most 1");
-  const long rows = source.RecordCount(request.table);
+  const long rows = source.CountRows(request.table);
   if (rows > kMostTableRows) {
     throw InputError(
         fmt::format("table {} has {} rows, and at most {} can be mined; divide it into several tables",
                     request.table, rows, kMostTableRows));
   }
-  const auto plain = [](char c) {
-    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' ||
-           (c & 0x80) != 0;
-  };
-  if (!std::all_of(request.table.begin(), request.table.end(), plain)) {
+  if (!SqlDialect::IsPlainName(request.table)) {
     throw InputError(
         fmt::format("the table name \"{}\" holds blanks or signs; rename the table with letters, digits "
                     "and underscores only",
@@ -65,21 +62,11 @@ void CheckRequest(const TransactionSource& source, const ExtractionRequest& requ
   }
 }
 
-// Replacing one of the inputs by the rules would lose it.
-void CheckOutput(const fs::path& output, const TransactionSource& source, TaxonomyStore& taxonomy) {
-  for (const fs::path& input : {source.file_name(), taxonomy.database().path()}) {
-    if (!IsSameFile(output, input)) continue;
-    throw InputError(fmt::format(
-        "{}: the rules would replace a file that they are made from; choose another name", output.string()));
-  }
-}
-
 void RestoreMissing(const TransactionSource& source, TaxonomyStore& taxonomy,
                     const ExtractionRequest& request, ExtractionReport& report, Progress& progress) {
   std::vector<std::string> terms;
   source.ListItemFields(request.table, terms);
-  bool is_missing = false;
-  report.restored = FindMissingEntries(taxonomy, terms, is_missing, progress);
+  report.restored = FindMissingEntries(taxonomy, terms, progress);
   for (const std::string& entry : report.restored) {
     taxonomy.RestoreEntry(entry);
     progress.Pulse();
@@ -127,16 +114,40 @@ std::vector<std::string> InformationTexts(const ExtractionRequest& request, cons
 
 }  // namespace
 
+void CheckRulesOutput(const RulesOutput& output, const std::vector<fs::path>& others) {
+  if (output.path.empty())
+    throw DatabaseError({}, "no file was named; choose a rules database and try again");
+  if (output.existing == ExistingFile::kRefuse && fs::exists(fs::symlink_status(output.path))) {
+    throw DatabaseError(output.path,
+                        "the file is there already and was left as it is; choose another name, or have it "
+                        "replaced");
+  }
+  if (output.path.has_parent_path() && !fs::is_directory(output.path.parent_path())) {
+    throw DatabaseError(output.path, "there is no such folder; make it first, or choose another one");
+  }
+  fs::path info = RulesInfoBasePath(output.path);
+  info += ".dat";
+  for (const fs::path& other : others) {
+    if (other.empty()) continue;
+    for (const fs::path& made : {output.path, info}) {
+      if (!IsSameFile(made, other) &&
+          fs::absolute(made).lexically_normal() != fs::absolute(other).lexically_normal()) {
+        continue;
+      }
+      throw InputError(fmt::format(
+          "{}: the rules would replace a file that the run needs; choose another name", made.string()));
+    }
+  }
+}
+
 std::vector<std::string> FindMissingEntries(const TaxonomyStore& taxonomy, std::span<const std::string> terms,
-                                            bool& is_missing, Progress& progress) {
+                                            Progress& progress) {
   progress.SetStatus("Checking items presence ...");
   progress.SetRange(0, static_cast<int>(terms.size()));
   progress.SetPosition(0);
-  is_missing = false;
   std::vector<std::string> entries;
   for (std::size_t i = 0; i < terms.size(); ++i) {
     if (taxonomy.IsMissing(terms[i])) {
-      is_missing = true;
       for (std::string& entry : taxonomy.SourceEntriesOf(terms[i])) {
         if (std::find(entries.begin(), entries.end(), entry) == entries.end()) {
           entries.insert(entries.begin(), std::move(entry));
@@ -169,7 +180,7 @@ ExtractionReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy
   }
 
   const RulesOutput output = hooks.choose_output();
-  CheckOutput(output.path, source, taxonomy);
+  CheckRulesOutput(output, {source.file_name(), taxonomy.database().path(), request.itemset_copy});
   report.output = output.path;
   const StageTimer rules_timer;
   MakeDatabase(output.path, output.existing, [&](const fs::path& temporary) {

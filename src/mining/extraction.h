@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -63,9 +64,13 @@ struct ExtractionReport {
 };
 
 // Entries of the full taxonomy that the working taxonomy lacks, for these terms; the last one missing first.
-// `is_missing` is set when any term is missing, even one that the full taxonomy lacks too.
 std::vector<std::string> FindMissingEntries(const TaxonomyStore& taxonomy, std::span<const std::string> terms,
-                                            bool& is_missing, Progress& progress);
+                                            Progress& progress);
+
+// Checks, before mining, that the rules can go there: nothing is there unless it is to be replaced, the
+// folder is there, and neither the database nor its information file is one of `others`, the other files of
+// the run. Throws DatabaseError and InputError.
+void CheckRulesOutput(const RulesOutput& output, const std::vector<std::filesystem::path>& others);
 
 // The most rows that a term table may have.
 inline constexpr long kMostTableRows = 32767;

@@ -1,8 +1,12 @@
 #include "mining/item_registry.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <limits>
 #include <unordered_map>
+
+#include "data/database_error.h"
 
 namespace selvane {
 
@@ -58,7 +62,7 @@ ItemRegistry ReadItems(TransactionSource& source, std::string_view table,
                        std::span<const std::string> item_names, const TaxonomyStore& taxonomy,
                        bool generalize, Progress& progress) {
   ItemRegistry registry;
-  const long records = source.RecordCount(table);
+  const long records = source.CountRows(table);
   if (records == 0) return registry;
   RowPlaces places;
   NodeColumns nodes(registry);
@@ -68,6 +72,10 @@ ItemRegistry ReadItems(TransactionSource& source, std::string_view table,
   RowValues row;
   for (bool more = source.OpenReader(table, row); more; more = source.NextRow(row)) {
     const std::size_t place = places.PlaceOf(row[0]);
+    if (row.size() != item_names.size() + 1 || place >= static_cast<std::size_t>(records)) {
+      throw DatabaseError(source.file_name(),
+                          fmt::format("table {} does not hold what it says it holds", table));
+    }
     if (row[0] == 0) registry.zero_row = place;
     new_columns.clear();
     for (std::size_t j = 1; j < row.size(); ++j) {

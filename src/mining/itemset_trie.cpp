@@ -120,6 +120,7 @@ class TrieRuleCounter {
 
  private:
   static constexpr std::uint32_t kNone = ItemsetTrie::kNone;
+  static constexpr std::uint64_t kPulseEvery = 4'000'000;  // subsets
 
   struct Cursor {
     std::uint32_t at = 0;
@@ -138,7 +139,10 @@ class TrieRuleCounter {
         tally_.Add(static_cast<float>(support) / static_cast<float>(counts_[m]), support);
       }
     }
-    if ((++visited_ & 0x3FFF) == 0) progress_.Pulse();
+    visited_ += subsets;
+    if (visited_ < kPulseEvery) return;
+    visited_ = 0;
+    progress_.Pulse();
   }
 
   // The greatest count of an antecedent with which the confidence still reaches the minimum.
@@ -163,7 +167,7 @@ class TrieRuleCounter {
   std::vector<std::uint32_t> counts_ = {kNone};
   std::vector<std::vector<Cursor>> cursors_;  // by depth
   std::vector<std::uint32_t> greatest_;       // by support, 0 where it is not known yet
-  std::uint64_t visited_ = 0;
+  std::uint64_t visited_ = 0;                 // subsets since the last pulse
 };
 
 void ItemsetTrie::CountRules(float minimum_confidence, RuleTally& tally, Progress& progress) const {

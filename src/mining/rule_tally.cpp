@@ -1,7 +1,5 @@
 #include "mining/rule_tally.h"
 
-#include <cmath>
-
 namespace selvane {
 
 std::optional<double> RuleTally::FittingConfidence(std::uint64_t most) const {
@@ -21,10 +19,13 @@ std::optional<double> RuleTally::FittingSupport(std::uint64_t most) const {
   for (std::size_t i = by_rows_.size(); i-- > 0;) {
     kept += by_rows_[i];
     if (kept > most) {
-      // Above i rows' share and, where it can be, not above that of i + 1.
-      const double share = std::floor(static_cast<double>(i) / row_count_ * 10000 + 1) / 10000;
-      if (share > 1) return std::nullopt;
-      return share;
+      // The first ten-thousandth that a share of i rows does not reach, compared as a minimum support would
+      // be.
+      auto n = static_cast<std::uint64_t>(static_cast<double>(i) / row_count_ * 10000);
+      const float share = static_cast<float>(i) / static_cast<float>(row_count_);
+      while (share >= static_cast<float>(static_cast<double>(n) / 10000)) ++n;
+      if (n > 10000) return std::nullopt;
+      return static_cast<double>(n) / 10000;
     }
   }
   return 0.0;

@@ -19,8 +19,7 @@ class RuleTally {
   // A rule that stands in `rows` rows. Called for each of what may be billions.
   void Add(float confidence, std::uint32_t rows) {
     ++total_;
-    // Not-a-number, which a damaged file can give, counts as 0.
-    ++by_thousandth_[static_cast<std::size_t>((confidence > 0 ? std::min(confidence, 1.0F) : 0.0F) * 1000)];
+    ++by_thousandth_[ThousandthOf(confidence)];
     ++by_rows_[std::min(rows, row_count_)];
   }
   std::uint64_t total() const { return total_; }
@@ -31,6 +30,16 @@ class RuleTally {
   std::optional<double> FittingSupport(std::uint64_t most) const;
 
  private:
+  static float Thousandth(std::size_t n) { return static_cast<float>(static_cast<double>(n) / 1000); }
+  // The greatest thousandth that the confidence reaches, compared as a minimum confidence would be.
+  // Not-a-number, which a damaged file can give, counts as 0.
+  static std::size_t ThousandthOf(float confidence) {
+    if (!(confidence > 0)) return 0;
+    const auto n = static_cast<std::size_t>(std::min(confidence, 1.0F) * 1000);
+    if (n < 1000 && confidence >= Thousandth(n + 1)) return n + 1;
+    return confidence < Thousandth(n) ? n - 1 : n;
+  }
+
   std::uint32_t row_count_;
   std::uint64_t total_ = 0;
   std::array<std::uint64_t, 1001> by_thousandth_{};  // rules by whole thousandths of confidence

@@ -32,14 +32,17 @@ void CheckWidth(std::string_view value, std::string_view what, std::string_view 
 
 void CheckLine(const TaxonomyLine& line, std::string_view name, long number) {
   CheckWidth(line.canonical, "canonical value", name, number);
-  const bool odd_letter = !line.tree.empty() && static_cast<unsigned char>(line.tree[0]) >= 0x80;
+  const std::vector<std::string> codes = PositionCodes(line.tree);
+  const bool odd_letter = std::any_of(codes.begin(), codes.end(), [](const std::string& code) {
+    return static_cast<unsigned char>(code[0]) >= 0x80;
+  });
   if (odd_letter || line.tree.find('\'') != std::string_view::npos) {
     throw InputError(fmt::format(
         "{}: line {}: the tree value holds an apostrophe or an odd letter; correct it and load again", name,
         number));
   }
   if (line.tree.size() < kTextWidth) return;  // a code is one longer than it stands in the file
-  for (const std::string& code : PositionCodes(line.tree)) CheckWidth(code, "position code", name, number);
+  for (const std::string& code : codes) CheckWidth(code, "position code", name, number);
 }
 
 void AddDistinct(std::vector<std::string>& list, std::string_view value) {
@@ -76,6 +79,12 @@ void ParseTaxonomyText(std::string text, std::string_view name, TaxonomyFile& fi
     std::size_t at = canonical;
     if (!NextQuoted(line, at, node.canonical) || !NextQuoted(line, at, node.type) ||
         !NextQuoted(line, at, node.tree)) {
+      // A comment or a declaration may hold the three words without giving them values.
+      const auto behind = Trimmed(line.substr(canonical + std::string_view("canonical").size()));
+      if (!behind.starts_with('=')) {
+        file.passed_over.push_back(number);
+        continue;
+      }
       throw InputError(
           fmt::format("{}: line {}: canonical, type and tree must stand in this order, each with its "
                       "value in double quotes; correct the line and load again",

@@ -16,6 +16,7 @@ class TransactionSourceTest : public FolderTest {
         CREATE TABLE 'only ids'("Index" SMALLINT);
         CREATE TABLE empty("Index" SMALLINT, a SMALLINT);
         CREATE TABLE ids("Index" SMALLINT); INSERT INTO ids VALUES (5);
+        CREATE TABLE made("Index" SMALLINT, a SMALLINT, b SMALLINT GENERATED ALWAYS AS (a + 1));
         CREATE TABLE bad(i, a); INSERT INTO bad VALUES (1, NULL), (40000, 1), (1, 'word');)");
     source_.Open("t.mdb");
   }
@@ -40,11 +41,13 @@ TEST_F(TransactionSourceTest, ReadsRowsAsSmallNumbers) {
 TEST_F(TransactionSourceTest, ListsTablesAndItems) {
   Names names = {"kept"};
   source_.ListTables(names);
-  EXPECT_EQ(names, (Names{"kept", "first", "only ids", "empty", "ids", "bad"}));
+  EXPECT_EQ(names, (Names{"kept", "first", "only ids", "empty", "ids", "made", "bad"}));
   source_.ListItemFields("first", names);
   EXPECT_EQ(names, (Names{"Fever [high], acute", "Cough", "Raw", "Any"}));
   source_.ListItemFields("only ids", names);
   EXPECT_TRUE(names.empty());
+  source_.ListItemFields("made", names);
+  EXPECT_EQ(names, (Names{"a", "b"}));
   EXPECT_EQ(source_.FieldCount("first"), 5);
   EXPECT_EQ(source_.RecordCount("first"), 4);
 }
@@ -65,6 +68,7 @@ TEST_F(TransactionSourceTest, FaultsReachTheCaller) {
   RowValues row;
   EXPECT_THROW(source_.OpenReader("empty", row), DatabaseError);
   EXPECT_THROW(source_.OpenReader("only ids", row), DatabaseError);  // the blank is not bracketed
+  EXPECT_THROW(source_.OpenReader("first x", row), DatabaseError);   // nor is the x another name for it
   EXPECT_THROW(source_.OpenReader("bad", row), DatabaseError);       // null
   Names names;
   EXPECT_THROW(source_.ListItemFields("none", names), DatabaseError);

@@ -175,6 +175,14 @@ TEST(RuleTally, NamesThresholdsThatFit) {
       EXPECT_EQ(kept, most) << threshold;
     }
   }
+  for (std::uint32_t rows = 3; rows < 700; ++rows) {
+    RuleTally two(rows);
+    two.Add(static_cast<float>(rows - 2) / static_cast<float>(rows), rows - 2);
+    two.Add(1, rows);
+    const auto lower = static_cast<float>(rows - 2) / static_cast<float>(rows);
+    EXPECT_LT(lower, static_cast<float>(two.FittingSupport(1).value())) << rows;
+    EXPECT_LT(lower, static_cast<float>(two.FittingConfidence(1).value())) << rows;
+  }
   EXPECT_FALSE(tally.FittingConfidence(0));
   EXPECT_FALSE(tally.FittingSupport(0));
 }

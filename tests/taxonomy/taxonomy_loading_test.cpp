@@ -103,7 +103,7 @@ TEST_F(TaxonomyLoadingTest, ReadsValuesByTheirQuotes) {
   const std::string lines =
       "\xEF\xBB\xBF<x tree canonical = \"Sj\xC3\xB6gren's\" a type= \"d\" z=tree \"C23.888;C25.1\">\r\n"
       "<node canonical=\"Other\" tree=\"C1\"/>\n"
-      "<node canonical=\"Category\" type=\"t\" tree=\"C\"/>\n"
+      "<!-- canonical, type and tree -->\n<node canonical=\"Category\" type=\"t\" tree=\"C\"/>\n"
       "<node canonical=\"Nowhere\" type=\"t\" tree=\"\"/>\n";
   LoadText(lines, "a.mdb");
   EXPECT_EQ(
@@ -125,6 +125,7 @@ TEST_F(TaxonomyLoadingTest, FaultsLeaveNothingBehind) {
   } cases[] = {
       {"a.xml", "<node canonical=Fever type=d tree=C1>\n", "line 2: canonical, type and tree"},
       {"a.xml", "<node tree=\"C1\" type=\"d\" canonical=\"Fever\"/>\n", "line 2: canonical, type and tree"},
+      {"a.xml", NodeLine("Fever", "C1;\xC3\x84 2"), "line 2: the tree value holds an apostrophe or an odd"},
       {"a.xml", NodeLine("Fever", "C'1"), "line 2: the tree value holds an apostrophe"},
       {"a.xml", NodeLine(std::string(128, 'x'), "C2"), "line 2: the canonical value is longer than 127"},
       {"a.xml", NodeLine("Fever", "C" + std::string(126, '1')), "line 2: the position code is longer"},
