@@ -18,7 +18,7 @@ namespace selvane {
 
 namespace {
 
-constexpr std::size_t kBufferSize = 64 * 1024;
+constexpr std::size_t kBufferSize = std::size_t{64} * 1024;
 
 [[noreturn]] void Fail(const char* action, const std::filesystem::path& path, int error) {
   throw FileError(fmt::format("{}: cannot {}: {}", path.string(), action,

@@ -128,14 +128,11 @@ std::string ToCodePage1252(std::string_view utf8) {
     const std::size_t length = SequenceLength(utf8, code);
     utf8.remove_prefix(std::max<std::size_t>(length, 1));
     const auto control = std::find(kUpperControls.begin(), kUpperControls.end(), code);
-    if (length == 0) {
-      bytes.push_back('?');
-    } else if (control != kUpperControls.end()) {
+    const bool same_byte = length > 0 && (code < 0x80 || (code >= 0xA0 && code <= 0xFF));
+    if (length > 0 && control != kUpperControls.end()) {
       bytes.push_back(static_cast<char>(0x80 + (control - kUpperControls.begin())));
-    } else if (code < 0x80 || (code >= 0xA0 && code <= 0xFF)) {
-      bytes.push_back(static_cast<char>(code));
     } else {
-      bytes.push_back('?');
+      bytes.push_back(same_byte ? static_cast<char>(code) : '?');
     }
   }
   return bytes;

@@ -16,7 +16,7 @@ namespace {
 constexpr std::uint32_t kLongCount = 0xFFFF;  // announces a 32-bit count
 constexpr std::uint32_t kLongText = 0xFF;     // announces a longer length
 constexpr std::uint32_t kLongestText16 = 0xFFFE;
-constexpr std::size_t kChunk = 16 * 1024;  // values or bytes
+constexpr std::size_t kChunk = std::size_t{16} * 1024;  // values or bytes
 
 std::uint32_t LittleEndian(std::uint32_t value) {
   if constexpr (std::endian::native == std::endian::little) return value;

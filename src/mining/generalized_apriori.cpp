@@ -103,7 +103,7 @@ Level GeneralizedApriori::PairLevel(const Level& singles, Progress& progress) {
 }
 
 void GeneralizedApriori::Run(Progress& progress) {
-  std::ofstream("frequentItemset2.dat", std::ios::app);  // made when it is missing, never written to
+  std::ofstream("frequentItemset2.dat", std::ios::app).close();  // made when missing, never written to
   progress.SetRange(0, 100);
   progress.SetPosition(0);
   registry_ = ReadItems(source_, table_, item_names_, taxonomy_, generalize_, progress);

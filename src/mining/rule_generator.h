@@ -33,8 +33,8 @@ class RuleGenerator {
     std::uint32_t itemset_count = 0;  // records in the file
     // Bytes for a file that is held in memory whole; and, for a larger one, for the counts that one scan
     // looks up. Less costs time.
-    std::size_t file_budget = 512 * 1024 * 1024;
-    std::size_t scan_budget = 64 * 1024 * 1024;
+    std::size_t file_budget = std::size_t{512} << 20;
+    std::size_t scan_budget = std::size_t{64} << 20;
     long most_rules = kMostRules;  // what the target table holds; the first ones are stored
   };
 

@@ -83,6 +83,7 @@ SourceRows BuildRows(const TaxonomyFile& file) {
 void WriteSource(Database& database, const SourceRows& source, Progress& progress) {
   const std::vector<Field> node_fields = TaxonomyStore::NodeFields();
   std::vector<std::string> names;
+  names.reserve(node_fields.size() + static_cast<std::size_t>(source.son_columns()));
   for (const Field& field : node_fields) names.push_back(field.name);
   for (int i = 1; i <= source.son_columns(); ++i) names.push_back(TaxonomyStore::SonField(i).name);
   std::map<std::size_t, BulkInsert> inserts;  // by number of fields
