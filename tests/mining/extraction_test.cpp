@@ -83,14 +83,6 @@ TEST_F(ExtractionTest, SaysWhereThereIsNothingToStore) {
   };
   EXPECT_EQ(Extract(progress_).end, ExtractionEnd::kOnlySingleItems);
   EXPECT_EQ(FileNames("state"), Texts{"ItemSets.lock"});
-  hooks_.choose_output = [this] { return output_; };
-  request_ = {"T", 0.25F, 1.0F, false};
-  MakeForeignDatabase("t2.mdb", R"(CREATE TABLE T("Index", Asthma, Steroid, Smoking);
-      INSERT INTO T VALUES (1,1,1,0),(2,1,0,0),(3,0,1,1),(4,0,0,1);)");
-  std::filesystem::rename("t2.mdb", "terms.mdb");
-  EXPECT_EQ(Extract(progress_).end, ExtractionEnd::kNoRules);
-  EXPECT_TRUE(Rows("Run.mdb", "SELECT * FROM Extracted").empty());
-  EXPECT_EQ(ReadRulesInfo("Run.mdb").texts[3], "1");
 }
 
 TEST_F(ExtractionTest, RestoresPrunedTerms) {

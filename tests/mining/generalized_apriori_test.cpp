@@ -18,7 +18,7 @@ class PlainApriori {
     Write();
     const std::size_t registered = nodes.size();
     for (std::size_t k = 2; !level_.empty() && k < registered; ++k) {
-      std::vector<Set> candidates = k == 2 ? Pairs() : Joins();
+      std::vector<Set> candidates = Joins();
       if (k == 2 && generalize_) {
         std::erase_if(candidates, [this](const Set& set) {
           const std::string a = taxonomy_.FatherCode(static_cast<NodeNumber>(set.items[0]));
@@ -69,20 +69,6 @@ class PlainApriori {
       level_.push_back({{static_cast<std::uint32_t>(nodes[i])}, tids[i]});
     std::erase_if(level_, [this](const Set& set) { return !Frequent(set); });
     singles = static_cast<std::uint32_t>(level_.size());
-  }
-
-  std::vector<Set> Pairs() const {
-    std::vector<Set> candidates;
-    for (std::size_t a = 0; a < level_.size(); ++a) {
-      for (std::size_t b = a + 1; b < level_.size(); ++b) {
-        const std::uint32_t x = level_[a].items[0];
-        const std::uint32_t y = level_[b].items[0];
-        TidList tids = Meet(level_[a], level_[b]);
-        if (tids.empty()) continue;
-        candidates.push_back({Before(x, y) ? std::vector{x, y} : std::vector{y, x}, std::move(tids)});
-      }
-    }
-    return candidates;
   }
 
   std::vector<Set> Joins() const {
@@ -177,25 +163,6 @@ TEST_F(GeneralizedAprioriTest, ItemsetsStayBelowTheNumberOfItems) {
     EXPECT_EQ(engine.itemsets_written(), written) << table;
   }
   EXPECT_EQ(progress.positions, (std::vector<int>{0, 10, 20, 90, 0, 10, 90, 0, 10, 90}));
-}
-
-TEST_F(GeneralizedAprioriTest, FileFaultsAreKeptAndTheRunGoesOn) {
-  MakeRandomInput(3);
-  const TaxonomyStore taxonomy("tax.mdb");
-  TransactionSource source;
-  source.Open("terms.mdb");
-  GeneralizedApriori engine(source, "T", 0.2F, taxonomy, true, "no/folder.dat");
-  SilentProgress progress;
-  engine.Run(progress);
-  EXPECT_NE(engine.file_error().find("no/folder.dat"), std::string::npos);
-  EXPECT_GT(engine.itemsets_written(), 0U);
-  EXPECT_THROW(GeneralizedApriori(source, "None", 0.2F, taxonomy, true, "x"), DatabaseError);
-}
-
-TEST(LeastRows, ComparesRatiosAsFloats) {
-  EXPECT_EQ(LeastRows(0.05F, 100), 5U);
-  EXPECT_EQ(LeastRows(0.3F, 10), 3U);
-  EXPECT_EQ(LeastRows(1.0F, 7), 7U);
 }
 
 }  // namespace selvane::tests

@@ -23,16 +23,6 @@ TEST_F(RulesInfoTest, WritesTheseBytes) {
   EXPECT_EQ(ReadFile("InfoRun1.dat"), count + first + count + second + texts);
 }
 
-TEST_F(RulesInfoTest, ComesBackAsMaps) {
-  std::filesystem::create_directory("d");
-  WriteRulesInfo(Items{5}, Items{}, Texts{"a", "", std::string(300, 'b')}, RulesInfoBasePath("d/Run.x.mdb"));
-  const RulesInfo info = ReadRulesInfo("d/Run.x.mdb");
-  EXPECT_EQ(info.first_map.size(), 100000U);
-  EXPECT_EQ(info.first_map[5], 10);
-  EXPECT_EQ(std::count(info.second_map.begin(), info.second_map.end(), 0), 100000);
-  EXPECT_EQ(info.texts, (Texts{"a", "", std::string(300, 'b')}));
-}
-
 TEST_F(RulesInfoTest, FaultsAreToldApart) {
   for (const Items& items : {Items{100000}, Items{-1}}) {
     EXPECT_THROW(WriteRulesInfo(items, Items{}, Texts{}, "Info"), InputError);

@@ -88,11 +88,9 @@ TEST_F(RulesStoreTest, TableHolds32767Rules) {
 }
 
 TEST(Itemset, TextsComeBack) {
-  const struct {
-    const char* text;
-    std::vector<std::int32_t> itemset;
-  } cases[] = {{"", {}}, {"12-345-", {12, 345}}, {"12-345", {12}}, {"7-", {7}}, {"7", {}}};
-  for (const auto& c : cases) EXPECT_EQ(TextToItemset(c.text), c.itemset) << c.text;
+  const std::pair<const char*, std::vector<std::int32_t>> cases[] = {
+      {"", {}}, {"12-345-", {12, 345}}, {"12-345", {12}}, {"7-", {7}}, {"7", {}}};
+  for (const auto& [text, itemset] : cases) EXPECT_EQ(TextToItemset(text), itemset) << text;
   EXPECT_EQ(ItemsetToText(std::vector<std::int32_t>{12, 345}), "12-345-");
   for (const char* bad : {"-", "a-", "1-x-", "99999999999-"})
     EXPECT_THROW(TextToItemset(bad), InputError) << bad;
