@@ -37,17 +37,6 @@ TEST_F(RulesStoreTest, StoresRulesUnderTheirNumbers) {
   store.LoadRule(3, rule);
   EXPECT_TRUE(rule.antecedent.empty() && rule.consequent.empty());
   EXPECT_EQ(rule.pc, 0.3F);  // the figures stay
-
-  // A filter writes a second table, numbered anew, while the first stays the source.
-  store.CreateRulesTable("Filtered_15_11_08_23_20");
-  EXPECT_TRUE(store.target_created());
-  store.SetTargetTable("Filtered_15_11_08_23_20");
-  store.InsertRule(tiny);
-  EXPECT_EQ(store.ListRulesTables(), (Texts{"Extracted", "Filtered_15_11_08_23_20"}));
-  EXPECT_EQ(Rows(store.database(), "SELECT INDEX FROM Filtered_15_11_08_23_20"), Texts{"1"});
-  EXPECT_THROW(store.CreateRulesTable("Filtered_15_11_08_23_20"), DatabaseError);
-  store.OpenRulesTable("Filtered_15_11_08_23_20");
-  EXPECT_TRUE(store.target_table().empty() || !store.target_created());
 }
 
 TEST_F(RulesStoreTest, LoadsTheFirstOfEqualNumbersAsAWhereWould) {
