@@ -19,9 +19,7 @@ class ExtractionTest : public FolderTest {
     LoadText(kTaxonomy, "tax.mdb");
     MakeForeignDatabase("terms.mdb", R"(
         CREATE TABLE T("Index" SMALLINT, Asthma SMALLINT, Steroid SMALLINT, Smoking SMALLINT);
-        INSERT INTO T VALUES (1,1,1,0),(2,1,1,0),(3,1,0,1),(4,0,1,0);
-        CREATE TABLE single("Index" SMALLINT, Asthma SMALLINT, Smoking SMALLINT);
-        INSERT INTO single VALUES (1,1,0),(2,0,1);)");
+        INSERT INTO T VALUES (1,1,1,0),(2,1,1,0),(3,1,0,1),(4,0,1,0);)");
     hooks_.choose_output = [this] { return output_; };
     std::filesystem::remove("load.xml");
   }
@@ -72,17 +70,6 @@ TEST_F(ExtractionTest, StoresRulesAndTellsOfTheRun) {
   EXPECT_EQ(ReadRulesInfo("Run.mdb").texts.size(), 4U);
   EXPECT_EQ(Rows("Run.mdb", "SELECT INDEX,ANTECEDENT,CONSEQUENT FROM Extracted"),
             (Texts{"1|5-|3-", "2|3-|5-"}));
-}
-
-TEST_F(ExtractionTest, SaysWhereThereIsNothingToStore) {
-  request_.table = "single";
-  request_.generalize = false;
-  hooks_.choose_output = [] {
-    ADD_FAILURE() << "no output is needed";
-    return RulesOutput{};
-  };
-  EXPECT_EQ(Extract(progress_).end, ExtractionEnd::kOnlySingleItems);
-  EXPECT_EQ(FileNames("state"), Texts{"ItemSets.lock"});
 }
 
 TEST_F(ExtractionTest, RestoresPrunedTerms) {
