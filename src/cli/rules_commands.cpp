@@ -163,7 +163,7 @@ void List(const fs::path& database, const CliContext& context) {
   }
   WriteOut(context, lines);
   if (!missing.empty()) {
-    fmt::print(context.err, "selvane-cli: how the rules were made is not known: {}\n", missing);
+    throw FileError("how the rules were made is not known: " + missing);
   }
 }
 

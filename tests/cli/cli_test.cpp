@@ -131,7 +131,7 @@ TEST_F(CliTest, FaultsHaveAMessageAndAStatusAndLoseNothing) {
       {"rules show terms.mdb --taxonomy tax.mdb", 1, "no rules table"},
       {"rules show rules.mdb --taxonomy rules.mdb", 1, "open elsewhere"},
       {"rules show rules.mdb --taxonomy tax.mdb --format xml", 2, "xml"},
-      {"rules list copy.mdb", 0, "Infocopy.dat: cannot open"},
+      {"rules list copy.mdb", 1, "Infocopy.dat: cannot open"},
       {"nothing", 2, "required"},
       {"", 2, "required"},
   };
