@@ -32,8 +32,7 @@ void CheckWidth(std::string_view value, std::string_view what, std::string_view 
 
 void CheckLine(const TaxonomyLine& line, std::string_view name, long number) {
   CheckWidth(line.canonical, "canonical value", name, number);
-  const std::vector<std::string> codes = PositionCodes(line.tree);
-  const bool odd_letter = std::any_of(codes.begin(), codes.end(), [](const std::string& code) {
+  const bool odd_letter = std::any_of(line.codes.begin(), line.codes.end(), [](const std::string& code) {
     return static_cast<unsigned char>(code[0]) >= 0x80;
   });
   if (odd_letter || line.tree.find('\'') != std::string_view::npos) {
@@ -41,8 +40,7 @@ void CheckLine(const TaxonomyLine& line, std::string_view name, long number) {
         "{}: line {}: the tree value holds an apostrophe or an odd letter; correct it and load again", name,
         number));
   }
-  if (line.tree.size() < kTextWidth) return;  // a code is one longer than it stands in the file
-  for (const std::string& code : codes) CheckWidth(code, "position code", name, number);
+  for (const std::string& code : line.codes) CheckWidth(code, "position code", name, number);
 }
 
 void AddDistinct(std::vector<std::string>& list, std::string_view value) {
@@ -90,10 +88,11 @@ void ParseTaxonomyText(std::string text, std::string_view name, TaxonomyFile& fi
                       "value in double quotes; correct the line and load again",
                       name, number));
     }
+    node.codes = PositionCodes(node.tree);
     CheckLine(node, name, number);
     AddDistinct(file.types, node.type);
     AddDistinct(file.categories, node.tree.substr(0, 1));
-    file.lines.push_back(node);
+    file.lines.push_back(std::move(node));
   }
   if (!file.types.empty()) file.types.pop_back();
   if (!file.categories.empty()) file.categories.pop_back();

@@ -14,7 +14,8 @@ namespace selvane {
 struct TaxonomyLine {
   std::string_view canonical;  // its single quotes still stand
   std::string_view type;
-  std::string_view tree;  // one position code or several, separated by ";"
+  std::string_view tree;           // one position code or several, separated by ";"
+  std::vector<std::string> codes;  // the position codes of `tree`, see PositionCodes
 };
 
 struct TaxonomyFile {

@@ -75,7 +75,7 @@ SourceRows BuildRows(const TaxonomyFile& file) {
   SourceRows rows;
   for (const TaxonomyLine& line : file.lines) {
     const std::string canonical = WithoutQuotes(line.canonical);
-    for (const std::string& code : PositionCodes(line.tree)) rows.Add(code, canonical);
+    for (const std::string& code : line.codes) rows.Add(code, canonical);
   }
   return rows;
 }

@@ -8,17 +8,16 @@ namespace selvane {
 
 namespace {
 
-std::optional<std::string> CodeOf(Database& database, NodeNumber node) {
-  const Recordset rows =
-      database.OpenRecordset(fmt::format("select FatherId from Taxonomy where Index='{}'", node));
-  if (rows.AtEnd()) return std::nullopt;
-  return std::string(rows.Text(0));
+// The row of a node; at its end when the node is not there (any more).
+Recordset FindNode(Database& database, NodeNumber node) {
+  return database.OpenRecordset(
+      fmt::format("select FatherId,Canonical from Taxonomy where Index='{}'", node));
 }
 
 void PruneUpward(Database& database, NodeNumber node) {
-  const std::optional<std::string> code = CodeOf(database, node);
-  if (!code) return;
-  database.Execute(fmt::format("DELETE * FROM Taxonomy WHERE instr('{}', FatherId) > 0", *code));
+  const Recordset row = FindNode(database, node);
+  if (row.AtEnd()) return;
+  database.Execute(fmt::format("DELETE * FROM Taxonomy WHERE instr('{}', FatherId) > 0", row.Text(0)));
   database.Execute(fmt::format("DELETE * FROM Taxonomy WHERE Index='{}'", node));
 }
 
@@ -35,12 +34,11 @@ void ForgetSon(Database& database, const std::string& code, const std::string& c
 }
 
 void PruneDownward(Database& database, NodeNumber node) {
-  const std::optional<std::string> code = CodeOf(database, node);
-  if (!code) return;
-  const Recordset named =
-      database.OpenRecordset(fmt::format("select FatherId,Canonical from Taxonomy where Index='{}'", node));
-  ForgetSon(database, *code, std::string(named.Text(1)));
-  database.Execute(fmt::format("DELETE * FROM Taxonomy WHERE instr(FatherId, '{}') > 0", *code));
+  const Recordset row = FindNode(database, node);
+  if (row.AtEnd()) return;
+  const std::string code(row.Text(0));
+  ForgetSon(database, code, std::string(row.Text(1)));
+  database.Execute(fmt::format("DELETE * FROM Taxonomy WHERE instr(FatherId, '{}') > 0", code));
 }
 
 }  // namespace

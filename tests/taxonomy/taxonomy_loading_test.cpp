@@ -67,7 +67,7 @@ void LoadPlainly(const std::string& lines, const std::string& path) {
   TaxonomyStore store(path);
   PlainLoader loader(store.database());
   for (const TaxonomyLine& line : file.lines) {
-    for (const std::string& code : PositionCodes(line.tree)) loader.Add(code, WithoutQuotes(line.canonical));
+    for (const std::string& code : line.codes) loader.Add(code, WithoutQuotes(line.canonical));
   }
   const std::vector<Field> fields = store.database().Fields("Source");
   for (std::size_t i = 3; i < fields.size(); ++i) store.database().AddField("Taxonomy", fields[i]);
