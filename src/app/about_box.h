@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QDialog>
+
+namespace selvane {
+
+class AboutBox final : public QDialog {
+ public:
+  explicit AboutBox(QWidget* parent);
+};
+
+}  // namespace selvane

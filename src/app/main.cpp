@@ -1,0 +1,48 @@
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QLocale>
+#include <QSettings>
+#include <clocale>
+
+#include "app/application.h"
+#include "app/main_window.h"
+#include "ui/qt_dialogs.h"
+#include "version.h"
+
+namespace {
+
+QString FolderArgument(const QApplication& app) {
+  QCommandLineParser parser;
+  parser.setApplicationDescription("Workbench for mining association rules from biomedical abstracts.");
+  parser.addHelpOption();
+  parser.addVersionOption();
+  parser.addPositionalArgument("folder", "Where file dialogs start; by default where they were last.",
+                               "[folder]");
+  parser.process(app);
+  const QStringList folders = parser.positionalArguments();
+  return folders.isEmpty() ? QString() : QDir(folders.front()).absolutePath();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const QApplication app(argc, argv);
+  QCoreApplication::setApplicationName("selvane");
+  QCoreApplication::setOrganizationName("selvane");
+  QCoreApplication::setApplicationVersion(SELVANE_VERSION);
+  QGuiApplication::setApplicationDisplayName("Kovril");
+  QGuiApplication::setDesktopFileName("selvane");
+  const QString decimal_point = QLocale::system().decimalPoint();
+  std::setlocale(LC_NUMERIC, "C");  // the core writes and reads numbers of its own
+
+  QSettings settings;
+  selvane::QtDialogs dialogs(settings, FolderArgument(app));
+  selvane::Application application(dialogs, &QCoreApplication::exit);
+  const selvane::SystemClock clock;
+  const selvane::WindowContext context{dialogs, application, clock, settings,
+                                       decimal_point == "," ? ',' : '.'};
+  selvane::MainWindow window(context);
+  window.show();
+  return QApplication::exec();
+}

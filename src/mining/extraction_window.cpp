@@ -1,0 +1,266 @@
+#include "mining/extraction_window.h"
+
+#include <QCheckBox>
+#include <QFocusEvent>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "base/file.h"
+#include "base/text.h"
+#include "mining/itemset_file.h"
+#include "ui/line_buffer.h"
+#include "ui/qt_text.h"
+#include "ui/text_tree.h"
+
+namespace selvane {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr float kDefaultSupport = 0.05F;
+constexpr float kDefaultConfidence = 0.5F;
+const char* const kCaption = "Extracting Rules";
+const char* const kShortCaption = "Extracting";
+
+bool IsFraction(float value) {
+  return value > 0 && value <= 1;
+}
+
+QGroupBox* Framed(const QString& caption, QWidget* widget) {
+  auto* const group = new QGroupBox(caption);
+  auto* const layout = new QVBoxLayout(group);
+  layout->addWidget(widget);
+  if (widget->accessibleName().isEmpty()) widget->setAccessibleName(caption);
+  return group;
+}
+
+}  // namespace
+
+ExtractionWindow::ExtractionWindow(const WindowContext& context, QWidget* parent)
+    : ToolWindow(context, parent, "extraction", "Kovril: Extracting Rules") {
+  auto* const grid = new QGridLayout;
+  grid->addWidget(InputGroup(), 0, 0, 1, 3);
+  grid->addWidget(ThresholdGroup("Minimun Support", support_edit_), 1, 0);
+  grid->addWidget(ThresholdGroup("Minimun Confidence", confidence_edit_), 1, 1);
+  grid->addWidget(GeneralizingGroup(), 1, 2);
+  grid->addWidget(RulesGroup(), 2, 0, 1, 3);
+  grid->setRowStretch(0, 1);
+  grid->setRowStretch(2, 2);
+  content().addLayout(grid);
+  AddButtons();
+  WriteFields();
+}
+
+QGroupBox* ExtractionWindow::InputGroup() {
+  tables_ = new QListWidget;
+  fields_ = new QListWidget;
+  tables_->setObjectName("tables");
+  fields_->setObjectName("fields");
+  for (QListWidget* const list : {tables_, fields_}) list->setUniformItemSizes(true);
+  auto* const group = new QGroupBox("Input data :");
+  auto* const layout = new QHBoxLayout(group);
+  layout->addWidget(Framed("Tables in Database", tables_));
+  layout->addWidget(Framed("Fields in database table", fields_));
+  connect(tables_, &QListWidget::itemSelectionChanged, this, [this] { RunLater([this] { SelectTable(); }); });
+  return group;
+}
+
+QGroupBox* ExtractionWindow::ThresholdGroup(const QString& caption, QLineEdit*& edit) {
+  edit = new QLineEdit;
+  edit->setObjectName(caption);
+  edit->installEventFilter(this);
+  return Framed(caption, edit);
+}
+
+QGroupBox* ExtractionWindow::GeneralizingGroup() {
+  generalize_box_ = new QCheckBox("Generalizing Rules");
+  connect(generalize_box_, &QCheckBox::clicked, this, [this] { Run([this] { ReadFields(); }); });
+  return Framed({}, generalize_box_);
+}
+
+QGroupBox* ExtractionWindow::RulesGroup() {
+  rules_ = new TextTree("Extracted Rules");
+  rules_->setRootIsDecorated(false);
+  rules_->setSelectionMode(QAbstractItemView::ExtendedSelection);
+  return Framed(rules_->accessibleName(), rules_);
+}
+
+void ExtractionWindow::AddButtons() {
+  open_ = AddButton("&Open Database", [this] { OpenDatabase(); });
+  extract_ = AddButton("&Extract with APRIORI", [this] { Extract(); });
+  extract_->setEnabled(false);
+  AddButton("Extraxt with ORNEX", [this] { ExtractWithOrnex(); });
+  AddCloseButton();
+}
+
+void ExtractionWindow::OpenDatabase() {
+  const fs::path path =
+      context().dialogs.OpenFile(this, FileKind::kTermDatabase, "Opening target database : ");
+  if (path.empty()) {
+    ShowMessage(MessageIcon::kError, kCaption, "Select a valid Data Source");
+    return;
+  }
+  WriteFields();
+  source_.Open(path);
+  std::vector<std::string> names;
+  source_.ListTables(names);
+  open_->setEnabled(false);
+  tables_->clear();
+  for (const std::string& name : names) tables_->addItem(ToQt(name));
+}
+
+void ExtractionWindow::SelectTable() {
+  fields_->clear();
+  const QList<QListWidgetItem*> selected = tables_->selectedItems();
+  if (selected.isEmpty()) return;
+  try {
+    table_ = FromQt(selected.front()->text());
+    std::vector<std::string> names;
+    source_.ListItemFields(table_, names);
+    for (const std::string& name : names) fields_->addItem(ToQt(name));
+    OpenTaxonomy(
+        context().dialogs.OpenFile(this, FileKind::kTaxonomyDatabase, "Selecting taxonomies database : "));
+  } catch (...) {
+    // So that a click on the same table asks again.
+    tables_->clearSelection();
+    tables_->setCurrentItem(nullptr);
+    throw;
+  }
+  extract_->setEnabled(true);
+  WriteFields();
+}
+
+void ExtractionWindow::OpenTaxonomy(const fs::path& path) {
+  // One that is held from an earlier choice could not be opened a second time.
+  const auto held = std::find_if(taxonomies_.begin(), taxonomies_.end(), [&path](const auto& store) {
+    return IsSameFile(store->database().path(), path);
+  });
+  if (held == taxonomies_.end()) {
+    taxonomies_.push_back(std::make_unique<TaxonomyStore>(path));
+    taxonomy_ = taxonomies_.back().get();
+  } else {
+    taxonomy_ = held->get();
+  }
+}
+
+float ExtractionWindow::NumberIn(QLineEdit& edit, float old_value) {
+  const std::optional<double> number = NumberOf(FromQt(edit.text()));
+  if (number) return static_cast<float>(*number);
+  const QString text = edit.text();
+  edit.setText(ToQt(SingleText(old_value, context().decimal_sign)));
+  RunLater([this, text] {
+    ShowMessage(MessageIcon::kError, kCaption,
+                QString("\"%1\" is not a number. Enter one such as 0.05; the value before stays until then.")
+                    .arg(text));
+  });
+  return old_value;
+}
+
+void ExtractionWindow::ReadFields() {
+  min_support_ = NumberIn(*support_edit_, min_support_);
+  min_confidence_ = NumberIn(*confidence_edit_, min_confidence_);
+  generalize_ = generalize_box_->isChecked();
+}
+
+void ExtractionWindow::WriteFields() {
+  support_edit_->setText(ToQt(SingleText(min_support_, context().decimal_sign)));
+  confidence_edit_->setText(ToQt(SingleText(min_confidence_, context().decimal_sign)));
+  generalize_box_->setChecked(generalize_);
+}
+
+void ExtractionWindow::CheckThresholds() {
+  // One text for both fields, and neither field shows its new value before the next extraction.
+  const auto report = [this](const char* caption) {
+    RunLater([this, caption] {
+      ShowMessage(MessageIcon::kError, caption,
+                  "Minimun Confidence has a Invalid value \n It'll take in default value");
+    });
+  };
+  ReadFields();
+  if (!IsFraction(min_confidence_)) {
+    report(kCaption);
+    min_confidence_ = kDefaultConfidence;
+  }
+  if (!IsFraction(min_support_)) {
+    report(kShortCaption);
+    min_support_ = kDefaultSupport;
+  }
+}
+
+bool ExtractionWindow::eventFilter(QObject* object, QEvent* event) {
+  if (event->type() == QEvent::FocusOut && (object == support_edit_ || object == confidence_edit_)) {
+    const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
+    // A message box or another program takes the focus for a while only.
+    if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) CheckThresholds();
+  }
+  return ToolWindow::eventFilter(object, event);
+}
+
+void ExtractionWindow::Extract() {
+  if (tables_->selectedItems().isEmpty()) {
+    ShowMessage(MessageIcon::kWarning, kShortCaption, "No table selected");
+    return;
+  }
+  ItemsetFileHold hold(ItemsetFileHold::DefaultFolder());
+  WriteFields();
+  LineBuffer lines(*rules_);
+  ExtractionRequest request{table_, min_support_, min_confidence_, generalize_, context().decimal_sign};
+  ExtractionHooks hooks;
+  hooks.choose_output = [this] {
+    return RulesOutput{context().dialogs.SaveFile(this, FileKind::kRulesDatabase,
+                                                  "Saving extracted rules :", OverwriteQuestion::kAsked),
+                       ExistingFile::kReplace};
+  };
+  hooks.rule_line = [&lines](std::string_view line) { lines.Add(ToQt(line)); };
+  hooks.will_not_fit = [this](const RuleTally& tally) { WarnOfTooMany(tally); };
+  ShowEnd(ExtractRules(source_, *taxonomy_, hold, request, hooks, progress()));
+}
+
+void ExtractionWindow::ExtractWithOrnex() {
+  ShowMessage(MessageIcon::kInformation, kCaption,
+              "The extraction with ORNEX is not available yet. Extract with APRIORI instead.");
+}
+
+void ExtractionWindow::WarnOfTooMany(const RuleTally& tally) {
+  QStringList fitting;
+  if (const auto confidence = tally.FittingConfidence(kMostRules)) {
+    fitting.append(QString("a minimum confidence of %1").arg(*confidence));
+  }
+  if (const auto support = tally.FittingSupport(kMostRules)) {
+    fitting.append(QString("a minimum support of %1").arg(*support));
+  }
+  ShowMessage(MessageIcon::kInformation, kCaption,
+              QString("There are %1 rules and a table holds %2: the first %2 will be stored. %3")
+                  .arg(tally.total())
+                  .arg(kMostRules)
+                  .arg(fitting.isEmpty() ? "No higher threshold would make them fit; choose fewer terms."
+                                         : "All would have fitted with " + fitting.join(" or ") + '.'));
+}
+
+void ExtractionWindow::ShowEnd(const ExtractionReport& report) {
+  if (report.end == ExtractionEnd::kOnlySingleItems) {
+    ShowMessage(MessageIcon::kInformation, kCaption, "No extractable rules",
+                report.items == 0
+                    ? "No row holds a term that the taxonomy knows. Do the table and the taxonomy belong "
+                      "together?"
+                    : "No two items are frequent together, so no database was made. Try a lower support.");
+  } else if (report.end == ExtractionEnd::kNoRules) {
+    ShowMessage(MessageIcon::kInformation, kCaption, "No extracted rules",
+                "None reaches the minimum confidence. Try a lower one.");
+  }
+  if (report.restored.empty()) return;
+  QStringList entries;
+  for (const std::string& entry : report.restored) entries.append(ToQt(entry));
+  ShowMessage(MessageIcon::kInformation, kCaption,
+              QString("Terms of the table had been pruned from the taxonomy, and were brought back with all "
+                      "that is below them: %1")
+                  .arg(entries.join(", ")));
+}
+
+}  // namespace selvane

@@ -1,0 +1,72 @@
+// The window that mines association rules from a term table.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "data/transaction_source.h"
+#include "mining/extraction.h"
+#include "taxonomy/taxonomy_store.h"
+#include "ui/tool_window.h"
+
+class QCheckBox;
+class QGroupBox;
+class QLineEdit;
+class QListWidget;
+
+namespace selvane {
+
+class TextTree;
+
+// From no database over an open one to a chosen table: "Open Database" is enabled in the first state only,
+// the extraction in the last. One window opens one term database in its life.
+class ExtractionWindow final : public ToolWindow {
+ public:
+  explicit ExtractionWindow(const WindowContext& context, QWidget* parent = nullptr);
+
+ protected:
+  // Checks the thresholds when one of their fields loses the focus.
+  bool eventFilter(QObject* object, QEvent* event) override;
+
+ private:
+  QGroupBox* InputGroup();
+  QGroupBox* ThresholdGroup(const QString& caption, QLineEdit*& edit);
+  QGroupBox* GeneralizingGroup();
+  QGroupBox* RulesGroup();
+  void AddButtons();
+
+  void OpenDatabase();
+  void SelectTable();
+  void OpenTaxonomy(const std::filesystem::path& path);
+  void CheckThresholds();
+  void Extract();
+  void ExtractWithOrnex();
+
+  void ReadFields();
+  void WriteFields();
+  // The number of a field, or its old value when the text is none.
+  float NumberIn(QLineEdit& edit, float old_value);
+  void WarnOfTooMany(const RuleTally& tally);
+  void ShowEnd(const ExtractionReport& report);
+
+  QListWidget* tables_;
+  QListWidget* fields_;
+  QLineEdit* support_edit_;
+  QLineEdit* confidence_edit_;
+  QCheckBox* generalize_box_;
+  TextTree* rules_;
+  QPushButton* open_;
+  QPushButton* extract_;
+
+  float min_support_ = 0.05F;
+  float min_confidence_ = 0.5F;
+  bool generalize_ = true;
+  TransactionSource source_;
+  // Each taxonomy that was chosen stays open as long as the window.
+  std::vector<std::unique_ptr<TaxonomyStore>> taxonomies_;
+  TaxonomyStore* taxonomy_ = nullptr;
+  std::string table_;
+};
+
+}  // namespace selvane

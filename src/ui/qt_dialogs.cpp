@@ -1,0 +1,100 @@
+#include "ui/qt_dialogs.h"
+
+#include <QFileDialog>
+#include <QMessageBox>
+
+#include "ui/qt_text.h"
+
+namespace selvane {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct KindTraits {
+  QString name;  // under which the last folder is kept
+  QString filter;
+  QString suffix;  // of a new file whose name is typed without one
+};
+
+KindTraits TraitsOf(FileKind kind) {
+  switch (kind) {
+    case FileKind::kTaxonomyFile:
+      return {"taxonomy_file", "Taxonomy files (*.xml *.XML)", "xml"};
+    case FileKind::kTaxonomyDatabase:  // taxDB: the name used when none was chosen
+      return {"taxonomy_database", "Taxonomy databases (*.mdb *.MDB taxDB)", "mdb"};
+    case FileKind::kQueryFiles:
+      return {"query_files", "Tagged abstracts (*.txt *.TXT)", "txt"};
+    case FileKind::kTermDatabase:
+      return {"term_database", "Term databases (*.mdb *.MDB)", "mdb"};
+    case FileKind::kRulesDatabase:
+      return {"rules_database", "Rules databases (*.mdb *.MDB)", "mdb"};
+  }
+  return {};
+}
+
+QMessageBox::Icon IconOf(MessageIcon icon) {
+  switch (icon) {
+    case MessageIcon::kInformation:
+      return QMessageBox::Information;
+    case MessageIcon::kWarning:
+      return QMessageBox::Warning;
+    case MessageIcon::kError:
+      return QMessageBox::Critical;
+  }
+  return QMessageBox::NoIcon;
+}
+
+}  // namespace
+
+QtDialogs::QtDialogs(QSettings& settings, QString start_folder)
+    : settings_(settings), start_folder_(std::move(start_folder)) {}
+
+QStringList QtDialogs::Ask(QFileDialog& dialog, FileKind kind) {
+  const KindTraits traits = TraitsOf(kind);
+  const QString key = "folders/" + traits.name;
+  QString folder = settings_.value(key).toString();
+  if (!start_folder_.isEmpty() && !kinds_used_.contains(traits.name)) folder = start_folder_;
+  if (!folder.isEmpty() && QFileInfo(folder).isDir()) dialog.setDirectory(folder);
+  dialog.setNameFilters({traits.filter, "All files (*)"});
+  dialog.setDefaultSuffix(traits.suffix);
+  if (dialog.exec() != QDialog::Accepted) return {};
+  settings_.setValue(key, dialog.directory().absolutePath());
+  kinds_used_.append(traits.name);
+  return dialog.selectedFiles();
+}
+
+fs::path QtDialogs::OpenFile(QWidget* parent, FileKind kind, const QString& title) {
+  QFileDialog dialog(parent, title);
+  dialog.setFileMode(QFileDialog::ExistingFile);
+  const QStringList chosen = Ask(dialog, kind);
+  return chosen.isEmpty() ? fs::path() : PathFromQt(chosen.front());
+}
+
+std::vector<fs::path> QtDialogs::OpenFiles(QWidget* parent, FileKind kind, const QString& title) {
+  QFileDialog dialog(parent, title);
+  dialog.setFileMode(QFileDialog::ExistingFiles);
+  std::vector<fs::path> files;
+  for (const QString& name : Ask(dialog, kind)) files.push_back(PathFromQt(name));
+  return files;
+}
+
+fs::path QtDialogs::SaveFile(QWidget* parent, FileKind kind, const QString& title,
+                             OverwriteQuestion question) {
+  QFileDialog dialog(parent, title);
+  dialog.setAcceptMode(QFileDialog::AcceptSave);
+  dialog.setFileMode(QFileDialog::AnyFile);
+  dialog.setOption(QFileDialog::DontConfirmOverwrite, question == OverwriteQuestion::kNotAsked);
+  const QStringList chosen = Ask(dialog, kind);
+  return chosen.isEmpty() ? fs::path() : PathFromQt(chosen.front());
+}
+
+void QtDialogs::Message(QWidget* parent, MessageIcon icon, const QString& title, const QString& text,
+                        const QString& details) {
+  QMessageBox box(IconOf(icon), title, text, QMessageBox::Ok, parent);
+  box.setTextFormat(Qt::PlainText);
+  box.setDetailedText(details);
+  box.exec();
+}
+
+}  // namespace selvane

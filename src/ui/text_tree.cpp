@@ -1,0 +1,56 @@
+#include "ui/text_tree.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QHeaderView>
+#include <QHelpEvent>
+#include <QKeyEvent>
+#include <QToolTip>
+#include <algorithm>
+
+namespace selvane {
+
+TextTree::TextTree(const QString& accessible_name, QWidget* parent) : QTreeWidget(parent) {
+  setAccessibleName(accessible_name);
+  setHeaderHidden(true);
+  setUniformRowHeights(true);
+  setTextElideMode(Qt::ElideRight);
+  setTabKeyNavigation(false);
+  header()->setStretchLastSection(true);
+}
+
+bool TextTree::viewportEvent(QEvent* event) {
+  if (event->type() == QEvent::ToolTip) {
+    auto* const help = static_cast<QHelpEvent*>(event);
+    const QTreeWidgetItem* const item = itemAt(help->pos());
+    QToolTip::showText(help->globalPos(), item == nullptr ? QString() : ToolTipOf(*item), this);
+    return true;
+  }
+  return QTreeWidget::viewportEvent(event);
+}
+
+QString TextTree::ToolTipOf(const QTreeWidgetItem& item) const {
+  const QString more = item.toolTip(0);
+  if (!more.isEmpty()) return item.text(0) + '\n' + more;
+  const bool is_cut = sizeHintForIndex(indexFromItem(&item)).width() > visualItemRect(&item).width();
+  return is_cut ? item.text(0) : QString();
+}
+
+void TextTree::keyPressEvent(QKeyEvent* event) {
+  if (event->matches(QKeySequence::Copy)) {
+    CopySelected();
+  } else {
+    QTreeWidget::keyPressEvent(event);
+  }
+}
+
+void TextTree::CopySelected() const {
+  // The selection is kept in the order of clicks, the lines are wanted in the order of the tree.
+  QModelIndexList rows = selectionModel()->selectedIndexes();
+  std::sort(rows.begin(), rows.end());
+  QStringList lines;
+  for (const QModelIndex& row : rows) lines.append(row.data().toString());
+  if (!lines.isEmpty()) QGuiApplication::clipboard()->setText(lines.join('\n'));
+}
+
+}  // namespace selvane

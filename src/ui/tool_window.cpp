@@ -1,0 +1,136 @@
+#include "ui/tool_window.h"
+
+#include <QApplication>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSettings>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include "base/error.h"
+#include "ui/input_lock.h"
+
+namespace selvane {
+
+namespace {
+
+constexpr int kRetryMilliseconds = 20;
+
+QString SizeKey(const QWidget& window) {
+  return "windows/" + window.objectName();
+}
+
+}  // namespace
+
+ToolWindow::ToolWindow(const WindowContext& context, QWidget* parent, const QString& name,
+                       const QString& title)
+    : QDialog(parent),
+      context_(context),
+      content_(new QVBoxLayout),
+      bar_(new QProgressBar),
+      status_(new QLabel),
+      buttons_(new QHBoxLayout),
+      progress_(*bar_, *status_) {
+  setObjectName(name);
+  setWindowTitle(title);
+  bar_->setAccessibleName("Progress");
+  status_->setObjectName("status");
+  status_->setTextFormat(Qt::PlainText);
+  status_->setAccessibleName("Status");
+  buttons_->addStretch();
+  auto* const layout = new QVBoxLayout(this);
+  layout->addLayout(content_, 1);
+  layout->addWidget(status_);
+  layout->addWidget(bar_);
+  layout->addLayout(buttons_);
+  restoreGeometry(context_.settings.value(SizeKey(*this)).toByteArray());
+}
+
+QPushButton* ToolWindow::AddButton(const QString& text, Command command) {
+  auto* const button = new QPushButton(text);
+  button->setAutoDefault(false);  // Return in an edit field is not a click
+  connect(button, &QPushButton::clicked, this, [this, button, command = std::move(command)] {
+    button->setFocus();  // a shortcut does not move it, and an edit field is read when it loses the focus
+    Run(command);
+  });
+  buttons_->addWidget(button);
+  return button;
+}
+
+QPushButton* ToolWindow::AddCloseButton() {
+  return AddButton("&Close", [this] { done(QDialog::Rejected); });
+}
+
+void ToolWindow::Run(const Command& command) {
+  if (working_) return;
+  while (!pending_.empty()) {
+    const Command earlier = std::move(pending_.front());
+    pending_.pop_front();
+    RunNow(earlier);
+  }
+  RunNow(command);
+}
+
+void ToolWindow::RunLater(Command command) {
+  pending_.push_back(std::move(command));
+  QTimer::singleShot(0, this, [this] { RunPending(); });
+}
+
+void ToolWindow::RunPending() {
+  if (pending_.empty()) return;
+  if (working_ || QApplication::mouseButtons() != Qt::NoButton) {
+    QTimer::singleShot(kRetryMilliseconds, this, [this] { RunPending(); });
+    return;
+  }
+  Run([] {});
+}
+
+void ToolWindow::RunNow(const Command& command) {
+  working_ = true;
+  std::exception_ptr failure;
+  progress_.ForgetStop();
+  try {
+    const InputLock lock(*this, [this] { progress_.Stop(); });
+    command();
+  } catch (const Interrupted&) {
+    progress_.Clear();
+    status_->setText("Stopped. Nothing half-made was left behind.");
+  } catch (...) {
+    failure = std::current_exception();
+    progress_.Clear();
+  }
+  if (failure) context_.failures.HandleFailure(this, failure);
+  working_ = false;
+}
+
+void ToolWindow::ShowMessage(MessageIcon icon, const QString& title, const QString& text,
+                             const QString& details) {
+  context_.dialogs.Message(this, icon, title, text, details);
+}
+
+void ToolWindow::done(int result) {
+  context_.settings.setValue(SizeKey(*this), saveGeometry());
+  QDialog::done(result);
+}
+
+void ToolWindow::reject() {
+  if (working_) {
+    progress_.Stop();
+  } else {
+    QDialog::reject();
+  }
+}
+
+void ToolWindow::keyPressEvent(QKeyEvent* event) {
+  const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+  if (!enter) {
+    QDialog::keyPressEvent(event);
+  } else if (auto* const button = qobject_cast<QPushButton*>(focusWidget())) {
+    button->click();
+  }
+}
+
+}  // namespace selvane

@@ -1,0 +1,150 @@
+#include "support/window_test.h"
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QTest>
+#include <cstdlib>
+
+#include "taxonomy/taxonomy_loading.h"
+#include "termdb/term_table.h"
+#include "ui/qt_text.h"
+
+namespace selvane::tests {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const char* NameOf(MessageIcon icon) {
+  switch (icon) {
+    case MessageIcon::kInformation:
+      return "information";
+    case MessageIcon::kWarning:
+      return "warning";
+    case MessageIcon::kError:
+      return "error";
+  }
+  return "";
+}
+
+bool Fits(const std::string& expected, const std::string& asked) {
+  return expected.ends_with('*') ? asked.starts_with(expected.substr(0, expected.size() - 1))
+                                 : asked == expected;
+}
+
+void AddLines(const QTreeWidgetItem& item, int level, std::string& text) {
+  text += std::string(static_cast<std::size_t>(2 * level), ' ') + FromQt(item.text(0)) + '\n';
+  for (int i = 0; i < item.childCount(); ++i) AddLines(*item.child(i), level + 1, text);
+}
+
+}  // namespace
+
+void ScriptedDialogs::Expect(std::string question, Paths answers, std::function<void()> meanwhile) {
+  steps_.push_back({std::move(question), std::move(answers), std::move(meanwhile)});
+}
+
+void ScriptedDialogs::ExpectDone() {
+  for (const Step& step : steps_) ADD_FAILURE() << "never asked: " << step.question;
+  steps_.clear();
+}
+
+ScriptedDialogs::Paths ScriptedDialogs::Answer(const std::string& question) {
+  if (steps_.empty() || !Fits(steps_.front().question, question)) {
+    ADD_FAILURE() << "asked: " << question
+                  << "\nexpected: " << (steps_.empty() ? "nothing" : steps_.front().question);
+    return {};
+  }
+  const Step step = std::move(steps_.front());
+  steps_.pop_front();
+  if (step.meanwhile) step.meanwhile();
+  return step.answers;
+}
+
+fs::path ScriptedDialogs::OpenFile(QWidget* /*parent*/, FileKind /*kind*/, const QString& title) {
+  const Paths paths = Answer("open: " + FromQt(title));
+  return paths.empty() ? fs::path() : paths.front();
+}
+
+ScriptedDialogs::Paths ScriptedDialogs::OpenFiles(QWidget* /*parent*/, FileKind /*kind*/,
+                                                  const QString& title) {
+  return Answer("open many: " + FromQt(title));
+}
+
+fs::path ScriptedDialogs::SaveFile(QWidget* /*parent*/, FileKind /*kind*/, const QString& title,
+                                   OverwriteQuestion question) {
+  const Paths paths =
+      Answer((question == OverwriteQuestion::kAsked ? "save, asking: " : "save: ") + FromQt(title));
+  return paths.empty() ? fs::path() : paths.front();
+}
+
+void ScriptedDialogs::Message(QWidget* /*parent*/, MessageIcon icon, const QString& title,
+                              const QString& text, const QString& /*details*/) {
+  Answer(NameOf(icon) + (": " + FromQt(title)) + ": " + FromQt(text));
+}
+
+WindowTest::WindowTest() {
+  ::setenv("XDG_STATE_HOME", (folder() / "state").c_str(), 1);
+}
+
+WindowTest::~WindowTest() {
+  for (const QWidget* window : QApplication::topLevelWidgets()) {
+    if (window->isVisible()) ADD_FAILURE() << "left open: " << FromQt(window->windowTitle());
+  }
+}
+
+void WindowTest::MakeTaxonomy(const fs::path& path) {
+  SilentProgress progress;
+  LoadTaxonomy(SELVANE_SOURCE_DIR "/samples/taxonomy.xml", path, ExistingFile::kRefuse, progress);
+}
+
+void WindowTest::MakeTerms(const fs::path& taxonomy, const fs::path& path) {
+  SilentProgress progress;
+  const std::vector<fs::path> samples = {SELVANE_SOURCE_DIR "/samples/abstracts"};
+  const TermCollection collection =
+      CollectTerms(TaxonomyStore(taxonomy), QueryFiles(samples), [](auto&&...) {}, progress);
+  WriteTermTable(collection, path, ExistingFile::kRefuse, clock, progress);
+}
+
+QPushButton& Button(const QWidget& window, const QString& text) {
+  for (QPushButton* const button : window.findChildren<QPushButton*>()) {
+    if (button->text() == text) return *button;
+  }
+  throw std::runtime_error("no button " + FromQt(text));
+}
+
+void Click(QWidget& widget, QPoint place) {
+  QTest::mouseClick(&widget, Qt::LeftButton, {}, place);
+  QCoreApplication::processEvents();
+}
+
+void ClickRow(QAbstractItemView& view, int row) {
+  const QModelIndex index = view.model()->index(row, 0);
+  view.scrollTo(index);
+  Click(*view.viewport(), view.visualRect(index).center());
+}
+
+std::string StatusOf(const QWidget& window) {
+  return FromQt(window.findChild<QLabel*>("status")->text());
+}
+
+std::string EnabledButtons(const QWidget& window) {
+  QStringList texts;
+  for (const QPushButton* const button : window.findChildren<QPushButton*>()) {
+    if (button->isEnabled()) texts.append(button->text());
+  }
+  return FromQt(texts.join(", "));
+}
+
+std::string TreeText(const QTreeWidget& tree) {
+  std::string text;
+  for (int i = 0; i < tree.topLevelItemCount(); ++i) AddLines(*tree.topLevelItem(i), 0, text);
+  return text;
+}
+
+bool Until(const std::function<bool()>& done) {
+  return QTest::qWaitFor(done, 10000);
+}
+
+}  // namespace selvane::tests

@@ -1,0 +1,78 @@
+// What tests of windows need: scripted dialogs, trees as text, and a Qt that fails the test when it warns.
+#pragma once
+
+#include <QPushButton>
+#include <QSettings>
+#include <QTreeWidget>
+#include <deque>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "app/application.h"
+#include "support/test_support.h"
+#include "ui/window_context.h"
+
+namespace selvane::tests {
+
+// Answers from a script. A question that was not expected fails the test, and so does one that never came.
+class ScriptedDialogs final : public Dialogs {
+ public:
+  using Paths = std::vector<std::filesystem::path>;
+  ~ScriptedDialogs() override { ExpectDone(); }
+
+  // `question` is "open: TITLE", "open many: TITLE", "save: TITLE", "save, asking: TITLE" or "ICON: TITLE: TEXT"
+  // with the icons information, warning and error; a star at its end stands for any text. No answer is Cancel.
+  // `meanwhile` is what happens while the dialog is shown.
+  void Expect(std::string question, Paths answers = {}, std::function<void()> meanwhile = {});
+  void ExpectDone();
+
+  std::filesystem::path OpenFile(QWidget*, FileKind, const QString& title) override;
+  Paths OpenFiles(QWidget*, FileKind, const QString& title) override;
+  std::filesystem::path SaveFile(QWidget*, FileKind, const QString& title, OverwriteQuestion question) override;
+  void Message(QWidget*, MessageIcon icon, const QString& title, const QString& text,
+               const QString& details) override;
+
+ private:
+  struct Step {
+    std::string question;
+    Paths answers;
+    std::function<void()> meanwhile;
+  };
+  Paths Answer(const std::string& question);
+  std::deque<Step> steps_;
+};
+
+// A folder of its own, with dialogs, settings and the real handler of failures. `left_with` is the status with
+// which the program would have ended, 0 while it goes on.
+class WindowTest : public FolderTest {
+ protected:
+  WindowTest();
+  ~WindowTest() override;
+
+  ScriptedDialogs dialogs;
+  FixedClock clock;
+  QSettings settings{"settings.ini", QSettings::IniFormat};
+  int left_with = 0;
+  Application application{dialogs, [this](int status) { left_with = status; }};
+  WindowContext context{dialogs, application, clock, settings, '.'};
+  // Made from samples/ by the core.
+  void MakeTaxonomy(const std::filesystem::path& path);
+  void MakeTerms(const std::filesystem::path& taxonomy, const std::filesystem::path& path);
+};
+
+// The button of this text; fails the test when there is none.
+QPushButton& Button(const QWidget& window, const QString& text);
+// Clicks as a user does, on a shown window, and lets what is to follow happen.
+void Click(QWidget& widget, QPoint place = {});
+void ClickRow(QAbstractItemView& view, int row);
+std::string StatusOf(const QWidget& window);
+// Texts of all enabled buttons, joined by ", ".
+std::string EnabledButtons(const QWidget& window);
+// The lines of a tree, each indented by two blanks a level. Children of closed items are shown too.
+std::string TreeText(const QTreeWidget& tree);
+
+// Handles events until `done` or some seconds have passed.
+bool Until(const std::function<bool()>& done);
+
+}  // namespace selvane::tests
