@@ -25,7 +25,9 @@ namespace selvane {
 namespace {
 
 constexpr int kAboutCommand = 16;
-constexpr int kPictureSize = 64;
+constexpr int kSmallestPicture = 48;
+constexpr int kGreatestPicture = 192;
+constexpr int kPictureMargin = 12;
 constexpr int kButtonColumns = 4;
 const char* const kAboutText = "Infor&mazioni su Selvane...";
 const char* const kDatabase = "&Database";
@@ -72,6 +74,7 @@ MainWindow::MainWindow(const WindowContext& context) : context_(context) {
   AddSystemMenu();
   AddMenus();
   AddButtons();
+  resize(480, 280);
 }
 
 // The window manager's own menu cannot be extended, so the icon at the left end of the menu bar opens ours.
@@ -112,19 +115,20 @@ void MainWindow::AddButtons() {
             [](const Command& a, const Command& b) { return a.button_number < b.button_number; });
   auto* const panel = new QWidget;
   auto* const grid = new QGridLayout(panel);
-  int place = 0;
   for (const Command& command : commands) {
     if (command.button_number == 0) continue;
     auto* const button = new QPushButton(Picture(command.picture), {}, panel);
     button->setObjectName(QString::number(command.button_number));
-    button->setIconSize({kPictureSize, kPictureSize});
-    button->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Minimum);
+    constexpr int kSmallestButton = kSmallestPicture + 2 * kPictureMargin;
+    button->setMinimumSize(kSmallestButton, kSmallestButton);
+    button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     button->setToolTip(command.tooltip);
     button->setAccessibleName(QString(command.text).remove('&'));
     button->setAccessibleDescription(command.tooltip);
     connect(button, &QPushButton::clicked, this, [this, number = command.button_number] { Send(number); });
+    const int place = static_cast<int>(buttons_.size());
     grid->addWidget(button, place / kButtonColumns, place % kButtonColumns);
-    ++place;
+    buttons_.push_back(button);
   }
   setCentralWidget(panel);
 }
@@ -148,6 +152,17 @@ template <typename Window>
 void MainWindow::OpenWindow() {
   Window window(context_, this);
   if (window.Prepare()) window.exec();
+}
+
+// The pictures grow and shrink with their buttons.
+void MainWindow::resizeEvent(QResizeEvent* event) {
+  QMainWindow::resizeEvent(event);
+  centralWidget()->layout()->activate();
+  for (QPushButton* const button : buttons_) {
+    const int room = std::min(button->width(), button->height()) - 2 * kPictureMargin;
+    const int size = std::clamp(room, kSmallestPicture, kGreatestPicture);
+    button->setIconSize({size, size});
+  }
 }
 
 void MainWindow::CreateTermDatabase() {

@@ -3,10 +3,12 @@
 
 #include <QMainWindow>
 #include <span>
+#include <vector>
 
 #include "ui/window_context.h"
 
 class QMenu;
+class QPushButton;
 
 namespace selvane {
 
@@ -34,6 +36,7 @@ class MainWindow final : public QMainWindow {
 
  protected:
   void paintEvent(QPaintEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
 
  private:
   void AddMenus();
@@ -54,6 +57,7 @@ class MainWindow final : public QMainWindow {
   void Exit();
 
   const WindowContext& context_;
+  std::vector<QPushButton*> buttons_;
 };
 
 }  // namespace selvane

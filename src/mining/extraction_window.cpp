@@ -43,7 +43,7 @@ QGroupBox* Framed(const QString& caption, QWidget* widget) {
 }  // namespace
 
 ExtractionWindow::ExtractionWindow(const WindowContext& context, QWidget* parent)
-    : ToolWindow(context, parent, "extraction", "Kovril: Extracting Rules") {
+    : ToolWindow(context, parent, "extraction", "Kovril: Extracting Rules", {860, 720}) {
   auto* const grid = new QGridLayout;
   grid->addWidget(InputGroup(), 0, 0, 1, 3);
   grid->addWidget(ThresholdGroup("Minimun Support", support_edit_), 1, 0);

@@ -8,7 +8,7 @@
 namespace selvane {
 
 LoadingWindow::LoadingWindow(const WindowContext& context, QWidget* parent)
-    : ToolWindow(context, parent, "loading", "Kovril:Loading Taxonomies") {
+    : ToolWindow(context, parent, "loading", "Kovril:Loading Taxonomies", {420, 160}) {
   auto* const hint = new QLabel("Execute asks for a taxonomy file and for the database to make of it.");
   hint->setWordWrap(true);
   content().addWidget(hint, 1, Qt::AlignTop);

@@ -8,7 +8,7 @@
 namespace selvane {
 
 RestoringWindow::RestoringWindow(const WindowContext& context, QWidget* parent)
-    : ToolWindow(context, parent, "restoring", "Kovril:Restoring Taxonomies") {
+    : ToolWindow(context, parent, "restoring", "Kovril:Restoring Taxonomies", {420, 160}) {
   auto* const hint =
       new QLabel("Execute asks for a taxonomy database and brings back all that was pruned from it.");
   hint->setWordWrap(true);

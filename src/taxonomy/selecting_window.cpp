@@ -1,6 +1,7 @@
 #include "taxonomy/selecting_window.h"
 
 #include <QGroupBox>
+#include <QHeaderView>
 #include <QPushButton>
 #include <QSplitter>
 #include <QVBoxLayout>
@@ -45,7 +46,7 @@ QGroupBox* Framed(const QString& caption, TextTree* tree) {
 }  // namespace
 
 SelectingWindow::SelectingWindow(const WindowContext& context, QWidget* parent)
-    : ToolWindow(context, parent, "selecting", "Kovril:Selecting Taxonomies"),
+    : ToolWindow(context, parent, "selecting", "Kovril:Selecting Taxonomies", {900, 620}),
       existing_(new TextTree("All existing taxonomies")),
       upward_(new TextTree("Pruned hierarchies in upward direction")),
       downward_(new TextTree("Pruned hierarchies in downward direction")) {
@@ -68,9 +69,14 @@ void SelectingWindow::BuildTrees() {
   auto* const trees = new QSplitter(Qt::Horizontal);
   trees->addWidget(Framed(existing_->accessibleName(), existing_));
   trees->addWidget(chosen);
-  trees->setChildrenCollapsible(false);
-  chosen->setChildrenCollapsible(false);
+  for (QSplitter* const splitter : {trees, chosen}) splitter->setChildrenCollapsible(false);
+  trees->setStretchFactor(0, 3);
+  trees->setStretchFactor(1, 2);
+  for (TextTree* const tree : {upward_, downward_}) tree->setRootIsDecorated(false);
   content().addWidget(trees);
+  // Deep lines are reached by scrolling; cut short they would be nothing but three points.
+  existing_->header()->setStretchLastSection(false);
+  existing_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
   connect(existing_, &QTreeWidget::itemExpanded, this,
           [this](QTreeWidgetItem* item) { Run([this, item] { ShowChildren(*item); }); });
 }

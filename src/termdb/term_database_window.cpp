@@ -1,7 +1,6 @@
 #include "termdb/term_database_window.h"
 
-#include <QGroupBox>
-#include <QLabel>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -26,13 +25,12 @@ QString Described(const TermTableReport& report, const fs::path& database) {
 }  // namespace
 
 TermDatabaseWindow::TermDatabaseWindow(const WindowContext& context, QWidget* parent)
-    : ToolWindow(context, parent, "term_database", "Kovril: Creating Mesh-Terms DB"),
-      summary_(new QLabel("No query files are chosen yet.")) {
-  summary_->setObjectName("summary");
-  summary_->setWordWrap(true);
-  summary_->setTextFormat(Qt::PlainText);
-  summary_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-  content().addWidget(summary_, 1, Qt::AlignTop);
+    : ToolWindow(context, parent, "term_database", "Kovril: Creating Mesh-Terms DB", {520, 340}),
+      summary_(new QPlainTextEdit("No query files are chosen yet.")) {
+  summary_->setReadOnly(true);
+  summary_->setTabChangesFocus(true);
+  summary_->setAccessibleName("Summary");
+  content().addWidget(summary_);
   AddButton("Choose Query &Files", [this] { ChooseQueryFiles(); });
   AddButton("&Create DB", [this] { CreateDatabase(); });
   // Both labels have the letter C. It belongs to the task; Escape closes.
@@ -44,9 +42,9 @@ void TermDatabaseWindow::ChooseQueryFiles() {
       context().dialogs.OpenFiles(this, FileKind::kQueryFiles, "Selecting query files : ");
   if (files.empty()) return;
   query_files_ = std::move(files);
-  summary_->setText(query_files_.size() == 1
-                        ? QString("1 query file is chosen.")
-                        : QString("%1 query files are chosen.").arg(query_files_.size()));
+  summary_->setPlainText(query_files_.size() == 1
+                             ? QString("1 query file is chosen.")
+                             : QString("%1 query files are chosen.").arg(query_files_.size()));
   progress().Clear();
 }
 
@@ -86,7 +84,7 @@ void TermDatabaseWindow::CreateDatabase() {
   const TermTableReport report =
       WriteTermTable(collection, output, ExistingFile::kRefuse, context().clock, progress());
   progress().SetStatus("Completed!!");
-  summary_->setText(Described(report, output));
+  summary_->setPlainText(Described(report, output));
 }
 
 }  // namespace selvane

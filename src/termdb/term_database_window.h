@@ -6,6 +6,8 @@
 
 #include "ui/tool_window.h"
 
+class QPlainTextEdit;
+
 namespace selvane {
 
 struct TermCollection;
@@ -20,7 +22,7 @@ class TermDatabaseWindow final : public ToolWindow {
   TermCollection ReadQueryFiles(const std::filesystem::path& taxonomy);
 
   std::vector<std::filesystem::path> query_files_;
-  QLabel* summary_;
+  QPlainTextEdit* summary_;
 };
 
 }  // namespace selvane

@@ -26,7 +26,7 @@ QString SizeKey(const QWidget& window) {
 }  // namespace
 
 ToolWindow::ToolWindow(const WindowContext& context, QWidget* parent, const QString& name,
-                       const QString& title)
+                       const QString& title, const QSize& size)
     : QDialog(parent),
       context_(context),
       content_(new QVBoxLayout),
@@ -46,6 +46,7 @@ ToolWindow::ToolWindow(const WindowContext& context, QWidget* parent, const QStr
   layout->addWidget(status_);
   layout->addWidget(bar_);
   layout->addLayout(buttons_);
+  resize(size);
   restoreGeometry(context_.settings.value(SizeKey(*this)).toByteArray());
 }
 

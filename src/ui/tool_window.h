@@ -35,7 +35,9 @@ class ToolWindow : public QDialog {
   void done(int result) override;
 
  protected:
-  ToolWindow(const WindowContext& context, QWidget* parent, const QString& name, const QString& title);
+  // `size` is that of the first time, in pixels.
+  ToolWindow(const WindowContext& context, QWidget* parent, const QString& name, const QString& title,
+             const QSize& size);
 
   // Where a window puts its controls.
   QVBoxLayout& content() { return *content_; }

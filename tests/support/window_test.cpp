@@ -102,8 +102,8 @@ void WindowTest::MakeTaxonomy(const fs::path& path) {
 void WindowTest::MakeTerms(const fs::path& taxonomy, const fs::path& path) {
   SilentProgress progress;
   const std::vector<fs::path> samples = {SELVANE_SOURCE_DIR "/samples/abstracts"};
-  const TermCollection collection =
-      CollectTerms(TaxonomyStore(taxonomy), QueryFiles(samples), [](auto&&...) {}, progress);
+  const TermCollection collection = CollectTerms(
+      TaxonomyStore(taxonomy), QueryFiles(samples), [](auto&&...) {}, progress);
   WriteTermTable(collection, path, ExistingFile::kRefuse, clock, progress);
 }
 

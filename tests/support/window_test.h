@@ -21,15 +21,16 @@ class ScriptedDialogs final : public Dialogs {
   using Paths = std::vector<std::filesystem::path>;
   ~ScriptedDialogs() override { ExpectDone(); }
 
-  // `question` is "open: TITLE", "open many: TITLE", "save: TITLE", "save, asking: TITLE" or "ICON: TITLE: TEXT"
-  // with the icons information, warning and error; a star at its end stands for any text. No answer is Cancel.
-  // `meanwhile` is what happens while the dialog is shown.
+  // `question` is "open: TITLE", "open many: TITLE", "save: TITLE", "save, asking: TITLE" or "ICON: TITLE:
+  // TEXT" with the icons information, warning and error; a star at its end stands for any text. No answer is
+  // Cancel. `meanwhile` is what happens while the dialog is shown.
   void Expect(std::string question, Paths answers = {}, std::function<void()> meanwhile = {});
   void ExpectDone();
 
   std::filesystem::path OpenFile(QWidget*, FileKind, const QString& title) override;
   Paths OpenFiles(QWidget*, FileKind, const QString& title) override;
-  std::filesystem::path SaveFile(QWidget*, FileKind, const QString& title, OverwriteQuestion question) override;
+  std::filesystem::path SaveFile(QWidget*, FileKind, const QString& title,
+                                 OverwriteQuestion question) override;
   void Message(QWidget*, MessageIcon icon, const QString& title, const QString& text,
                const QString& details) override;
 
@@ -43,8 +44,8 @@ class ScriptedDialogs final : public Dialogs {
   std::deque<Step> steps_;
 };
 
-// A folder of its own, with dialogs, settings and the real handler of failures. `left_with` is the status with
-// which the program would have ended, 0 while it goes on.
+// A folder of its own, with dialogs, settings and the real handler of failures. `left_with` is the status
+// with which the program would have ended, 0 while it goes on.
 class WindowTest : public FolderTest {
  protected:
   WindowTest();

@@ -1,0 +1,198 @@
+#include "mining/extraction_window.h"
+
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QTest>
+
+#include "base/file.h"
+#include "rules/rules_info.h"
+#include "support/window_test.h"
+#include "taxonomy/taxonomy_loading.h"
+#include "taxonomy/taxonomy_pruning.h"
+
+namespace selvane::tests {
+
+using Texts = std::vector<std::string>;
+
+constexpr const char* kTable = "14_05_23_11_MESHTERMS";
+constexpr const char* kAskTerms = "open: Opening target database : ";
+constexpr const char* kAskTaxonomy = "open: Selecting taxonomies database : ";
+constexpr const char* kAskOutput = "save, asking: Saving extracted rules :";
+constexpr const char* kBadThreshold = "Minimun Confidence has a Invalid value \n It'll take in default value";
+
+class ExtractionWindowTest : public WindowTest {
+ protected:
+  ExtractionWindowTest() {
+    MakeTaxonomy("tax.mdb");
+    MakeTerms("tax.mdb", "terms.mdb");
+    window.show();
+  }
+  ~ExtractionWindowTest() override { window.close(); }
+
+  void OpenAndChoose() {
+    dialogs.Expect(kAskTerms, {"terms.mdb"});
+    Click(Button(window, "&Open Database"));
+    dialogs.Expect(kAskTaxonomy, {"tax.mdb"});
+    ClickRow(tables(), 0);
+  }
+  // Types over the number and leaves the field.
+  void Enter(const char* field, const char* number) {
+    auto& edit = *window.findChild<QLineEdit*>(field);
+    edit.setFocus();
+    edit.selectAll();
+    QTest::keyClicks(&edit, number);
+    QTest::keyClick(&edit, Qt::Key_Tab);
+    QCoreApplication::processEvents();
+  }
+  std::string Shown(const char* field) { return window.findChild<QLineEdit*>(field)->text().toStdString(); }
+  void Extract() { Click(Button(window, "&Extract with APRIORI")); }
+  QListWidget& tables() { return *window.findChild<QListWidget*>("tables"); }
+  QTreeWidget& rules() { return *window.findChild<QTreeWidget*>(); }
+
+  ExtractionWindow window{context};
+};
+
+TEST_F(ExtractionWindowTest, GoesFromADatabaseToRulesAsTheCoreDoes) {
+  EXPECT_EQ(EnabledButtons(window), "&Open Database, Extraxt with ORNEX, &Close");
+  dialogs.Expect(kAskTerms);
+  dialogs.Expect("error: Extracting Rules: Select a valid Data Source");
+  Click(Button(window, "&Open Database"));
+  OpenAndChoose();
+  EXPECT_EQ(EnabledButtons(window), "&Extract with APRIORI, Extraxt with ORNEX, &Close");
+  EXPECT_EQ(tables().item(0)->text(), kTable);
+  EXPECT_EQ(window.findChild<QListWidget*>("fields")->count(), 10);
+
+  Enter("Minimun Support", "0.2");
+  Enter("Minimun Confidence", "0,7");
+  dialogs.Expect(kAskOutput, {"rules.mdb"});
+  Extract();
+  EXPECT_EQ(StatusOf(window), "Completed!!");
+  EXPECT_EQ(rules().topLevelItemCount(), 127);
+  EXPECT_EQ(Shown("Minimun Confidence"), "0.7");
+  EXPECT_EQ(FileNames("state/selvane"), Texts{"ItemSets.lock"});
+
+  // The same by the core, and again by the window without ancestors, over the file of before.
+  Texts lines;
+  {
+    ItemsetFileHold hold(folder() / "other");
+    TransactionSource source;
+    source.Open(std::filesystem::copy_file("terms.mdb", "t.mdb") ? "t.mdb" : "");
+    std::filesystem::copy_file("tax.mdb", "x.mdb");
+    TaxonomyStore taxonomy("x.mdb");
+    ExtractionHooks hooks;
+    hooks.choose_output = [] { return RulesOutput{"plain.mdb"}; };
+    hooks.rule_line = [&lines](std::string_view line) { lines.emplace_back(line); };
+    SilentProgress progress;
+    ExtractRules(source, taxonomy, hold, {kTable, 0.2F, 0.7F}, hooks, progress);
+  }
+  std::string tree;
+  for (const std::string& line : lines) tree += line + '\n';
+  EXPECT_EQ(TreeText(rules()), tree);
+  EXPECT_EQ(Rows("rules.mdb", "SELECT * FROM Extracted"), Rows("plain.mdb", "SELECT * FROM Extracted"));
+  EXPECT_EQ(ReadFile("Inforules.dat"), ReadFile("Infoplain.dat"));
+  QTest::mouseClick(window.findChild<QCheckBox*>(), Qt::LeftButton, {}, QPoint(8, 12));
+  dialogs.Expect(kAskOutput, {"rules.mdb"});
+  Extract();
+  EXPECT_EQ(rules().topLevelItemCount(), 2);
+  EXPECT_EQ(ReadRulesInfo("rules.mdb").texts, (Texts{kTable, "30", "0.2", "0.7"}));
+}
+
+TEST_F(ExtractionWindowTest, ThresholdsOutOfRangeAreReportedWhenTheFieldIsLeft) {
+  OpenAndChoose();
+  dialogs.Expect(std::string("error: Extracting: ") + kBadThreshold);
+  Enter("Minimun Support", "1.5");
+  EXPECT_EQ(Shown("Minimun Support"), "1.5");
+  dialogs.Expect(std::string("error: Extracting Rules: ") + kBadThreshold);
+  dialogs.Expect(std::string("error: Extracting: ") + kBadThreshold);
+  Enter("Minimun Confidence", "0");
+  dialogs.ExpectDone();
+  // A click on the button leaves the field too, and the message comes before the extraction.
+  window.findChild<QLineEdit*>("Minimun Confidence")->setFocus();
+  dialogs.Expect(std::string("error: Extracting Rules: ") + kBadThreshold);
+  dialogs.Expect(std::string("error: Extracting: ") + kBadThreshold);
+  dialogs.Expect(kAskOutput, {"rules.mdb"});
+  Extract();
+  EXPECT_EQ(Shown("Minimun Support"), "0.05");
+  EXPECT_EQ(Shown("Minimun Confidence"), "0.5");
+  EXPECT_EQ(ReadRulesInfo("rules.mdb").texts[2], "0.05");
+  dialogs.Expect("error: Extracting Rules: \"many\" is not a number*");
+  Enter("Minimun Support", "many");
+  EXPECT_EQ(Shown("Minimun Support"), "0.05");
+  Enter("Minimun Support", "1");
+  dialogs.ExpectDone();
+}
+
+TEST_F(ExtractionWindowTest, EndsWithoutRulesInItsThreeWays) {
+  OpenAndChoose();
+  Enter("Minimun Support", "1");
+  dialogs.Expect("information: Extracting Rules: No extractable rules");
+  Extract();
+  EXPECT_EQ(StatusOf(window), "Completed!!");
+  Enter("Minimun Support", "0.5");
+  Enter("Minimun Confidence", "1");
+  dialogs.Expect(kAskOutput);  // cancelled
+  dialogs.Expect("error: Kovril: no file was named*");
+  Extract();
+  EXPECT_EQ(StatusOf(window), "");
+  dialogs.Expect("information: Extracting Rules: The extraction with ORNEX is not available yet.*");
+  Click(Button(window, "Extraxt with ORNEX"));
+  tables().clearSelection();
+  QCoreApplication::processEvents();
+  dialogs.Expect("warning: Extracting: No table selected");
+  Extract();
+  EXPECT_EQ(FileNames("state/selvane"), Texts{"ItemSets.lock"});
+}
+
+TEST_F(ExtractionWindowTest, ASecondTaxonomyIsAskedForWithEachTable) {
+  OpenAndChoose();
+  const auto again = [this] {
+    tables().clearSelection();
+    QCoreApplication::processEvents();
+    ClickRow(tables(), 0);
+  };
+  dialogs.Expect(kAskTaxonomy, {"tax.mdb"});  // held already, so not opened a second time
+  again();
+  EXPECT_EQ(tables().selectedItems().size(), 1);
+  WriteText("no.mdb", "no database");
+  dialogs.Expect(kAskTaxonomy, {"no.mdb"});
+  dialogs.Expect("error: Kovril: no.mdb\n*");
+  again();
+  EXPECT_TRUE(tables().selectedItems().isEmpty());  // so that a click asks again
+  dialogs.Expect(kAskTaxonomy);
+  dialogs.Expect("error: Kovril: no file was named*");
+  ClickRow(tables(), 0);
+}
+
+TEST_F(ExtractionWindowTest, TellsOfRestoredTermsAndOfTooManyRules) {
+  std::string columns;
+  std::string zeros;
+  for (int i = 0; i < 10; ++i) columns += ", Term" + std::to_string(i) + " SMALLINT";
+  std::string xml;
+  for (int i = 0; i < 10; ++i) {
+    xml +=
+        "canonical=\"Term" + std::to_string(i) + "\" type=\"d\" tree=\"C" + std::to_string(10 + i) + "\"\n";
+    zeros += ",1";
+  }
+  WriteText("many.xml", xml);
+  SilentProgress progress;
+  LoadTaxonomy("many.xml", "many_tax.mdb", ExistingFile::kRefuse, progress);
+  {
+    TaxonomyStore store("many_tax.mdb");
+    PruneTaxonomy(store, {}, store.NodesAtPosition("C.10"), progress);
+  }
+  MakeForeignDatabase("many.mdb", ("CREATE TABLE T(\"Index\" SMALLINT" + columns +
+                                   "); INSERT INTO T VALUES (1" + zeros + "),(2" + zeros + ");")
+                                      .c_str());
+  dialogs.Expect(kAskTerms, {"many.mdb"});
+  Click(Button(window, "&Open Database"));
+  dialogs.Expect(kAskTaxonomy, {"many_tax.mdb"});
+  ClickRow(tables(), 0);
+  dialogs.Expect(kAskOutput, {"many_rules.mdb"});
+  dialogs.Expect("information: Extracting Rules: There are 57002 rules and a table holds 32767*");
+  dialogs.Expect("information: Extracting Rules: Terms of the table had been pruned*");
+  Extract();
+  EXPECT_EQ(rules().topLevelItemCount(), 32767);
+}
+
+}  // namespace selvane::tests

@@ -1,0 +1,94 @@
+#include "ui/qt_dialogs.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QTest>
+#include <QTimer>
+
+#include "support/window_test.h"
+#include "ui/qt_text.h"
+
+namespace selvane::tests {
+
+namespace fs = std::filesystem;
+
+class QtDialogsTest : public WindowTest {
+ protected:
+  QtDialogsTest() {
+    QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    fs::create_directories("in");
+    for (const char* name : {"in/a.txt", "in/b \xc3\xa8.txt", "in/old.mdb"}) WriteText(name, "");
+  }
+  // Does something with the dialog on top when it is shown, and then accepts it.
+  template <typename Dialog>
+  static void Meanwhile(std::function<void(Dialog&)> act) {
+    QTimer::singleShot(50, qApp, [act = std::move(act)] {
+      auto* const dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
+      ASSERT_NE(dialog, nullptr);
+      act(*dialog);
+    });
+  }
+  static void TypeName(QFileDialog& dialog, const QString& name) {
+    auto* const edit = dialog.findChild<QLineEdit*>("fileNameEdit");
+    edit->setText(name);
+    QTest::keyClick(edit, Qt::Key_Return);
+  }
+  QtDialogs real{settings, {}};
+};
+
+TEST_F(QtDialogsTest, OpensOneFileOrSeveralAndRemembersTheFolderOfEachKind) {
+  const QString in = PathToQt(folder() / "in");
+  Meanwhile<QFileDialog>([&in](QFileDialog& dialog) {
+    EXPECT_EQ(dialog.windowTitle(), "Selecting query files : ");
+    dialog.setDirectory(in);
+    TypeName(dialog, "\"a.txt\" \"b \u00e8.txt\"");
+  });
+  const std::vector<fs::path> files =
+      real.OpenFiles(nullptr, FileKind::kQueryFiles, "Selecting query files : ");
+  EXPECT_EQ(files, (std::vector<fs::path>{folder() / "in/a.txt", folder() / "in/b \xc3\xa8.txt"}));
+
+  Meanwhile<QFileDialog>([this](QFileDialog& dialog) {
+    dialog.setDirectory(PathToQt(folder()));
+    TypeName(dialog, "in/old.mdb");
+  });
+  EXPECT_EQ(real.OpenFile(nullptr, FileKind::kTaxonomyDatabase, "one"), folder() / "in/old.mdb");
+  Meanwhile<QFileDialog>([&in](QFileDialog& dialog) {
+    EXPECT_EQ(dialog.directory().absolutePath(), in);
+    dialog.reject();
+  });
+  EXPECT_TRUE(real.OpenFiles(nullptr, FileKind::kQueryFiles, "again").empty());
+}
+
+TEST_F(QtDialogsTest, AsksBeforeAFileIsReplacedWhereItIsToldTo) {
+  const QString old = PathToQt(folder() / "in/old");  // the suffix is added
+  bool asked = false;
+  for (const auto question : {OverwriteQuestion::kNotAsked, OverwriteQuestion::kAsked}) {
+    Meanwhile<QFileDialog>([&](QFileDialog& dialog) {
+      if (question == OverwriteQuestion::kAsked) {
+        Meanwhile<QMessageBox>([&asked](QMessageBox& box) {
+          asked = true;
+          box.button(QMessageBox::Yes)->click();
+        });
+      }
+      TypeName(dialog, old);
+    });
+    EXPECT_EQ(real.SaveFile(nullptr, FileKind::kRulesDatabase, "save", question), folder() / "in/old.mdb");
+    EXPECT_EQ(asked, question == OverwriteQuestion::kAsked);
+  }
+}
+
+TEST_F(QtDialogsTest, ShowsAMessageAsPlainTextWithDetails) {
+  Meanwhile<QMessageBox>([](QMessageBox& box) {
+    EXPECT_EQ(box.windowTitle(), "Title");
+    EXPECT_EQ(box.text(), "a < b \n second");
+    EXPECT_EQ(box.textFormat(), Qt::PlainText);
+    EXPECT_EQ(box.icon(), QMessageBox::Warning);
+    EXPECT_EQ(box.detailedText(), "more");
+    box.accept();
+  });
+  real.Message(nullptr, MessageIcon::kWarning, "Title", "a < b \n second", "more");
+}
+
+}  // namespace selvane::tests

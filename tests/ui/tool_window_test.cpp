@@ -1,0 +1,131 @@
+#include "ui/tool_window.h"
+
+#include <QCloseEvent>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QTest>
+#include <QVBoxLayout>
+
+#include "data/database_error.h"
+#include "support/window_test.h"
+
+namespace selvane::tests {
+
+// A window with one field, whose command "Work" is given by the test.
+class Workshop final : public ToolWindow {
+ public:
+  explicit Workshop(const WindowContext& context)
+      : ToolWindow(context, nullptr, "workshop", "Workshop", {300, 200}) {
+    content().addWidget(&field);
+    AddButton("&Work", [this] { work(*this); });
+    AddCloseButton();
+    show();
+  }
+  using ToolWindow::progress;
+  using ToolWindow::RunLater;
+
+  QLineEdit field;
+  std::function<void(Workshop&)> work;
+};
+
+class ToolWindowTest : public WindowTest {};
+
+TEST_F(ToolWindowTest, TakesNoCommandWhileItWorksButRepaintsAndCanBeStopped) {
+  Workshop window(context);
+  int runs = 0;
+  bool shown = false;
+  window.work = [&](Workshop& self) {
+    ++runs;
+    Click(Button(self, "&Work"));
+    Click(Button(self, "&Close"));
+    QTest::keyClick(&self.field, Qt::Key_A);
+    self.close();
+    self.progress().SetStatus("Working ...");
+    self.progress().SetRange(0, 10);
+    for (int i = 1; i <= 10; ++i) self.progress().SetPosition(i);
+    shown =
+        self.isVisible() && StatusOf(self) == "Working ..." && self.findChild<QProgressBar*>()->value() == 10;
+  };
+  Click(Button(window, "&Work"));
+  EXPECT_EQ(runs, 1);
+  EXPECT_TRUE(shown);
+  EXPECT_TRUE(window.field.text().isEmpty());
+
+  const auto until_stopped = [](Workshop& self, const std::function<void()>& stop) {
+    stop();
+    for (int i = 0; i < 1000; ++i) self.progress().Pulse();
+    ADD_FAILURE() << "went on";
+  };
+  window.work = [&](Workshop& self) {
+    until_stopped(self, [&self] { QTest::keyClick(&self, Qt::Key_Escape); });
+  };
+  Click(Button(window, "&Work"));
+  EXPECT_EQ(StatusOf(window), "Stopped. Nothing half-made was left behind.");
+  window.work = [&](Workshop& self) { until_stopped(self, [&self] { self.close(); }); };
+  Click(Button(window, "&Work"));
+  EXPECT_TRUE(window.isVisible());
+  QTest::keyClick(&window, Qt::Key_Escape);
+  EXPECT_FALSE(window.isVisible());
+}
+
+TEST_F(ToolWindowTest, ShowsFailuresAndGoesOn) {
+  Workshop window(context);
+  const auto fail_with = [&window](auto error) {
+    window.work = [error](Workshop& self) {
+      self.progress().SetStatus("Working ...");
+      throw error;
+    };
+    Click(Button(window, "&Work"));
+    EXPECT_EQ(StatusOf(window), "");
+  };
+  dialogs.Expect("error: Kovril: a.mdb\nit is no database");
+  fail_with(DatabaseError("a.mdb", "it is no database", "SELECT 1"));
+  dialogs.Expect("error: Kovril: b.txt: cannot be read");
+  fail_with(FileError("b.txt: cannot be read"));
+  dialogs.Expect("error: Kovril: There is not enough memory.*");
+  fail_with(std::bad_alloc());
+  dialogs.Expect("error: Kovril: The command failed.");
+  fail_with(std::logic_error("x"));
+  fail_with(SilentAbort());
+  EXPECT_EQ(left_with, 0);
+  dialogs.Expect("error: Loading Taxonomy: Selected file is not xml file");
+  fail_with(EndOfProgram("Loading Taxonomy", "Selected file is not xml file"));
+  EXPECT_EQ(left_with, -1);
+  window.close();
+}
+
+TEST_F(ToolWindowTest, RunsWhatIsForLaterBeforeTheNextCommandAndNotUnderAPressedButton) {
+  Workshop window(context);
+  std::string order;
+  window.work = [&order](Workshop&) { order += "work "; };
+  window.RunLater([&order] { order += "later "; });
+  QTest::mouseClick(&Button(window, "&Work"), Qt::LeftButton);
+  EXPECT_EQ(order, "later work ");
+  QTest::mousePress(&window.field, Qt::LeftButton);
+  window.RunLater([&order] { order += "released "; });
+  QTest::qWait(60);
+  EXPECT_EQ(order, "later work ");
+  QTest::mouseRelease(&window.field, Qt::LeftButton);
+  EXPECT_TRUE(Until([&order] { return order == "later work released "; })) << order;
+  window.close();
+}
+
+TEST_F(ToolWindowTest, RemembersItsSizeAndTakesReturnOnItsButtonsOnly) {
+  int runs = 0;
+  {
+    Workshop window(context);
+    window.work = [&runs](Workshop&) { ++runs; };
+    window.resize(640, 333);
+    QTest::keyClick(&window.field, Qt::Key_Return);
+    EXPECT_EQ(runs, 0);
+    Button(window, "&Work").setFocus();
+    QTest::keyClick(&Button(window, "&Work"), Qt::Key_Return);
+    EXPECT_EQ(runs, 1);
+    window.close();
+  }
+  Workshop window(context);
+  EXPECT_EQ(window.size(), QSize(640, 333));
+  window.close();
+}
+
+}  // namespace selvane::tests
