@@ -4,7 +4,6 @@
 #include <QDialog>
 #include <QMenu>
 #include <QMenuBar>
-#include <QPainter>
 #include <QTest>
 #include <QTimer>
 #include <set>
@@ -92,24 +91,14 @@ TEST_F(MainWindowTest, ShowsPicturesWithTextsAndKeysThatDoNotCollide) {
       EXPECT_TRUE(keys.insert(entry->text()[at + 1].toLower()).second) << entry->text().toStdString();
     }
   }
-  QPixmap icon(window.size());
-  icon.fill(Qt::white);
-  QPainter painter(&icon);
-  window.PaintMinimised(painter);
-  painter.end();
-  const QImage image = icon.toImage();
-  EXPECT_NE(image.copy(window.width() / 2 - 8, window.height() / 2 - 8, 16, 16), image.copy(0, 0, 16, 16));
 }
 
-TEST_F(MainWindowTest, TheSystemMenuShowsTheAboutBox) {
+TEST_F(MainWindowTest, TheSystemMenuShowsTheAboutBoxAndExitCloses) {
   const QList<QAction*> entries = window.menuBar()->actions().front()->menu()->actions();
   ASSERT_GE(entries.size(), 2);
   EXPECT_TRUE(entries[entries.size() - 2]->isSeparator());
   EXPECT_EQ(entries.back()->text(), "Infor&mazioni su Selvane...");
   EXPECT_EQ(Opened([&] { entries.back()->trigger(); }), std::vector<std::string>{"Informazioni su Kovril"});
-}
-
-TEST_F(MainWindowTest, ExitClosesIt) {
   for (const bool by_button : {true, false}) {
     window.show();
     by_button ? Click(PictureButton(1008)) : Entry(32775)->trigger();

@@ -2,7 +2,6 @@
 
 #include <QAbstractItemView>
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QLabel>
 #include <QTest>
 #include <cstdlib>
@@ -141,10 +140,6 @@ std::string TreeText(const QTreeWidget& tree) {
   std::string text;
   for (int i = 0; i < tree.topLevelItemCount(); ++i) AddLines(*tree.topLevelItem(i), 0, text);
   return text;
-}
-
-bool Until(const std::function<bool()>& done) {
-  return QTest::qWaitFor(done, 10000);
 }
 
 }  // namespace selvane::tests

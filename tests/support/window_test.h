@@ -73,7 +73,4 @@ std::string EnabledButtons(const QWidget& window);
 // The lines of a tree, each indented by two blanks a level. Children of closed items are shown too.
 std::string TreeText(const QTreeWidget& tree);
 
-// Handles events until `done` or some seconds have passed.
-bool Until(const std::function<bool()>& done);
-
 }  // namespace selvane::tests

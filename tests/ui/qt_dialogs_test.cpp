@@ -79,16 +79,4 @@ TEST_F(QtDialogsTest, AsksBeforeAFileIsReplacedWhereItIsToldTo) {
   }
 }
 
-TEST_F(QtDialogsTest, ShowsAMessageAsPlainTextWithDetails) {
-  Meanwhile<QMessageBox>([](QMessageBox& box) {
-    EXPECT_EQ(box.windowTitle(), "Title");
-    EXPECT_EQ(box.text(), "a < b \n second");
-    EXPECT_EQ(box.textFormat(), Qt::PlainText);
-    EXPECT_EQ(box.icon(), QMessageBox::Warning);
-    EXPECT_EQ(box.detailedText(), "more");
-    box.accept();
-  });
-  real.Message(nullptr, MessageIcon::kWarning, "Title", "a < b \n second", "more");
-}
-
 }  // namespace selvane::tests

@@ -106,7 +106,7 @@ TEST_F(ToolWindowTest, RunsWhatIsForLaterBeforeTheNextCommandAndNotUnderAPressed
   QTest::qWait(60);
   EXPECT_EQ(order, "later work ");
   QTest::mouseRelease(&window.field, Qt::LeftButton);
-  EXPECT_TRUE(Until([&order] { return order == "later work released "; })) << order;
+  EXPECT_TRUE(QTest::qWaitFor([&order] { return order == "later work released "; })) << order;
   window.close();
 }
 
