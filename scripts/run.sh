@@ -1,16 +1,27 @@
 #!/bin/sh
 # Sets up, builds and runs the whole way on samples/: from a taxonomy file and tagged abstracts to rules.
 # The results go to a fresh folder, or to the one named as the argument.
+# With --gui as the first argument it opens the workbench instead, on a copy of the samples in that folder.
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
+program=selvane-cli
+if [ "${1:-}" = --gui ]; then
+  program=selvane
+  shift
+fi
 "$root/scripts/setup.sh"
 cmake -S "$root" -B "$root/build/run" -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF >/dev/null
-cmake --build "$root/build/run" --target selvane-cli
+cmake --build "$root/build/run" --target $program
 cli="$root/build/run/src/selvane-cli"
 
 folder=${1:-$(mktemp -d "${TMPDIR:-/tmp}/selvane-run-XXXXXX")}
 mkdir -p "$folder"
 cd "$folder"
+if [ $program = selvane ]; then
+  cp -r "$root/samples/taxonomy.xml" "$root/samples/abstracts" .
+  echo "The samples are in $folder. docs/guide.md walks through the windows."
+  exec "$root/build/run/src/selvane" "$folder"
+fi
 say() { printf '\n%s\n' "$*"; }
 
 say "1. The taxonomy file becomes a taxonomy database:"
@@ -34,5 +45,6 @@ The results are in $folder. What to try next, in that folder:
   selvane-cli taxonomy prune tax.mdb D.02                                leave the chemical classes out,
   selvane-cli rules extract terms.mdb --taxonomy tax.mdb --output rules.mdb --overwrite --min-support 0.2
   selvane-cli taxonomy restore tax.mdb                                   and bring them back
+The same in windows: scripts/run.sh --gui opens the workbench on the samples, docs/guide.md walks through it.
 Your own abstracts: samples/README.md and docs/formats/ say what they must look like.
 END

@@ -2,7 +2,8 @@
 # Installs what building and testing need from the system's packages. Does nothing when all is there.
 set -eu
 packages="g++ cmake ninja-build sqlite3 libsqlite3-dev libfmt-dev libcli11-dev nlohmann-json3-dev
-          libgtest-dev libgmock-dev libbenchmark-dev clang-format"
+          libgtest-dev libgmock-dev libbenchmark-dev clang-format
+          qt6-base-dev libqt6svg6 fonts-dejavu-core"
 missing=""
 for package in $packages; do
   if ! dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null | grep -q '^installed$'; then

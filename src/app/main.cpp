@@ -31,7 +31,7 @@ int main(int argc, char** argv) {
   QCoreApplication::setApplicationName("selvane");
   QCoreApplication::setOrganizationName("selvane");
   QCoreApplication::setApplicationVersion(SELVANE_VERSION);
-  QGuiApplication::setApplicationDisplayName("Kovril");
+  // No display name: Qt would put it behind the title of every window.
   QGuiApplication::setDesktopFileName("selvane");
   const QString decimal_point = QLocale::system().decimalPoint();
   std::setlocale(LC_NUMERIC, "C");  // the core writes and reads numbers of its own

@@ -37,6 +37,7 @@ int RunCli(std::vector<std::string> arguments, const CliContext& context);
 void AddTaxonomyCommands(CLI::App& app, const CliContext& context);
 void AddTermsCommands(CLI::App& app, const CliContext& context);
 void AddRulesCommands(CLI::App& app, const CliContext& context);
+void AddTabulateCommand(CLI::App& app, const CliContext& context);
 
 // Helpers of the commands.
 

@@ -1,6 +1,7 @@
 #include "ui/qt_dialogs.h"
 
 #include <QFileDialog>
+#include <QGridLayout>
 #include <QMessageBox>
 
 #include "ui/qt_text.h"
@@ -10,6 +11,8 @@ namespace selvane {
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr int kMessageWidth = 360;
 
 struct KindTraits {
   QString name;  // under which the last folder is kept
@@ -94,6 +97,10 @@ void QtDialogs::Message(QWidget* parent, MessageIcon icon, const QString& title,
   QMessageBox box(IconOf(icon), title, text, QMessageBox::Ok, parent);
   box.setTextFormat(Qt::PlainText);
   box.setDetailedText(details);
+  // Wide enough for its title, however short the text.
+  if (auto* const grid = qobject_cast<QGridLayout*>(box.layout())) {
+    grid->addItem(new QSpacerItem(kMessageWidth, 0), grid->rowCount(), 0, 1, grid->columnCount());
+  }
   box.exec();
 }
 
