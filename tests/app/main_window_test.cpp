@@ -46,7 +46,7 @@ class MainWindowTest : public WindowTest {
 };
 
 TEST_F(MainWindowTest, ButtonsAndEntriesOpenTheSameWindows) {
-  MakeTaxonomy("tax.mdb");
+  MakeTaxonomy();
   using Titles = std::vector<std::string>;
   const struct {
     int entry;

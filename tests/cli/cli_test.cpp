@@ -71,8 +71,6 @@ TEST_F(CliTest, RunsTheWholeWayOnTheSamples) {
 
 TEST_F(CliTest, ListsPrunesAndRestoresTaxonomies) {
   ASSERT_EQ(Run("taxonomy load " + kSamples + "/taxonomy.xml tax.mdb"), 0);
-  EXPECT_EQ(Run("taxonomy list tax.mdb --depth 1"), 0);
-  EXPECT_EQ(std::count(out_.begin(), out_.end(), '\n'), 7);
   EXPECT_EQ(Run("taxonomy list tax.mdb --under C08.127 --depth 2"), 0);
   EXPECT_EQ(out_.substr(0, 29), "9\tC.08.127\tBronchial Diseases");
   EXPECT_EQ(std::count(out_.begin(), out_.end(), '\n'), 6) << out_;
@@ -80,8 +78,6 @@ TEST_F(CliTest, ListsPrunesAndRestoresTaxonomies) {
   EXPECT_EQ(Run("taxonomy list tax.mdb --under C.08"), 1);
   EXPECT_EQ(Run("taxonomy list tax.mdb --under C08 --source"), 0);
   EXPECT_EQ(Run("taxonomy restore tax.mdb"), 0);
-  EXPECT_EQ(Run("taxonomy list tax.mdb"), 0);
-  EXPECT_EQ(std::count(out_.begin(), out_.end(), '\n'), 137);
   EXPECT_EQ(Run("taxonomy prune --upward tax.mdb C.08.127"), 0);
   EXPECT_EQ(err_, "3 positions pruned\n");
 }

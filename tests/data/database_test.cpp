@@ -50,17 +50,6 @@ TEST_F(DatabaseTest, FileItselfEnforcesWidthsAndRanges) {
   }
 }
 
-TEST_F(DatabaseTest, OnlyOrdinaryTablesHaveNoAttributes) {
-  MakeForeignDatabase("f.mdb", R"(CREATE TABLE z(a); CREATE VIEW v AS SELECT 1 x; CREATE TABLE "1 b"(c INTEGER
-      PRIMARY KEY AUTOINCREMENT); CREATE VIRTUAL TABLE w USING fts5(t); CREATE TABLE sys_Queries(n, s);)");
-  const Database database = Database::Open("f.mdb", OpenMode::kReadOnly);
-  std::vector<std::string> ordinary;
-  for (const TableDefinition& table : database.Tables()) {
-    if (table.attributes == 0) ordinary.push_back(table.name);
-  }
-  EXPECT_EQ(ordinary, (std::vector<std::string>{"z", "1 b"}));
-}
-
 TEST_F(DatabaseTest, SecondOpenerGetsAnErrorAtOnce) {
   for (const OpenMode mode : {OpenMode::kReadOnly, OpenMode::kWritable}) {
     const std::string path = mode == OpenMode::kReadOnly ? "r.mdb" : "w.mdb";

@@ -1,11 +1,9 @@
 #include "data/sql_dialect.h"
 
-#include <random>
+#include <gtest/gtest.h>
 
-#include "data/database_error.h"
-#include "data/recordset.h"
-#include "data/statement.h"
-#include "support/test_support.h"
+#include "base/error.h"
+#include "data/variant.h"
 
 namespace selvane::tests {
 
@@ -49,33 +47,6 @@ TEST(SqlDialect, Translates) {
   }
   for (const char* bad : {"SELECT 'a", "SELECT [a", "it's", "SELECT ?"}) {
     EXPECT_THROW(SqlDialect::Translate(bad), InputError) << bad;
-  }
-}
-
-class LiftedLiteralsTest : public FolderTest {};
-
-// What a lifted literal finds is what the engine finds with the literal in its own text.
-TEST_F(LiftedLiteralsTest, FindWhatPlainTextFinds) {
-  std::mt19937 random(7);
-  const char* const pieces[] = {"a", "B", "1", "''", "%", "_", "-", ".", " ", "\"", ";", "--", "\xC3\xB6"};
-  Database database = Database::Create("a.mdb");
-  database.CreateTable("T", std::vector<Field>{{"N", FieldType::kInt16}, {"Text", FieldType::kText, 99}});
-  EXPECT_THROW(database.OpenRecordset("SELECT Missing FROM T"), DatabaseError);  // no text in double quotes
-  std::vector<std::string> literals;
-  for (int i = 0; i < 60; ++i) {
-    std::string literal;
-    for (auto length = random() % 4; length > 0; --length) literal += pieces[random() % std::size(pieces)];
-    literals.push_back(literal);
-    database.Execute("insert into T (N,Text) values(" + std::to_string(i % 7) + ",'" + literal + "')");
-  }
-  for (int i = 0; i < 60; ++i) {
-    const std::string number = std::to_string(i % 7);
-    Statement plain(database.connection(), "SELECT count(*) FROM \"T\" WHERE \"Text\" = '" + literals[i] +
-                                               "' AND \"N\" <= " + number);
-    ASSERT_TRUE(plain.Step());
-    const auto found =
-        Rows(database, "select count(*) from T where Text='" + literals[i] + "' and N<=" + number);
-    EXPECT_EQ(found.at(0), std::to_string(plain.ColumnInteger(0))) << literals[i];
   }
 }
 

@@ -13,6 +13,7 @@ class TransactionSourceTest : public FolderTest {
     MakeForeignDatabase("t.mdb", R"(
         CREATE TABLE first("Index" SMALLINT, "Fever [high], acute" SMALLINT, Cough VARCHAR(5), Raw BLOB, Any REAL);
         INSERT INTO first VALUES (3, 1, '1', 0, 1.4), (7, 2, '01', 0, 1.6), (0, -1, '0', 0, 0.5), (9, 1, '1', 0, 1);
+        CREATE VIEW v AS SELECT 1 x; CREATE VIRTUAL TABLE w USING fts5(t); CREATE TABLE sys_Queries(n, s);
         CREATE TABLE 'only ids'("Index" SMALLINT);
         CREATE TABLE empty("Index" SMALLINT, a SMALLINT);
         CREATE TABLE ids("Index" SMALLINT); INSERT INTO ids VALUES (5);

@@ -58,32 +58,6 @@ TEST_F(ExtractionTest, StoresRulesAndTellsOfTheRun) {
                                    "tax.mdb", "terms.mdb"}));
   EXPECT_EQ(FileNames("state"), Texts{"ItemSets.lock"});
   EXPECT_GT(std::filesystem::file_size("copy.dat"), 50U);
-
-  // Again over the same name: refused, then replaced on demand.
-  const std::string before = ReadFile("Run.mdb");
-  request_.itemset_copy.clear();
-  EXPECT_THROW(Extract(progress_), DatabaseError);
-  EXPECT_EQ(ReadFile("Run.mdb"), before);
-  output_.existing = ExistingFile::kReplace;
-  request_.generalize = false;
-  Extract(progress_);
-  EXPECT_EQ(ReadRulesInfo("Run.mdb").texts.size(), 4U);
-  EXPECT_EQ(Rows("Run.mdb", "SELECT INDEX,ANTECEDENT,CONSEQUENT FROM Extracted"),
-            (Texts{"1|5-|3-", "2|3-|5-"}));
-}
-
-TEST_F(ExtractionTest, RestoresPrunedTerms) {
-  {
-    TaxonomyStore store("tax.mdb");
-    store.database().Execute("DELETE * FROM Taxonomy WHERE FatherId Like 'C.1*'");
-    store.database().Execute("DELETE * FROM Taxonomy WHERE FatherId='F.1'");
-    const Texts terms = {"Asthma", "Steroid", "Smoking", "Nowhere"};
-    EXPECT_EQ(FindMissingEntries(store, terms, progress_), (Texts{"Smoking", "Asthma"}));
-  }
-  EXPECT_EQ(Extract(progress_).restored, (Texts{"Smoking", "Asthma"}));
-  const TaxonomyStore store("tax.mdb");
-  EXPECT_FALSE(store.HasTerm("Lung"));  // the level above stays pruned
-  EXPECT_TRUE(store.HasTerm("Asthma"));
 }
 
 TEST_F(ExtractionTest, LimitsAreNamedBeforeAnythingIsWritten) {

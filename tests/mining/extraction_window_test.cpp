@@ -8,7 +8,6 @@
 #include "base/file.h"
 #include "rules/rules_info.h"
 #include "support/window_test.h"
-#include "taxonomy/taxonomy_pruning.h"
 
 namespace selvane::tests {
 
@@ -26,8 +25,8 @@ constexpr const char* kBadSupport = "error: Extracting" BAD_THRESHOLD;
 class ExtractionWindowTest : public WindowTest {
  protected:
   ExtractionWindowTest() {
-    MakeTaxonomy("tax.mdb");
-    MakeTerms("tax.mdb", "terms.mdb");
+    MakeTaxonomy();
+    MakeTerms();
     window.show();
   }
   ~ExtractionWindowTest() override { window.close(); }
@@ -74,19 +73,9 @@ TEST_F(ExtractionWindowTest, GoesFromADatabaseToRulesAsTheCoreDoes) {
   EXPECT_EQ(Shown("Minimun Confidence"), "0.7");
   EXPECT_EQ(FileNames("state/selvane"), Texts{"ItemSets.lock"});
 
-  // The same by the core; then again by the window, without ancestors, over the file of before.
+  // The same by the command line; then again by the window, without ancestors, over the file of before.
   for (const char* name : {"tax", "terms"}) std::filesystem::copy_file(name + std::string(".mdb"), name);
-  std::string lines;
-  ExtractionHooks hooks;
-  hooks.choose_output = [] { return RulesOutput{"plain.mdb"}; };
-  hooks.rule_line = [&lines](std::string_view line) { lines.append(line) += '\n'; };
-  ItemsetFileHold hold(folder() / "other");
-  TransactionSource source;
-  source.Open("terms");
-  TaxonomyStore taxonomy("tax");
-  SilentProgress progress;
-  ExtractRules(source, taxonomy, hold, {kTable, 0.2F, 0.7F}, hooks, progress);
-  EXPECT_EQ(TreeText(rules()), lines);
+  Cli("rules extract terms --taxonomy tax --output plain.mdb --min-support 0.2 --min-confidence 0.7");
   EXPECT_EQ(Rows("rules.mdb", "SELECT * FROM Extracted"), Rows("plain.mdb", "SELECT * FROM Extracted"));
   EXPECT_EQ(ReadFile("Inforules.dat"), ReadFile("Infoplain.dat"));
   QTest::mouseClick(window.findChild<QCheckBox*>(), Qt::LeftButton, {}, QPoint(8, 12));
@@ -122,11 +111,7 @@ TEST_F(ExtractionWindowTest, ThresholdsOutOfRangeAreReportedWhenTheFieldIsLeft) 
 }
 
 TEST_F(ExtractionWindowTest, EndsWithoutRulesInItsWaysAndTellsOfRestoredTerms) {
-  {
-    TaxonomyStore taxonomy("tax.mdb");
-    SilentProgress progress;
-    PruneTaxonomy(taxonomy, {}, taxonomy.NodesOfTerm("Smoking"), progress);
-  }
+  Cli("taxonomy prune tax.mdb F.01.145.805");
   OpenAndChoose();
   Enter("Minimun Support", "1");
   dialogs.Expect("information: Extracting Rules: No extractable rules");

@@ -146,23 +146,4 @@ TEST_F(GeneralizedAprioriTest, EqualsThePlainSearchByteForByte) {
   EXPECT_TRUE(std::filesystem::exists("frequentItemset2.dat"));
 }
 
-TEST_F(GeneralizedAprioriTest, ItemsetsStayBelowTheNumberOfItems) {
-  LoadText(NodeLine("Fever", "C") + NodeLine("Cough", "D") + NodeLine("Pain", "E"), "tax.mdb");
-  MakeForeignDatabase("terms.mdb",
-                      R"(CREATE TABLE T("Index", Fever, Cough, Pain); INSERT INTO T VALUES (1,1,1,1);
-      CREATE TABLE U("Index", Fever, Cough); INSERT INTO U VALUES (1,1,1);
-      CREATE TABLE V("Index", Fever);)");
-  const TaxonomyStore taxonomy("tax.mdb");
-  TransactionSource source;
-  source.Open("terms.mdb");
-  RecordingProgress progress;
-  const std::pair<const char*, std::uint32_t> cases[] = {{"T", 6}, {"U", 2}, {"V", 0}};
-  for (const auto& [table, written] : cases) {
-    GeneralizedApriori engine(source, table, 1, taxonomy, true, "ItemSets.dat");
-    engine.Run(progress);
-    EXPECT_EQ(engine.itemsets_written(), written) << table;
-  }
-  EXPECT_EQ(progress.positions, (std::vector<int>{0, 10, 20, 90, 0, 10, 90, 0, 10, 90}));
-}
-
 }  // namespace selvane::tests

@@ -145,17 +145,6 @@ TEST_F(RuleGeneratorTest, ShowsLinesAndStopsWhereTheTableIsFull) {
   EXPECT_EQ(StoredRules(store)[3], "2-|3-|0.800000|1.000000|0.800000|1.000000|1|1");
 }
 
-TEST_F(RuleGeneratorTest, TruncatedItemsetFilesAreErrors) {
-  LoadText(NodeLine("Asthma", "C1"), "tax.mdb");
-  const TaxonomyStore taxonomy("tax.mdb");
-  SilentProgress progress;
-  WriteText("sets.dat", std::string("\x01\0\x01\0\0\0\x04\0\0\0\x02", 11));
-  for (const std::size_t budget : {0, 1 << 20}) {
-    EXPECT_THROW(RuleGenerator(0.5F, taxonomy, 5, {"sets.dat", 2, budget, budget, 7}).Tally(progress),
-                 FileError);
-  }
-}
-
 TEST(RuleTally, NamesThresholdsThatJustFit) {
   for (std::uint32_t rows = 3; rows < 700; ++rows) {
     const float lower = static_cast<float>(rows - 2) / static_cast<float>(rows);

@@ -5,9 +5,10 @@
 #include <QLabel>
 #include <QTest>
 #include <cstdlib>
+#include <iterator>
+#include <sstream>
 
-#include "taxonomy/taxonomy_loading.h"
-#include "termdb/term_table.h"
+#include "cli/cli.h"
 #include "ui/qt_text.h"
 
 namespace selvane::tests {
@@ -93,17 +94,12 @@ WindowTest::~WindowTest() {
   }
 }
 
-void WindowTest::MakeTaxonomy(const fs::path& path) {
+void WindowTest::Cli(const std::string& command) {
+  std::istringstream words(command);
+  std::ostringstream out;
   SilentProgress progress;
-  LoadTaxonomy(SELVANE_SOURCE_DIR "/samples/taxonomy.xml", path, ExistingFile::kRefuse, progress);
-}
-
-void WindowTest::MakeTerms(const fs::path& taxonomy, const fs::path& path) {
-  SilentProgress progress;
-  const std::vector<fs::path> samples = {SELVANE_SOURCE_DIR "/samples/abstracts"};
-  const TermCollection collection = CollectTerms(
-      TaxonomyStore(taxonomy), QueryFiles(samples), [](auto&&...) {}, progress);
-  WriteTermTable(collection, path, ExistingFile::kRefuse, clock, progress);
+  EXPECT_EQ(RunCli({std::istream_iterator<std::string>(words), {}}, {out, out, progress, clock, '.'}), 0)
+      << out.str();
 }
 
 QPushButton& Button(const QWidget& window, const QString& text) {

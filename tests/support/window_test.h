@@ -57,9 +57,13 @@ class WindowTest : public FolderTest {
   int left_with = 0;
   Application application{dialogs, [this](int status) { left_with = status; }};
   WindowContext context{dialogs, application, clock, settings, '.'};
-  // Made from samples/ by the core.
-  void MakeTaxonomy(const std::filesystem::path& path);
-  void MakeTerms(const std::filesystem::path& taxonomy, const std::filesystem::path& path);
+  // Runs a command of the command line, whose words are parted by blanks; fails the test when that fails.
+  void Cli(const std::string& command);
+  // tax.mdb and terms.mdb, made from samples/.
+  void MakeTaxonomy() { Cli("taxonomy load " SELVANE_SOURCE_DIR "/samples/taxonomy.xml tax.mdb"); }
+  void MakeTerms() {
+    Cli("terms build --taxonomy tax.mdb --output terms.mdb " SELVANE_SOURCE_DIR "/samples/abstracts");
+  }
 };
 
 // The button of this text; fails the test when there is none.
