@@ -3,7 +3,9 @@
 #include <QDir>
 #include <QLocale>
 #include <QSettings>
+#include <algorithm>
 #include <clocale>
+#include <string_view>
 
 #include "app/application.h"
 #include "app/main_window.h"
@@ -12,7 +14,8 @@
 
 namespace {
 
-QString FolderArgument(const QApplication& app) {
+// Shows the version or the help, and leaves, when it is asked for that.
+QString FolderArgument(const QCoreApplication& app) {
   QCommandLineParser parser;
   parser.setApplicationDescription("Workbench for mining association rules from biomedical abstracts.");
   parser.addHelpOption();
@@ -24,13 +27,21 @@ QString FolderArgument(const QApplication& app) {
   return folders.isEmpty() ? QString() : QDir(folders.front()).absolutePath();
 }
 
+// Questions that need no display.
+bool AsksOnly(int argc, char** argv) {
+  return std::any_of(argv + 1, argv + argc, [](std::string_view argument) {
+    return argument == "--version" || argument == "-v" || argument == "--help" || argument == "-h";
+  });
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  QCoreApplication::setApplicationVersion(SELVANE_VERSION);
+  if (AsksOnly(argc, argv)) FolderArgument(QCoreApplication(argc, argv));
   const QApplication app(argc, argv);
   QCoreApplication::setApplicationName("selvane");
   QCoreApplication::setOrganizationName("selvane");
-  QCoreApplication::setApplicationVersion(SELVANE_VERSION);
   // No display name: Qt would put it behind the title of every window.
   QGuiApplication::setDesktopFileName("selvane");
   const QString decimal_point = QLocale::system().decimalPoint();
