@@ -85,7 +85,7 @@ _selvane_cli() {
   fi
 
   case "$group $command" in
-    ' ') _selvane_cli_words "$cur" 'taxonomy terms rules' ;;
+    ' ') _selvane_cli_words "$cur" 'taxonomy terms rules tabulate' ;;
     'taxonomy ') _selvane_cli_words "$cur" 'load list prune restore' ;;
     'terms ') _selvane_cli_words "$cur" 'build list' ;;
     'rules ') _selvane_cli_words "$cur" 'extract list show' ;;
@@ -95,6 +95,13 @@ _selvane_cli() {
         1) _selvane_cli_files "$cur" '*.mdb' ;;
         *) _selvane_cli_words "$cur" "$options" ;;
       esac
+      ;;
+    'tabulate '*) # up to three files; the first of them counts as the command
+      if ((arguments < 2)); then
+        _selvane_cli_files "$cur"
+      else
+        _selvane_cli_words "$cur" "$options"
+      fi
       ;;
     'terms build') _selvane_cli_files "$cur" '*.[tT][xX][tT]' ;;
     'taxonomy list' | 'taxonomy prune' | 'taxonomy restore' | 'terms list' | 'rules extract' | 'rules list' | \
