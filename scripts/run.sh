@@ -11,11 +11,12 @@ if [ "${1:-}" = --gui ]; then
 fi
 "$root/scripts/setup.sh"
 cmake -S "$root" -B "$root/build/run" -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF >/dev/null
-cmake --build "$root/build/run" --target $program
+cmake --build "$root/build/run" --target selvane-cli $program
 cli="$root/build/run/src/selvane-cli"
 
 folder=${1:-$(mktemp -d "${TMPDIR:-/tmp}/selvane-run-XXXXXX")}
 mkdir -p "$folder"
+folder=$(cd "$folder" && pwd)
 cd "$folder"
 if [ $program = selvane ]; then
   cp -r "$root/samples/taxonomy.xml" "$root/samples/abstracts" .

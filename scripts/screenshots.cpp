@@ -29,6 +29,7 @@ class PreparedDialogs final : public selvane::Dialogs {
  public:
   std::deque<fs::path> files;
   std::vector<fs::path> query_files;
+  int messages = 0;  // none is expected
 
   fs::path OpenFile(QWidget*, selvane::FileKind, const QString&) override { return Next(); }
   std::vector<fs::path> OpenFiles(QWidget*, selvane::FileKind, const QString&) override {
@@ -39,6 +40,7 @@ class PreparedDialogs final : public selvane::Dialogs {
   }
   void Message(QWidget*, selvane::MessageIcon, const QString& title, const QString& text,
                const QString& details) override {
+    ++messages;
     std::cerr << title.toStdString() << ": " << text.toStdString() << ' ' << details.toStdString() << '\n';
   }
 
@@ -134,7 +136,7 @@ void TakeMiningWindows(const selvane::WindowContext& context, PreparedDialogs& d
   photographer.Take(extraction, "extraction.png");
 }
 
-void TakeAll(const fs::path& samples, Photographer& photographer) {
+bool TakeAll(const fs::path& samples, Photographer& photographer) {
   PreparedDialogs dialogs;
   selvane::Application application(dialogs, [](int status) { std::exit(status); });
   const FixedClock clock;
@@ -154,6 +156,7 @@ void TakeAll(const fs::path& samples, Photographer& photographer) {
   selvane::AboutBox about(nullptr);
   about.show();
   photographer.Take(about, "about.png");
+  return dialogs.messages == 0;
 }
 
 QPalette DarkPalette() {
@@ -186,7 +189,8 @@ int main(int argc, char** argv) {
   std::string scratch = (fs::temp_directory_path() / "selvane-screenshots-XXXXXX").string();
   if (::mkdtemp(scratch.data()) == nullptr) return 1;
   fs::current_path(scratch);
-  TakeAll(samples, photographer);
+  ::setenv("XDG_STATE_HOME", scratch.c_str(), 1);
+  const bool complete = TakeAll(samples, photographer);
   fs::remove_all(scratch);
-  return 0;
+  return complete ? 0 : 1;
 }

@@ -41,6 +41,8 @@ void Application::HandleFailure(QWidget* parent, const std::exception_ptr& failu
     show("There is not enough memory. Close other programs, or raise the minimum support.");
   } catch (const std::exception& error) {
     show("The command failed.", error.what());
+  } catch (...) {
+    show("The command failed.");
   }
 }
 

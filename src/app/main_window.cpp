@@ -5,6 +5,7 @@
 #include <QMenuBar>
 #include <QPainter>
 #include <QPushButton>
+#include <QSettings>
 #include <QShortcut>
 #include <QStyle>
 #include <QWindow>
@@ -30,6 +31,7 @@ constexpr int kGreatestPicture = 192;
 constexpr int kPictureMargin = 12;
 constexpr int kButtonColumns = 4;
 const char* const kAboutText = "Infor&mazioni su Selvane...";
+const char* const kSizeKey = "windows/main";
 const char* const kDatabase = "&Database";
 const char* const kRules = "&AssociationRules";
 
@@ -75,12 +77,13 @@ MainWindow::MainWindow(const WindowContext& context) : context_(context) {
   AddMenus();
   AddButtons();
   resize(480, 280);
+  restoreGeometry(context_.settings.value(kSizeKey).toByteArray());
 }
 
 // The window manager's own menu cannot be extended, so the icon at the left end of the menu bar opens ours.
 void MainWindow::AddSystemMenu() {
-  QMenu* const menu = menuBar()->addMenu(windowIcon(), "System menu");
-  menu->menuAction()->setIconVisibleInMenu(true);
+  QMenu* const menu = menuBar()->addMenu(windowIcon(), {});  // a text would cover the icon
+  menu->setAccessibleName("System menu");
   menu->addAction("M&ove", this, [this] { windowHandle()->startSystemMove(); });
   menu->addAction("Mi&nimise", this, [this] { showMinimized(); });
   menu->addAction("&Close", this, [this] { close(); });
@@ -119,6 +122,7 @@ void MainWindow::AddButtons() {
     if (command.button_number == 0) continue;
     auto* const button = new QPushButton(Picture(command.picture), {}, panel);
     button->setObjectName(QString::number(command.button_number));
+    button->setAutoDefault(true);  // Return presses it, as Space does
     constexpr int kSmallestButton = kSmallestPicture + 2 * kPictureMargin;
     button->setMinimumSize(kSmallestButton, kSmallestButton);
     button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
@@ -163,6 +167,11 @@ void MainWindow::resizeEvent(QResizeEvent* event) {
     const int size = std::clamp(room, kSmallestPicture, kGreatestPicture);
     button->setIconSize({size, size});
   }
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+  context_.settings.setValue(kSizeKey, saveGeometry());
+  QMainWindow::closeEvent(event);
 }
 
 void MainWindow::CreateTermDatabase() {

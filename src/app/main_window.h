@@ -37,6 +37,7 @@ class MainWindow final : public QMainWindow {
  protected:
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
+  void closeEvent(QCloseEvent* event) override;
 
  private:
   void AddMenus();

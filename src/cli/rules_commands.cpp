@@ -66,9 +66,6 @@ void ReportTooMany(const RuleTally& tally, const CliContext& context) {
 }
 
 void ReportEnd(const ExtractionReport& report, const CliContext& context) {
-  for (const std::string& entry : report.restored) {
-    fmt::print(context.err, "selvane-cli: the pruned term {} is in the table and was restored\n", entry);
-  }
   if (report.items == 0) {
     fmt::print(context.err,
                "No extractable rules: no row holds a term that the taxonomy knows; check that the table "
@@ -104,6 +101,9 @@ void Extract(ExtractOptions& options, const CliContext& context) {
   TaxonomyStore taxonomy(options.taxonomy);
   ExtractionHooks hooks;
   hooks.choose_output = [&options] { return OutputOf(options); };
+  hooks.restored = [&context](const std::string& entry) {
+    fmt::print(context.err, "selvane-cli: the pruned term {} is in the table and was restored\n", entry);
+  };
   hooks.will_not_fit = [&context](const RuleTally& tally) { ReportTooMany(tally, context); };
   ReportEnd(ExtractRules(source, taxonomy, hold, request, hooks, context.progress), context);
 }
@@ -205,7 +205,7 @@ void Show(const ShowOptions& options, const CliContext& context) {
   }
   SortRules(rules, options.sort);
   if (options.limit > 0 && options.limit < count) rules.resize(static_cast<std::size_t>(options.limit));
-  ItemNames names(taxonomy);
+  NodeNames names(taxonomy);
   context.progress.SetStatus("Completed!!");
   WriteOut(context, PrintRules(rules, options.format, names));
 }

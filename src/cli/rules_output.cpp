@@ -15,7 +15,7 @@ std::string Numbers(const std::vector<NodeNumber>& side) {
   return fmt::format("{}", fmt::join(side, " "));
 }
 
-std::string AsText(const std::vector<NumberedRule>& rules, ItemNames& names) {
+std::string AsText(const std::vector<NumberedRule>& rules, NodeNames& names) {
   std::string text;
   for (const auto& [index, rule] : rules) {
     fmt::format_to(std::back_inserter(text), "{:>5}  {:.6f}  {:.6f}  {} => {}\n", index, rule.support,
@@ -24,7 +24,7 @@ std::string AsText(const std::vector<NumberedRule>& rules, ItemNames& names) {
   return text;
 }
 
-std::string AsCsv(const std::vector<NumberedRule>& rules, ItemNames& names) {
+std::string AsCsv(const std::vector<NumberedRule>& rules, NodeNames& names) {
   std::string text =
       "INDEX,ANTECEDENT,CONSEQUENT,ANTECEDENT_NAMES,CONSEQUENT_NAMES,SUPPORT,CONFIDENCE,PA,PC,ASPEC,CSPEC\n";
   for (const auto& [index, rule] : rules) {
@@ -42,11 +42,11 @@ double Figure(float value) {
   return NumberOf(SingleText(value)).value_or(0);
 }
 
-std::string AsJson(const std::vector<NumberedRule>& rules, ItemNames& names) {
+std::string AsJson(const std::vector<NumberedRule>& rules, NodeNames& names) {
   auto all = nlohmann::ordered_json::array();
   const auto named = [&names](const std::vector<NodeNumber>& side) {
     std::vector<std::string> texts;
-    for (const NodeNumber node : side) texts.push_back(names.Of(node));
+    for (const NodeNumber node : side) texts.push_back(names.Joined(std::span(&node, 1)));
     return texts;
   };
   for (const auto& [index, rule] : rules) {
@@ -76,23 +76,6 @@ std::function<float(const Rule&)> SortFigure(const std::string& key) {
 
 }  // namespace
 
-const std::string& ItemNames::Of(NodeNumber node) {
-  const auto found = names_.find(node);
-  if (found != names_.end()) return found->second;
-  std::string name = taxonomy_.Canonical(node);
-  if (name.empty()) name = fmt::format("#{}", node);
-  return names_.emplace(node, std::move(name)).first->second;
-}
-
-std::string ItemNames::Joined(const std::vector<NodeNumber>& side) {
-  std::string text;
-  for (const NodeNumber node : side) {
-    if (!text.empty()) text += " AND ";
-    text += Of(node);
-  }
-  return text;
-}
-
 const std::vector<std::string>& RuleFormats() {
   static const std::vector<std::string> kFormats = {"text", "csv", "json"};
   return kFormats;
@@ -111,7 +94,7 @@ void SortRules(std::vector<NumberedRule>& rules, const std::string& key) {
   });
 }
 
-std::string PrintRules(const std::vector<NumberedRule>& rules, const std::string& format, ItemNames& names) {
+std::string PrintRules(const std::vector<NumberedRule>& rules, const std::string& format, NodeNames& names) {
   if (format == "csv") return AsCsv(rules, names);
   if (format == "json") return AsJson(rules, names);
   return AsText(rules, names);

@@ -31,10 +31,6 @@ class StageTimer {
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
-bool IsFraction(float value) {
-  return value > 0 && value <= 1;
-}
-
 void CheckRequest(const TransactionSource& source, const ExtractionRequest& request) {
   if (!IsFraction(request.min_support)) throw InputError("the minimum support must be above 0 and at most 1");
   if (!IsFraction(request.min_confidence))
@@ -63,12 +59,13 @@ void CheckRequest(const TransactionSource& source, const ExtractionRequest& requ
 }
 
 void RestoreMissing(const TransactionSource& source, TaxonomyStore& taxonomy,
-                    const ExtractionRequest& request, ExtractionReport& report, Progress& progress) {
+                    const ExtractionRequest& request, const ExtractionHooks& hooks, Progress& progress) {
   std::vector<std::string> terms;
   source.ListItemFields(request.table, terms);
-  report.restored = FindMissingEntries(taxonomy, terms, progress);
-  for (const std::string& entry : report.restored) {
+  const std::vector<std::string> missing = FindMissingEntries(taxonomy, terms, progress);
+  for (const std::string& entry : missing) {
     taxonomy.RestoreEntry(entry);
+    if (hooks.restored) hooks.restored(entry);
     progress.Pulse();
   }
 }
@@ -166,7 +163,7 @@ ExtractionReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy
   CheckRequest(source, request);
   ExtractionReport report;
   const StageTimer check_timer;
-  RestoreMissing(source, taxonomy, request, report, progress);
+  RestoreMissing(source, taxonomy, request, hooks, progress);
   report.check_seconds = check_timer.Seconds();
 
   const StageTimer search_timer;

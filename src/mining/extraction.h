@@ -18,10 +18,18 @@
 
 namespace selvane {
 
+inline constexpr float kDefaultMinSupport = 0.05F;
+inline constexpr float kDefaultMinConfidence = 0.5F;
+
+// What a threshold must be: above 0 and at most 1.
+inline bool IsFraction(float value) {
+  return value > 0 && value <= 1;
+}
+
 struct ExtractionRequest {
   std::string table;  // of the term database
-  float min_support = 0.05F;
-  float min_confidence = 0.5F;
+  float min_support = kDefaultMinSupport;
+  float min_confidence = kDefaultMinConfidence;
   bool generalize = true;
   // The sign that the numbers of the information file are written with, after the user's locale.
   char decimal_sign = '.';
@@ -38,6 +46,8 @@ struct RulesOutput {
 struct ExtractionHooks {
   std::function<RulesOutput()> choose_output;  // must be set
   RuleLine rule_line;                          // each stored rule, when it is set
+  // Told of each entry that was brought back into the working taxonomy. It stays there however the run ends.
+  std::function<void(const std::string& entry)> restored;
   // Told, before storing begins, that the run gives more rules than a table holds.
   std::function<void(const RuleTally&)> will_not_fit;
 };
@@ -51,7 +61,6 @@ enum class ExtractionEnd {
 struct ExtractionReport {
   ExtractionEnd end = ExtractionEnd::kOnlySingleItems;
   std::filesystem::path output;
-  std::vector<std::string> restored;  // entries brought back into the working taxonomy
   std::uint32_t rows = 0;
   std::size_t items = 0;  // nodes found for terms and, when generalizing, their ancestors
   std::uint32_t itemsets = 0;

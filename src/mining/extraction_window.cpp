@@ -9,10 +9,12 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <utility>
 
 #include "base/file.h"
 #include "base/text.h"
 #include "mining/itemset_file.h"
+#include "ui/framed.h"
 #include "ui/line_buffer.h"
 #include "ui/qt_text.h"
 #include "ui/text_tree.h"
@@ -23,22 +25,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr float kDefaultSupport = 0.05F;
-constexpr float kDefaultConfidence = 0.5F;
 const char* const kCaption = "Extracting Rules";
 const char* const kShortCaption = "Extracting";
-
-bool IsFraction(float value) {
-  return value > 0 && value <= 1;
-}
-
-QGroupBox* Framed(const QString& caption, QWidget* widget) {
-  auto* const group = new QGroupBox(caption);
-  auto* const layout = new QVBoxLayout(group);
-  layout->addWidget(widget);
-  if (widget->accessibleName().isEmpty()) widget->setAccessibleName(caption);
-  return group;
-}
 
 }  // namespace
 
@@ -67,7 +55,10 @@ QGroupBox* ExtractionWindow::InputGroup() {
   auto* const layout = new QHBoxLayout(group);
   layout->addWidget(Framed("Tables in Database", tables_));
   layout->addWidget(Framed("Fields in database table", fields_));
-  connect(tables_, &QListWidget::itemSelectionChanged, this, [this] { RunLater([this] { SelectTable(); }); });
+  connect(tables_, &QListWidget::itemSelectionChanged, this, [this] {
+    // A drag over several rows is one choice.
+    if (!std::exchange(selection_pending_, true)) RunLater([this] { SelectTable(); });
+  });
   return group;
 }
 
@@ -113,9 +104,11 @@ void ExtractionWindow::OpenDatabase() {
   open_->setEnabled(false);
   tables_->clear();
   for (const std::string& name : names) tables_->addItem(ToQt(name));
+  tables_->setFocus();
 }
 
 void ExtractionWindow::SelectTable() {
+  selection_pending_ = false;
   fields_->clear();
   const QList<QListWidgetItem*> selected = tables_->selectedItems();
   if (selected.isEmpty()) return;
@@ -123,7 +116,10 @@ void ExtractionWindow::SelectTable() {
     table_ = FromQt(selected.front()->text());
     std::vector<std::string> names;
     source_.ListItemFields(table_, names);
-    for (const std::string& name : names) fields_->addItem(ToQt(name));
+    for (const std::string& name : names) {
+      fields_->addItem(ToQt(name));
+      fields_->item(fields_->count() - 1)->setToolTip(ToQt(name));  // long ones are cut short
+    }
     OpenTaxonomy(
         context().dialogs.OpenFile(this, FileKind::kTaxonomyDatabase, "Selecting taxonomies database : "));
   } catch (...) {
@@ -149,11 +145,15 @@ void ExtractionWindow::OpenTaxonomy(const fs::path& path) {
   }
 }
 
+QString ExtractionWindow::NumberText(double value) const {
+  return ToQt(SingleText(static_cast<float>(value), context().decimal_sign));
+}
+
 float ExtractionWindow::NumberIn(QLineEdit& edit, float old_value) {
   const std::optional<double> number = NumberOf(FromQt(edit.text()));
   if (number) return static_cast<float>(*number);
   const QString text = edit.text();
-  edit.setText(ToQt(SingleText(old_value, context().decimal_sign)));
+  edit.setText(NumberText(old_value));
   RunLater([this, text] {
     ShowMessage(MessageIcon::kError, kCaption,
                 QString("\"%1\" is not a number. Enter one such as 0.05; the value before stays until then.")
@@ -169,27 +169,35 @@ void ExtractionWindow::ReadFields() {
 }
 
 void ExtractionWindow::WriteFields() {
-  support_edit_->setText(ToQt(SingleText(min_support_, context().decimal_sign)));
-  confidence_edit_->setText(ToQt(SingleText(min_confidence_, context().decimal_sign)));
+  support_edit_->setText(NumberText(min_support_));
+  confidence_edit_->setText(NumberText(min_confidence_));
   generalize_box_->setChecked(generalize_);
 }
 
-void ExtractionWindow::CheckThresholds() {
-  // One text for both fields, and neither field shows its new value before the next extraction.
-  const auto report = [this](const char* caption) {
-    RunLater([this, caption] {
-      ShowMessage(MessageIcon::kError, caption,
-                  "Minimun Confidence has a Invalid value \n It'll take in default value");
-    });
-  };
-  ReadFields();
+// The field of a corrected value shows it when the next extraction begins.
+QStringList ExtractionWindow::CorrectThresholds() {
+  QStringList captions;
   if (!IsFraction(min_confidence_)) {
-    report(kCaption);
-    min_confidence_ = kDefaultConfidence;
+    captions.append(kCaption);
+    min_confidence_ = kDefaultMinConfidence;
   }
   if (!IsFraction(min_support_)) {
-    report(kShortCaption);
-    min_support_ = kDefaultSupport;
+    captions.append(kShortCaption);
+    min_support_ = kDefaultMinSupport;
+  }
+  return captions;
+}
+
+void ExtractionWindow::ReportCorrection(const QString& caption) {
+  // One text for both fields.
+  ShowMessage(MessageIcon::kError, caption,
+              "Minimun Confidence has a Invalid value \n It'll take in default value");
+}
+
+void ExtractionWindow::LeaveThreshold() {
+  ReadFields();
+  for (const QString& caption : CorrectThresholds()) {
+    RunLater([this, caption] { ReportCorrection(caption); });
   }
 }
 
@@ -197,7 +205,7 @@ bool ExtractionWindow::eventFilter(QObject* object, QEvent* event) {
   if (event->type() == QEvent::FocusOut && (object == support_edit_ || object == confidence_edit_)) {
     const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
     // A message box or another program takes the focus for a while only.
-    if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) CheckThresholds();
+    if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) LeaveThreshold();
   }
   return ToolWindow::eventFilter(object, event);
 }
@@ -207,19 +215,44 @@ void ExtractionWindow::Extract() {
     ShowMessage(MessageIcon::kWarning, kShortCaption, "No table selected");
     return;
   }
+  // The check box reads the fields too, and so may have brought a refused value back.
+  for (const QString& caption : CorrectThresholds()) ReportCorrection(caption);
+  QStringList restored;
+  try {
+    ShowEnd(ExtractWith(restored));
+  } catch (...) {
+    rules_->clear();
+    ReportRestored(restored);
+    throw;
+  }
+  ReportRestored(restored);
+}
+
+ExtractionReport ExtractionWindow::ExtractWith(QStringList& restored) {
   ItemsetFileHold hold(ItemsetFileHold::DefaultFolder());
   WriteFields();
   LineBuffer lines(*rules_);
-  ExtractionRequest request{table_, min_support_, min_confidence_, generalize_, context().decimal_sign};
+  const ExtractionRequest request{table_, min_support_, min_confidence_, generalize_, context().decimal_sign};
   ExtractionHooks hooks;
-  hooks.choose_output = [this] {
-    return RulesOutput{context().dialogs.SaveFile(this, FileKind::kRulesDatabase,
-                                                  "Saving extracted rules :", OverwriteQuestion::kAsked),
-                       ExistingFile::kReplace};
-  };
+  hooks.choose_output = [this] { return RulesOutput{ChooseOutput(), ExistingFile::kReplace}; };
   hooks.rule_line = [&lines](std::string_view line) { lines.Add(ToQt(line)); };
+  hooks.restored = [&restored](const std::string& entry) { restored.append(ToQt(entry)); };
   hooks.will_not_fit = [this](const RuleTally& tally) { WarnOfTooMany(tally); };
-  ShowEnd(ExtractRules(source_, *taxonomy_, hold, request, hooks, progress()));
+  const ExtractionReport report = ExtractRules(source_, *taxonomy_, hold, request, hooks, progress());
+  lines.Flush();
+  return report;
+}
+
+fs::path ExtractionWindow::ChooseOutput() {
+  const fs::path path = context().dialogs.SaveFile(this, FileKind::kRulesDatabase,
+                                                   "Saving extracted rules :", OverwriteQuestion::kAsked);
+  if (!path.empty() && path.extension() != ".mdb") {
+    ShowMessage(MessageIcon::kWarning, kCaption,
+                QString("%1 is not named *.mdb, so the filtering will not take it. Rename it, with the file "
+                        "of information beside it, before that.")
+                    .arg(PathToQt(path.filename())));
+  }
+  return path;
 }
 
 void ExtractionWindow::ExtractWithOrnex() {
@@ -230,10 +263,10 @@ void ExtractionWindow::ExtractWithOrnex() {
 void ExtractionWindow::WarnOfTooMany(const RuleTally& tally) {
   QStringList fitting;
   if (const auto confidence = tally.FittingConfidence(kMostRules)) {
-    fitting.append(QString("a minimum confidence of %1").arg(*confidence));
+    fitting.append("a minimum confidence of " + NumberText(*confidence));
   }
   if (const auto support = tally.FittingSupport(kMostRules)) {
-    fitting.append(QString("a minimum support of %1").arg(*support));
+    fitting.append("a minimum support of " + NumberText(*support));
   }
   ShowMessage(MessageIcon::kInformation, kCaption,
               QString("There are %1 rules and a table holds %2: the first %2 will be stored. %3")
@@ -254,9 +287,10 @@ void ExtractionWindow::ShowEnd(const ExtractionReport& report) {
     ShowMessage(MessageIcon::kInformation, kCaption, "No extracted rules",
                 "None reaches the minimum confidence. Try a lower one.");
   }
-  if (report.restored.empty()) return;
-  QStringList entries;
-  for (const std::string& entry : report.restored) entries.append(ToQt(entry));
+}
+
+void ExtractionWindow::ReportRestored(const QStringList& entries) {
+  if (entries.isEmpty()) return;
   ShowMessage(MessageIcon::kInformation, kCaption,
               QString("Terms of the table had been pruned from the taxonomy, and were brought back with all "
                       "that is below them: %1")

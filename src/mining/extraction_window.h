@@ -39,16 +39,23 @@ class ExtractionWindow final : public ToolWindow {
   void OpenDatabase();
   void SelectTable();
   void OpenTaxonomy(const std::filesystem::path& path);
-  void CheckThresholds();
+  void LeaveThreshold();
+  // Puts the defaults in place of values out of range; returns the captions of the messages to be shown.
+  QStringList CorrectThresholds();
+  void ReportCorrection(const QString& caption);
   void Extract();
+  ExtractionReport ExtractWith(QStringList& restored);
+  std::filesystem::path ChooseOutput();
   void ExtractWithOrnex();
 
   void ReadFields();
   void WriteFields();
   // The number of a field, or its old value when the text is none.
   float NumberIn(QLineEdit& edit, float old_value);
+  QString NumberText(double value) const;
   void WarnOfTooMany(const RuleTally& tally);
   void ShowEnd(const ExtractionReport& report);
+  void ReportRestored(const QStringList& entries);
 
   QListWidget* tables_;
   QListWidget* fields_;
@@ -59,14 +66,15 @@ class ExtractionWindow final : public ToolWindow {
   QPushButton* open_;
   QPushButton* extract_;
 
-  float min_support_ = 0.05F;
-  float min_confidence_ = 0.5F;
+  float min_support_ = kDefaultMinSupport;
+  float min_confidence_ = kDefaultMinConfidence;
   bool generalize_ = true;
   TransactionSource source_;
   // Each taxonomy that was chosen stays open as long as the window.
   std::vector<std::unique_ptr<TaxonomyStore>> taxonomies_;
   TaxonomyStore* taxonomy_ = nullptr;
   std::string table_;
+  bool selection_pending_ = false;
 };
 
 }  // namespace selvane

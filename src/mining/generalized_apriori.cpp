@@ -124,12 +124,13 @@ void GeneralizedApriori::Run(Progress& progress) {
       level = PairLevel(level, progress);
       pairs_ = PairTable(nodes_.size());
       for (std::size_t i = 0; i < level.size(); ++i) pairs_.Insert(level.Set(i)[0], level.Set(i)[1]);
-      if (generalize_) progress.SetPosition(20);
     } else {
       const auto may_join = [this](std::uint32_t a, std::uint32_t b) { return pairs_.Contains(a, b); };
       level = NextLevel(level, known_, may_join, work_, progress);
     }
     WriteLevel(level);
+    // How many levels there will be is not known; each takes half of what is left of the bar.
+    progress.SetPosition(90 - (70 >> std::min<std::size_t>(k - 2, 6)));
     progress.Pulse();
   }
   try {

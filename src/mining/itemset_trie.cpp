@@ -114,6 +114,7 @@ class TrieRuleCounter {
         counts_[subsets + m] = found == kNone ? kNone : trie_.count_[found];
       }
       if (depth > 0) CountDivisions(trie_.count_[child], 2 * subsets);
+      if (depth == 0) progress_.SetPosition(static_cast<int>(100 * std::uint64_t{child} / end));
       Visit(child, depth + 1);
     }
   }

@@ -76,9 +76,9 @@ class Divider {
 RuleGenerator::RuleGenerator(float minimum_confidence, const TaxonomyStore& taxonomy, std::uint32_t row_count,
                              Options options)
     : minimum_confidence_(minimum_confidence),
-      taxonomy_(taxonomy),
       row_count_(row_count),
-      options_(std::move(options)) {}
+      options_(std::move(options)),
+      names_(taxonomy) {}
 
 const ItemsetTrie* RuleGenerator::Trie(Progress& progress) {
   if (!trie_tried_) {
@@ -99,6 +99,8 @@ void RuleGenerator::ForEach(Progress& progress, const VisitItemset& visit) {
 
 RuleTally RuleGenerator::Tally(Progress& progress) {
   RuleTally tally(row_count_);
+  progress.SetRange(0, 100);
+  progress.SetPosition(0);
   if (const ItemsetTrie* const trie = Trie(progress)) {
     trie->CountRules(minimum_confidence_, tally, progress);
     return tally;
@@ -132,7 +134,7 @@ long RuleGenerator::Generate(RulesStore& rules, const RuleLine& line, Progress& 
     rule.cspec = static_cast<std::int32_t>(rule.consequent.size());
     rules.InsertRule(rule);
     if (++stored % 256 == 0) progress.Pulse();
-    if (line) line(LineOf(rule));
+    if (line) line(names_.Rendered(rule.antecedent) + " => " + names_.Rendered(rule.consequent));
   };
   Transaction transaction(rules.database());
   ForEach(progress, [&](const ItemsetRecord& record, const SupportCounts& counts) {
@@ -142,24 +144,6 @@ long RuleGenerator::Generate(RulesStore& rules, const RuleLine& line, Progress& 
   });
   transaction.Commit();
   return stored;
-}
-
-const std::string& RuleGenerator::NameOf(NodeNumber node) {
-  const auto found = names_.find(node);
-  if (found != names_.end()) return found->second;
-  std::string text;
-  taxonomy_.RenderWithAnd(std::span(&node, 1), text);
-  return names_.emplace(node, std::move(text)).first->second;
-}
-
-std::string RuleGenerator::LineOf(const Rule& rule) {
-  std::string antecedent;
-  for (const NodeNumber node : rule.antecedent) antecedent += NameOf(node);
-  CutLastAnd(antecedent);
-  std::string consequent;
-  for (const NodeNumber node : rule.consequent) consequent += NameOf(node);
-  CutLastAnd(consequent);
-  return antecedent + " => " + consequent;
 }
 
 }  // namespace selvane

@@ -6,13 +6,13 @@
 #include <functional>
 #include <optional>
 #include <string_view>
-#include <unordered_map>
 
 #include "base/progress.h"
 #include "mining/itemset_trie.h"
 #include "mining/rule_tally.h"
 #include "mining/support_counts.h"
 #include "rules/rules_store.h"
+#include "taxonomy/node_names.h"
 #include "taxonomy/taxonomy_store.h"
 
 namespace selvane {
@@ -42,7 +42,7 @@ class RuleGenerator {
   RuleGenerator(float minimum_confidence, const TaxonomyStore& taxonomy, std::uint32_t row_count,
                 Options options);
 
-  // Counts the rules without storing any. Throws FileError and Interrupted.
+  // Counts the rules without storing any, moving the bar from 0 to 100. Throws FileError and Interrupted.
   RuleTally Tally(Progress& progress);
   // Stores the rules in the target table of `rules`, advancing the bar by one for each record, and sends each
   // line to `line` unless that is empty. Returns how many were stored. Throws also DatabaseError.
@@ -51,16 +51,13 @@ class RuleGenerator {
  private:
   void ForEach(Progress& progress, const VisitItemset& visit);
   const ItemsetTrie* Trie(Progress& progress);
-  const std::string& NameOf(NodeNumber node);
-  std::string LineOf(const Rule& rule);
 
   float minimum_confidence_;
-  const TaxonomyStore& taxonomy_;
   std::uint32_t row_count_;
   Options options_;
   bool trie_tried_ = false;
   std::optional<ItemsetTrie> trie_;
-  std::unordered_map<NodeNumber, std::string> names_;
+  NodeNames names_;
 };
 
 }  // namespace selvane

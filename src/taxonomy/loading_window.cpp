@@ -1,17 +1,12 @@
 #include "taxonomy/loading_window.h"
 
-#include <QBoxLayout>
-#include <QLabel>
-
 #include "taxonomy/taxonomy_loading.h"
 
 namespace selvane {
 
 LoadingWindow::LoadingWindow(const WindowContext& context, QWidget* parent)
     : ToolWindow(context, parent, "loading", "Kovril:Loading Taxonomies", {420, 160}) {
-  auto* const hint = new QLabel("Execute asks for a taxonomy file and for the database to make of it.");
-  hint->setWordWrap(true);
-  content().addWidget(hint, 1, Qt::AlignTop);
+  AddHint("Execute asks for a taxonomy file and for the database to make of it.");
   AddButton("&Execute", [this] { Execute(); });
   AddCloseButton();
 }

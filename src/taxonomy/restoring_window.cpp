@@ -1,18 +1,12 @@
 #include "taxonomy/restoring_window.h"
 
-#include <QBoxLayout>
-#include <QLabel>
-
 #include "taxonomy/taxonomy_loading.h"
 
 namespace selvane {
 
 RestoringWindow::RestoringWindow(const WindowContext& context, QWidget* parent)
     : ToolWindow(context, parent, "restoring", "Kovril:Restoring Taxonomies", {420, 160}) {
-  auto* const hint =
-      new QLabel("Execute asks for a taxonomy database and brings back all that was pruned from it.");
-  hint->setWordWrap(true);
-  content().addWidget(hint, 1, Qt::AlignTop);
+  AddHint("Execute asks for a taxonomy database and brings back all that was pruned from it.");
   AddButton("&Execute", [this] { Execute(); });
   AddCloseButton();
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "taxonomy/taxonomy_pruning.h"
+#include "ui/framed.h"
 #include "ui/qt_text.h"
 #include "ui/text_tree.h"
 
@@ -34,13 +35,6 @@ std::vector<NodeNumber> NodesOf(const TextTree& tree) {
     nodes.push_back(tree.topLevelItem(i)->data(0, kNodeRole).toInt());
   }
   return nodes;
-}
-
-QGroupBox* Framed(const QString& caption, TextTree* tree) {
-  auto* const group = new QGroupBox(caption);
-  auto* const layout = new QVBoxLayout(group);
-  layout->addWidget(tree);
-  return group;
 }
 
 }  // namespace

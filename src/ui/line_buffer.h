@@ -7,19 +7,16 @@ namespace selvane {
 
 class TextTree;
 
-// Empties the tree, then adds lines at its end, in blocks; the last block at the end of its life.
+// Empties the tree, then adds lines at its end, in blocks.
 class LineBuffer {
  public:
   explicit LineBuffer(TextTree& tree);
-  LineBuffer(const LineBuffer&) = delete;
-  LineBuffer& operator=(const LineBuffer&) = delete;
-  ~LineBuffer() { Flush(); }
 
   void Add(const QString& line);
-
- private:
+  // To be called after the last line.
   void Flush();
 
+ private:
   TextTree& tree_;
   QStringList lines_;
 };

@@ -57,14 +57,17 @@ QStringList QtDialogs::Ask(QFileDialog& dialog, FileKind kind) {
   const KindTraits traits = TraitsOf(kind);
   const QString key = "folders/" + traits.name;
   QString folder = settings_.value(key).toString();
-  if (!start_folder_.isEmpty() && !kinds_used_.contains(traits.name)) folder = start_folder_;
-  if (!folder.isEmpty() && QFileInfo(folder).isDir()) dialog.setDirectory(folder);
+  if (QFileInfo(start_folder_).isDir() && !kinds_used_.contains(traits.name)) folder = start_folder_;
+  if (QFileInfo(folder).isDir()) dialog.setDirectory(folder);
   dialog.setNameFilters({traits.filter, "All files (*)"});
-  dialog.setDefaultSuffix(traits.suffix);
+  // Not for opening: the file may well have a name without a suffix.
+  if (dialog.acceptMode() == QFileDialog::AcceptSave) dialog.setDefaultSuffix(traits.suffix);
   if (dialog.exec() != QDialog::Accepted) return {};
-  settings_.setValue(key, dialog.directory().absolutePath());
-  kinds_used_.append(traits.name);
-  return dialog.selectedFiles();
+  const QStringList chosen = dialog.selectedFiles();
+  // The folder of the file, which may have been typed with another one than the dialog shows.
+  if (!chosen.isEmpty()) settings_.setValue(key, QFileInfo(chosen.front()).absolutePath());
+  kinds_used_.insert(traits.name);
+  return chosen;
 }
 
 fs::path QtDialogs::OpenFile(QWidget* parent, FileKind kind, const QString& title) {
@@ -88,6 +91,8 @@ fs::path QtDialogs::SaveFile(QWidget* parent, FileKind kind, const QString& titl
   dialog.setAcceptMode(QFileDialog::AcceptSave);
   dialog.setFileMode(QFileDialog::AnyFile);
   dialog.setOption(QFileDialog::DontConfirmOverwrite, question == OverwriteQuestion::kNotAsked);
+  // A native dialog would ask about the name as typed, before the suffix is added to it.
+  dialog.setOption(QFileDialog::DontUseNativeDialog, question == OverwriteQuestion::kAsked);
   const QStringList chosen = Ask(dialog, kind);
   return chosen.isEmpty() ? fs::path() : PathFromQt(chosen.front());
 }

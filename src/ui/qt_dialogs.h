@@ -1,6 +1,7 @@
 // Qt's own dialogs.
 #pragma once
 
+#include <QSet>
 #include <QSettings>
 
 #include "ui/dialogs.h"
@@ -27,7 +28,7 @@ class QtDialogs final : public Dialogs {
 
   QSettings& settings_;
   QString start_folder_;
-  QStringList kinds_used_;
+  QSet<QString> kinds_used_;
 };
 
 }  // namespace selvane

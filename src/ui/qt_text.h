@@ -17,7 +17,7 @@ inline std::string FromQt(const QString& text) {
   return text.toStdString();
 }
 
-// Names of files are bytes, whatever their encoding.
+// Names of files are bytes. Those that are no text in the user's encoding do not come back the same.
 inline QString PathToQt(const std::filesystem::path& path) {
   return QFile::decodeName(QByteArray::fromStdString(path.native()));
 }

@@ -6,7 +6,6 @@
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QToolTip>
-#include <algorithm>
 
 namespace selvane {
 
@@ -44,12 +43,12 @@ void TextTree::keyPressEvent(QKeyEvent* event) {
   }
 }
 
-void TextTree::CopySelected() const {
+void TextTree::CopySelected() {
   // The selection is kept in the order of clicks, the lines are wanted in the order of the tree.
-  QModelIndexList rows = selectionModel()->selectedIndexes();
-  std::sort(rows.begin(), rows.end());
   QStringList lines;
-  for (const QModelIndex& row : rows) lines.append(row.data().toString());
+  for (QTreeWidgetItemIterator item(this, QTreeWidgetItemIterator::Selected); *item; ++item) {
+    lines.append((*item)->text(0));
+  }
   if (!lines.isEmpty()) QGuiApplication::clipboard()->setText(lines.join('\n'));
 }
 

@@ -18,7 +18,7 @@ class TextTree final : public QTreeWidget {
 
  private:
   QString ToolTipOf(const QTreeWidgetItem& item) const;
-  void CopySelected() const;
+  void CopySelected();
 };
 
 }  // namespace selvane

@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScopedValueRollback>
 #include <QSettings>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -18,6 +19,7 @@ namespace selvane {
 namespace {
 
 constexpr int kRetryMilliseconds = 20;
+constexpr int kHintWidth = 280;
 
 QString SizeKey(const QWidget& window) {
   return "windows/" + window.objectName();
@@ -39,7 +41,6 @@ ToolWindow::ToolWindow(const WindowContext& context, QWidget* parent, const QStr
   bar_->setAccessibleName("Progress");
   status_->setObjectName("status");
   status_->setTextFormat(Qt::PlainText);
-  status_->setAccessibleName("Status");
   buttons_->addStretch();
   auto* const layout = new QVBoxLayout(this);
   layout->addLayout(content_, 1);
@@ -48,6 +49,13 @@ ToolWindow::ToolWindow(const WindowContext& context, QWidget* parent, const QStr
   layout->addLayout(buttons_);
   resize(size);
   restoreGeometry(context_.settings.value(SizeKey(*this)).toByteArray());
+}
+
+void ToolWindow::AddHint(const QString& text) {
+  auto* const hint = new QLabel(text);
+  hint->setWordWrap(true);
+  hint->setMinimumSize(kHintWidth, hint->heightForWidth(kHintWidth));  // else it is cut when all is small
+  content_->addWidget(hint, 1, Qt::AlignTop);
 }
 
 QPushButton* ToolWindow::AddButton(const QString& text, Command command) {
@@ -90,7 +98,7 @@ void ToolWindow::RunPending() {
 }
 
 void ToolWindow::RunNow(const Command& command) {
-  working_ = true;
+  const QScopedValueRollback<bool> working(working_, true);
   std::exception_ptr failure;
   progress_.ForgetStop();
   try {
@@ -104,7 +112,6 @@ void ToolWindow::RunNow(const Command& command) {
     progress_.Clear();
   }
   if (failure) context_.failures.HandleFailure(this, failure);
-  working_ = false;
 }
 
 void ToolWindow::ShowMessage(MessageIcon icon, const QString& title, const QString& text,

@@ -41,6 +41,8 @@ class ToolWindow : public QDialog {
 
   // Where a window puts its controls.
   QVBoxLayout& content() { return *content_; }
+  // A sentence that says what the window does.
+  void AddHint(const QString& text);
   // A button in the bottom row, right of those added before; Close is to be the last.
   QPushButton* AddButton(const QString& text, Command command);
   QPushButton* AddCloseButton();

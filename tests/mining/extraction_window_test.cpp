@@ -1,6 +1,8 @@
 #include "mining/extraction_window.h"
 
 #include <QCheckBox>
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QTest>
@@ -34,6 +36,7 @@ class ExtractionWindowTest : public WindowTest {
   void OpenAndChoose() {
     dialogs.Expect(kAskTerms, {"terms.mdb"});
     Click(Button(window, "&Open Database"));
+    EXPECT_EQ(EnabledButtons(window), "Extraxt with ORNEX, &Close");
     dialogs.Expect(kAskTaxonomy, {"tax.mdb"});
     ClickRow(tables(), 0);
   }
@@ -71,6 +74,11 @@ TEST_F(ExtractionWindowTest, GoesFromADatabaseToRulesAsTheCoreDoes) {
   EXPECT_EQ(StatusOf(window), "Completed!!");
   EXPECT_EQ(rules().topLevelItemCount(), 127);
   EXPECT_EQ(Shown("Minimun Confidence"), "0.7");
+  rules().topLevelItem(1)->setSelected(true);
+  rules().topLevelItem(0)->setSelected(true);
+  QTest::keyClick(&rules(), Qt::Key_C, Qt::ControlModifier);
+  EXPECT_EQ(QGuiApplication::clipboard()->text(),
+            rules().topLevelItem(0)->text(0) + '\n' + rules().topLevelItem(1)->text(0));
   EXPECT_EQ(FileNames("state/selvane"), Texts{"ItemSets.lock"});
 
   // The same by the command line; then again by the window, without ancestors, over the file of before.
@@ -94,8 +102,8 @@ TEST_F(ExtractionWindowTest, ThresholdsOutOfRangeAreReportedWhenTheFieldIsLeft) 
   dialogs.Expect(kBadSupport);
   Enter("Minimun Confidence", "0");
   dialogs.ExpectDone();
-  // A click on the button leaves the field too, and the messages come before the extraction.
-  window.findChild<QLineEdit*>("Minimun Confidence")->setFocus();
+  // The check box reads the refused values again, and the extraction corrects them again.
+  QTest::mouseClick(window.findChild<QCheckBox*>(), Qt::LeftButton, {}, QPoint(8, 12));
   dialogs.Expect(kBadConfidence);
   dialogs.Expect(kBadSupport);
   dialogs.Expect(kAskOutput, {"rules.mdb"});

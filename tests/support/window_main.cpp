@@ -1,9 +1,11 @@
-// The main function of window tests: no display, English, and any warning of Qt fails the test.
+// The main function of window tests: no display, no settings of the user, and any warning of Qt fails the
+// test.
 #include <gtest/gtest.h>
 
 #include <QApplication>
 #include <clocale>
 #include <cstdlib>
+#include <filesystem>
 
 namespace {
 
@@ -23,6 +25,7 @@ extern "C" const char* __lsan_default_suppressions() {
 
 int main(int argc, char** argv) {
   ::setenv("QT_QPA_PLATFORM", "offscreen", 0);
+  ::setenv("XDG_CONFIG_HOME", (std::filesystem::temp_directory_path() / "selvane-test-config").c_str(), 1);
   testing::InitGoogleTest(&argc, argv);
   qInstallMessageHandler(FailOnWarning);
   const QApplication app(argc, argv);

@@ -79,4 +79,19 @@ TEST_F(QtDialogsTest, AsksBeforeAFileIsReplacedWhereItIsToldTo) {
   }
 }
 
+TEST_F(QtDialogsTest, ShowsMessagesWithTheirIconsAndDetails) {
+  const std::pair<MessageIcon, QMessageBox::Icon> icons[] = {
+      {MessageIcon::kInformation, QMessageBox::Information},
+      {MessageIcon::kWarning, QMessageBox::Warning},
+      {MessageIcon::kError, QMessageBox::Critical}};
+  for (const auto& [icon, shown] : icons) {
+    Meanwhile<QMessageBox>([shown = shown](QMessageBox& box) {
+      EXPECT_EQ(box.windowTitle() + box.text() + box.detailedText(), "Titlea <b> \n cmore");
+      EXPECT_EQ(box.icon(), shown);
+      box.accept();
+    });
+    real.Message(nullptr, icon, "Title", "a <b> \n c", "more");
+  }
+}
+
 }  // namespace selvane::tests

@@ -4,6 +4,7 @@
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QTest>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include "data/database_error.h"
@@ -39,12 +40,16 @@ TEST_F(ToolWindowTest, TakesNoCommandWhileItWorksButRepaintsAndCanBeStopped) {
     Click(Button(self, "&Work"));
     Click(Button(self, "&Close"));
     QTest::keyClick(&self.field, Qt::Key_A);
-    self.close();
     self.progress().SetStatus("Working ...");
     self.progress().SetRange(0, 10);
-    for (int i = 1; i <= 10; ++i) self.progress().SetPosition(i);
-    shown =
-        self.isVisible() && StatusOf(self) == "Working ..." && self.findChild<QProgressBar*>()->value() == 10;
+    self.progress().SetStep(2);
+    for (int i = 1; i <= 5; ++i) self.progress().StepIt();
+    int painted = 0;
+    QTimer::singleShot(0, &self, [&painted] { ++painted; });
+    QTest::qSleep(60);
+    self.progress().Pulse();  // gives the window its turn
+    shown = painted == 1 && self.isVisible() && StatusOf(self) == "Working ..." &&
+            self.findChild<QProgressBar*>()->value() == 10;
   };
   Click(Button(window, "&Work"));
   EXPECT_EQ(runs, 1);

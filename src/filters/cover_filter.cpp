@@ -1,0 +1,210 @@
+#include "filters/cover_filter.h"
+
+#include <algorithm>
+#include <bit>
+#include <limits>
+#include <map>
+#include <queue>
+
+namespace selvane {
+
+namespace {
+
+// Rows in `rows` and not in `covered`.
+std::uint32_t CountNew(std::span<const RowWord> rows, std::span<const RowWord> covered) {
+  std::uint32_t count = 0;
+  for (std::size_t word = 0; word < rows.size(); ++word) {
+    count += static_cast<std::uint32_t>(std::popcount(rows[word] & ~covered[word]));
+  }
+  return count;
+}
+
+std::uint32_t CountDifferent(std::span<const RowWord> a, std::span<const RowWord> b) {
+  std::uint32_t count = 0;
+  for (std::size_t word = 0; word < a.size(); ++word) {
+    count += static_cast<std::uint32_t>(std::popcount(a[word] ^ b[word]));
+  }
+  return count;
+}
+
+// A rule with the rows that it added when this was last counted; it cannot add more now.
+struct Candidate {
+  std::uint32_t adds;
+  RuleNumber rule;
+  // Of rules that add as many rows the earlier one is better.
+  bool operator<(const Candidate& other) const {
+    return adds != other.adds ? adds < other.adds : rule > other.rule;
+  }
+};
+
+// Clusters by mean distance: a triangle of distances, kept up to date while clusters are joined.
+class Joiner {
+ public:
+  explicit Joiner(std::size_t rules) : members_(rules), distances_(rules, std::vector<double>(rules, 0)) {
+    for (std::size_t i = 0; i < rules; ++i) members_[i] = {i};
+  }
+
+  void Set(std::size_t a, std::size_t b, double distance) { distances_[a][b] = distances_[b][a] = distance; }
+
+  void JoinUntil(std::size_t clusters, Progress& progress) {
+    std::size_t left = members_.size();
+    nearest_.resize(members_.size());
+    for (std::size_t i = 0; i < members_.size(); ++i) nearest_[i] = NearestTo(i);
+    while (left > std::max<std::size_t>(clusters, 1)) {
+      std::size_t a = members_.size();
+      for (std::size_t i = 0; i < members_.size(); ++i) {
+        if (members_[i].empty() || nearest_[i] == kNone) continue;
+        if (a == members_.size() || distances_[i][nearest_[i]] < distances_[a][nearest_[a]]) a = i;
+      }
+      Join(a, nearest_[a]);
+      --left;
+      progress.Pulse();
+    }
+  }
+
+  const std::vector<std::vector<std::size_t>>& members() const { return members_; }
+
+ private:
+  static constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
+
+  std::size_t NearestTo(std::size_t cluster) const {
+    std::size_t nearest = kNone;
+    for (std::size_t i = 0; i < members_.size(); ++i) {
+      if (i == cluster || members_[i].empty()) continue;
+      if (nearest == kNone || distances_[cluster][i] < distances_[cluster][nearest]) nearest = i;
+    }
+    return nearest;
+  }
+
+  // The earlier cluster takes in the later one.
+  void Join(std::size_t a, std::size_t b) {
+    if (b < a) std::swap(a, b);
+    const auto size_a = static_cast<double>(members_[a].size());
+    const auto size_b = static_cast<double>(members_[b].size());
+    for (std::size_t i = 0; i < members_.size(); ++i) {
+      if (i != a && i != b && !members_[i].empty()) {
+        Set(a, i, (size_a * distances_[a][i] + size_b * distances_[b][i]) / (size_a + size_b));
+      }
+    }
+    members_[a].insert(members_[a].end(), members_[b].begin(), members_[b].end());
+    std::sort(members_[a].begin(), members_[a].end());
+    members_[b].clear();
+    for (std::size_t i = 0; i < members_.size(); ++i) {
+      if (members_[i].empty()) continue;
+      if (i == a || nearest_[i] == a || nearest_[i] == b) {
+        nearest_[i] = NearestTo(i);
+      } else if (nearest_[i] != kNone && distances_[i][a] < distances_[i][nearest_[i]]) {
+        nearest_[i] = a;
+      }
+    }
+  }
+
+  std::vector<std::vector<std::size_t>> members_;
+  std::vector<std::vector<double>> distances_;
+  std::vector<std::size_t> nearest_;
+};
+
+}  // namespace
+
+CoverFilter::CoverFilter(const RuleList& rules, const ItemRegistry& items) : rules_(rules), items_(items) {
+  for (std::size_t place = 0; place < items.nodes.size(); ++place) places_.emplace(items.nodes[place], place);
+}
+
+bool CoverFilter::MatchedRows(const Rule& rule, std::vector<RowWord>& rows) const {
+  bool first = true;
+  for (const NodeNumber item : rule.antecedent) {
+    const auto place = places_.find(item);
+    if (place == places_.end()) return false;
+    const RowWord* const bits = items_.rows[place->second];
+    if (first) {
+      rows.assign(bits, bits + items_.rows.words());
+      first = false;
+    } else {
+      operations_.store_and(rows.data(), bits, rows.data(), items_.rows.words());
+    }
+  }
+  return !first;
+}
+
+CoverFilter::Cover CoverFilter::CoverOf(std::span<const RuleNumber> group) const {
+  Cover cover;
+  cover.consequent = rules_[group.front()].consequent;
+  cover.of = static_cast<RuleNumber>(group.size());
+  std::vector<RowWord> covered(items_.rows.words(), 0);
+  std::vector<RowWord> rows;
+  std::priority_queue<Candidate> candidates;
+  for (const RuleNumber rule : group) {
+    if (MatchedRows(rules_[rule], rows)) candidates.push({CountNew(rows, covered), rule});
+  }
+  while (!candidates.empty() && candidates.top().adds > 0) {
+    const Candidate best = candidates.top();
+    candidates.pop();
+    MatchedRows(rules_[best.rule], rows);
+    const std::uint32_t adds = CountNew(rows, covered);
+    if (adds < best.adds) {
+      if (adds > 0) candidates.push({adds, best.rule});
+      continue;
+    }
+    cover.rules.push_back(best.rule);
+    cover.adds.push_back(adds);
+    cover.rows += adds;
+    for (std::size_t word = 0; word < rows.size(); ++word) covered[word] |= rows[word];
+  }
+  return cover;
+}
+
+std::vector<CoverFilter::Cover> CoverFilter::Run(Progress& progress) {
+  progress.SetStatus("Filtering rules with covers ...");
+  progress.SetRange(0, static_cast<int>(rules_.size()));
+  progress.SetPosition(0);
+  std::vector<std::vector<RuleNumber>> groups;
+  std::map<std::vector<NodeNumber>, std::size_t> group_of;
+  for (RuleNumber number = 1; number <= rules_.size(); ++number) {
+    std::vector<NodeNumber> consequent = rules_[number].consequent;
+    std::sort(consequent.begin(), consequent.end());
+    const auto [group, is_new] = group_of.emplace(std::move(consequent), groups.size());
+    if (is_new) groups.emplace_back();
+    groups[group->second].push_back(number);
+  }
+  std::vector<Cover> covers;
+  std::size_t done = 0;
+  for (const std::vector<RuleNumber>& group : groups) {
+    Cover cover = CoverOf(group);
+    if (!cover.rules.empty()) covers.push_back(std::move(cover));
+    done += group.size();
+    progress.SetPosition(static_cast<int>(done));
+    progress.Pulse();
+  }
+  progress.SetStatus("Completed!!");
+  return covers;
+}
+
+std::vector<std::vector<RuleNumber>> CoverFilter::Cluster(const Cover& cover, std::size_t clusters,
+                                                          Progress& progress) const {
+  const std::size_t count = cover.rules.size();
+  std::vector<std::vector<RowWord>> rows(count);
+  for (std::size_t i = 0; i < count; ++i) MatchedRows(rules_[cover.rules[i]], rows[i]);
+  Joiner joiner(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t j = 0; j < i; ++j) joiner.Set(i, j, CountDifferent(rows[i], rows[j]));
+    progress.Pulse();
+  }
+  joiner.JoinUntil(clusters, progress);
+  std::vector<std::vector<RuleNumber>> result;
+  for (const std::vector<std::size_t>& members : joiner.members()) {
+    if (members.empty()) continue;
+    std::vector<RuleNumber>& cluster = result.emplace_back();
+    for (const std::size_t place : members) cluster.push_back(cover.rules[place]);
+  }
+  return result;
+}
+
+std::vector<RuleNumber> RulesOf(std::span<const CoverFilter::Cover> covers) {
+  std::vector<RuleNumber> rules;
+  for (const CoverFilter::Cover& cover : covers) {
+    rules.insert(rules.end(), cover.rules.begin(), cover.rules.end());
+  }
+  return rules;
+}
+
+}  // namespace selvane

@@ -1,0 +1,73 @@
+#include "filters/template_filter.h"
+
+#include <algorithm>
+
+namespace selvane {
+
+namespace {
+
+constexpr RuleNumber kPulseRules = 1024;
+
+bool Holds(std::span<const NodeNumber> items, NodeNumber item) {
+  return std::find(items.begin(), items.end(), item) != items.end();
+}
+
+// An item that is named twice fails on the antecedent and passes on the consequent.
+bool HasItems(const RuleTemplate& wanted, const Rule& rule) {
+  std::vector<NodeNumber> named;
+  for (const TemplateFeature& feature : wanted.antecedent) {
+    if (feature.kind != FeatureKind::kItem) continue;
+    if (!Holds(rule.antecedent, feature.id) || Holds(named, feature.id)) return false;
+    named.push_back(feature.id);
+  }
+  return std::all_of(wanted.consequent.begin(), wanted.consequent.end(), [&](const TemplateFeature& feature) {
+    return feature.kind != FeatureKind::kItem || Holds(rule.consequent, feature.id);
+  });
+}
+
+}  // namespace
+
+bool TemplateFilter::HasClasses(std::span<const TemplateFeature> features,
+                                std::span<const NodeNumber> items) {
+  used_.assign(items.size(), false);
+  for (const TemplateFeature& feature : features) {
+    if (feature.kind != FeatureKind::kOneOfClass && feature.kind != FeatureKind::kSomeOfClass) continue;
+    const std::string& code = names_.CodeOf(feature.id);
+    std::size_t place = 0;
+    while (place < items.size() &&
+           (used_[place] || names_.CodeOf(items[place]).find(code) == std::string::npos)) {
+      ++place;
+    }
+    if (place == items.size()) return false;
+    used_[place] = true;
+  }
+  return true;
+}
+
+bool TemplateFilter::Matches(const RuleTemplate& wanted, const Rule& rule) {
+  return HasItems(wanted, rule) && HasClasses(wanted.antecedent, rule.antecedent) &&
+         HasClasses(wanted.consequent, rule.consequent);
+}
+
+std::vector<RuleNumber> TemplateFilter::Run(const RuleList& rules, Progress& progress) {
+  progress.SetStatus("Filtering rules with templates ...");
+  progress.SetRange(0, static_cast<int>(rules.size()));
+  progress.SetPosition(0);
+  std::vector<RuleNumber> kept;
+  for (RuleNumber number = 1; number <= rules.size(); ++number) {
+    const auto fits = [&](const RuleTemplate& wanted) { return Matches(wanted, rules[number]); };
+    if ((inclusive.empty() || std::any_of(inclusive.begin(), inclusive.end(), fits)) &&
+        std::none_of(restrictive.begin(), restrictive.end(), fits)) {
+      kept.push_back(number);
+    }
+    if (number % kPulseRules == 0) {
+      progress.SetPosition(static_cast<int>(number));
+      progress.Pulse();
+    }
+  }
+  progress.SetPosition(static_cast<int>(rules.size()));
+  progress.SetStatus("Completed!!");
+  return kept;
+}
+
+}  // namespace selvane

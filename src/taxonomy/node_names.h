@@ -1,0 +1,42 @@
+// Names and codes of nodes, each looked up once.
+#pragma once
+
+#include <span>
+#include <string>
+#include <unordered_map>
+
+#include "taxonomy/taxonomy_store.h"
+
+namespace selvane {
+
+// For one run over many rules. What the taxonomy holds must not change during its life.
+class NodeNames {
+ public:
+  // The taxonomy must outlive it.
+  explicit NodeNames(const TaxonomyStore& taxonomy) : taxonomy_(taxonomy) {}
+
+  // The canonical text; empty when there is no such node.
+  const std::string& NameOf(NodeNumber node);
+  // The position code. Throws DatabaseError when there is no such node.
+  const std::string& CodeOf(NodeNumber node);
+
+  // As TaxonomyStore::RenderWithAnd: each name followed by " AND "; nodes that are not there are left out.
+  std::string WithAnd(std::span<const NodeNumber> nodes);
+  // As TaxonomyStore::Render: the same with the last AND cut so that its blanks stay.
+  std::string Rendered(std::span<const NodeNumber> nodes);
+  // For people: names joined by " AND ", a node that is not there by its number, as #17.
+  std::string Joined(std::span<const NodeNumber> nodes);
+
+ private:
+  struct Name {
+    std::string text;
+    bool is_there;
+  };
+  const Name& Find(NodeNumber node);
+
+  const TaxonomyStore& taxonomy_;
+  std::unordered_map<NodeNumber, Name> names_;
+  std::unordered_map<NodeNumber, std::string> codes_;
+};
+
+}  // namespace selvane
