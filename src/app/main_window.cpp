@@ -8,6 +8,7 @@
 #include <QSettings>
 #include <QShortcut>
 #include <QStyle>
+#include <QToolButton>
 #include <QWindow>
 #include <algorithm>
 #include <array>
@@ -82,16 +83,23 @@ MainWindow::MainWindow(const WindowContext& context) : context_(context) {
 
 // The window manager's own menu cannot be extended, so the icon at the left end of the menu bar opens ours.
 void MainWindow::AddSystemMenu() {
-  QMenu* const menu = menuBar()->addMenu(windowIcon(), {});  // a text would cover the icon
-  menu->setAccessibleName("System menu");
+  // An icon in the menu bar itself would vanish while its menu is open.
+  auto* const button = new QToolButton;
+  button->setObjectName("system");
+  button->setIcon(windowIcon());
+  button->setAutoRaise(true);
+  button->setPopupMode(QToolButton::InstantPopup);
+  button->setAccessibleName("System menu");
+  auto* const menu = new QMenu(button);
+  button->setMenu(menu);
+  menuBar()->setCornerWidget(button, Qt::TopLeftCorner);
   menu->addAction("M&ove", this, [this] { windowHandle()->startSystemMove(); });
   menu->addAction("Mi&nimise", this, [this] { showMinimized(); });
   menu->addAction("&Close", this, [this] { close(); });
   menu->addSeparator();
   menu->addAction(kAboutText, this, [this] { Send(kAboutCommand); });
   auto* const shortcut = new QShortcut(QKeySequence("Alt+Space"), this);
-  connect(shortcut, &QShortcut::activated, menu,
-          [this, menu] { menuBar()->setActiveAction(menu->menuAction()); });
+  connect(shortcut, &QShortcut::activated, button, &QToolButton::showMenu);
 }
 
 void MainWindow::AddMenus() {
