@@ -20,11 +20,16 @@ _selvane_cli_words() {
 _selvane_cli_value() {
   local option=$1 cur=$2
   case $option in
-    --taxonomy | --output) _selvane_cli_files "$cur" '*.mdb' ;;
+    --taxonomy | --output | --terms) _selvane_cli_files "$cur" '*.mdb' ;;
     --itemsets) _selvane_cli_files "$cur" ;;
     --format) _selvane_cli_words "$cur" 'text csv json' ;;
     --sort) _selvane_cli_words "$cur" 'index support confidence pa pc' ;;
-    --under | --depth | --table | --min-support | --min-confidence | --limit) ;;
+    --viewpoint) _selvane_cli_words "$cur" 'dependency surprise' ;;
+    --behaviour) _selvane_cli_words "$cur" 'standard rare' ;;
+    --order) _selvane_cli_words "$cur" 'support confidence' ;;
+    --on) _selvane_cli_words "$cur" 'antecedent consequent' ;;
+    --under | --depth | --table | --min-support | --min-confidence | --limit | --threshold | --clusters | \
+      --inclusive | --restrictive | --ground) ;;
     *) return 1 ;;
   esac
 }
@@ -43,13 +48,15 @@ _selvane_cli() {
     return
   fi
 
-  # What stands before: the group, the command and how many arguments that are no options.
+  # What stands before: the group, the command (two words for a filter) and how many arguments that are no
+  # options.
   local group='' command='' arguments=0
   for ((i = 1; i < COMP_CWORD; ++i)); do
     word=${COMP_WORDS[i]}
     case $word in
-      --taxonomy | --output | --itemsets | --format | --sort | --under | --depth | --table | --limit | \
-        --min-support | --min-confidence)
+      --taxonomy | --output | --terms | --itemsets | --format | --sort | --under | --depth | --table | \
+        --limit | --min-support | --min-confidence | --viewpoint | --behaviour | --threshold | --order | \
+        --on | --clusters | --inclusive | --restrictive | --ground)
         [[ ${COMP_WORDS[i + 1]-} == '=' ]] && ((++i))
         ((++i))
         ;;
@@ -59,6 +66,8 @@ _selvane_cli() {
           group=$word
         elif [[ -z $command ]]; then
           command=$word
+        elif [[ "$group $command" == 'rules filter' ]]; then
+          command+=" $word"
         else
           ((++arguments))
         fi
@@ -77,6 +86,16 @@ _selvane_cli() {
                --itemsets --help'
       ;;
     'rules show') options='--taxonomy --table --format --sort --limit --help' ;;
+    'rules filter rating')
+      options='--taxonomy --table --viewpoint --threshold --behaviour --format --save --help'
+      ;;
+    'rules filter template')
+      options='--taxonomy --table --inclusive --restrictive --order --format --save --help'
+      ;;
+    'rules filter specificity')
+      options='--taxonomy --table --ground --on --order --depth --format --save --help'
+      ;;
+    'rules filter cover') options='--taxonomy --terms --table --clusters --format --save --help' ;;
     *) options='--help' ;;
   esac
   if [[ $cur == -* ]]; then
@@ -88,7 +107,8 @@ _selvane_cli() {
     ' ') _selvane_cli_words "$cur" 'taxonomy terms rules tabulate' ;;
     'taxonomy ') _selvane_cli_words "$cur" 'load list prune restore' ;;
     'terms ') _selvane_cli_words "$cur" 'build list' ;;
-    'rules ') _selvane_cli_words "$cur" 'extract list show' ;;
+    'rules ') _selvane_cli_words "$cur" 'extract list show filter' ;;
+    'rules filter') _selvane_cli_words "$cur" 'rating template specificity cover' ;;
     'taxonomy load')
       case $arguments in
         0) _selvane_cli_files "$cur" '*.[xX][mM][lL]' ;;
@@ -105,7 +125,7 @@ _selvane_cli() {
       ;;
     'terms build') _selvane_cli_files "$cur" '*.[tT][xX][tT]' ;;
     'taxonomy list' | 'taxonomy prune' | 'taxonomy restore' | 'terms list' | 'rules extract' | 'rules list' | \
-      'rules show')
+      'rules show' | 'rules filter '*)
       if ((arguments == 0)); then
         _selvane_cli_files "$cur" '*.mdb'
       elif [[ $command != prune ]]; then # what follows there are position codes

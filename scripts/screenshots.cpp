@@ -5,15 +5,19 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QStyleFactory>
+#include <QTimer>
 #include <QTreeWidget>
 #include <deque>
 #include <filesystem>
+#include <functional>
 #include <iostream>
 
 #include "app/about_box.h"
 #include "app/application.h"
 #include "app/main_window.h"
+#include "filters/filtering_window.h"
 #include "mining/extraction_window.h"
+#include "pmml/exchange_window.h"
 #include "taxonomy/loading_window.h"
 #include "taxonomy/restoring_window.h"
 #include "taxonomy/selecting_window.h"
@@ -38,6 +42,7 @@ class PreparedDialogs final : public selvane::Dialogs {
   fs::path SaveFile(QWidget*, selvane::FileKind, const QString&, selvane::OverwriteQuestion) override {
     return Next();
   }
+  bool Ask(QWidget*, const QString&, const QString&) override { return true; }
   void Message(QWidget*, selvane::MessageIcon, const QString& title, const QString& text,
                const QString& details) override {
     ++messages;
@@ -136,6 +141,68 @@ void TakeMiningWindows(const selvane::WindowContext& context, PreparedDialogs& d
   photographer.Take(extraction, "extraction.png");
 }
 
+QListWidget& List(const QWidget& window, const QString& name) {
+  for (QListWidget* const list : window.findChildren<QListWidget*>()) {
+    if (list->accessibleName() == name) return *list;
+  }
+  throw std::logic_error("no list " + name.toStdString());
+}
+
+void Select(QListWidget& list, const QString& text) {
+  list.setCurrentItem(list.findItems(text, Qt::MatchExactly).at(0));
+}
+
+// Opens a filter's window by its command and, while it is shown, prepares it and takes its picture.
+void TakeFilterWindow(selvane::FilteringWindow& filtering, int command, const char* name,
+                      Photographer& photographer, const std::function<void(QWidget&)>& prepare) {
+  QTimer::singleShot(0, &filtering, [&] {
+    QWidget& window = *QApplication::activeModalWidget();
+    prepare(window);
+    photographer.Take(window, name);
+    window.close();
+  });
+  filtering.Send(command);
+}
+
+void TakeFilterWindows(const selvane::WindowContext& context, PreparedDialogs& dialogs,
+                       Photographer& photographer) {
+  using selvane::FilteringWindow;
+  FilteringWindow filtering(context);
+  dialogs.files = {"tax.mdb", "rules.mdb"};
+  filtering.Prepare();
+  filtering.show();
+  Press(filtering, "&Load Rules");
+  List(filtering, "Tables List in Rules Database").setCurrentRow(0);
+  Photographer::Settle();
+  auto* const rules = filtering.findChild<QTreeWidget*>();
+  rules->setCurrentItem(rules->topLevelItem(3));
+  photographer.Take(filtering, "filtering.png");
+  TakeFilterWindow(filtering, FilteringWindow::kRatingCommand, "rating.png", photographer,
+                   [](QWidget& window) { Press(window, "&Filter"); });
+  TakeFilterWindow(filtering, FilteringWindow::kTemplateCommand, "template.png", photographer,
+                   [](QWidget& window) {
+                     Select(List(window, "Antecedent Taxonomy Classes"), "Ethanolamines");
+                     Select(List(window, "Antecedent Cardinality"), "1");
+                     window.findChild<QPushButton*>("ADD class to Antecedent")->click();
+                     Select(List(window, "Consequent Items"), "Smoking");
+                     window.findChild<QPushButton*>("ADD item to Consequent")->click();
+                     Press(window, "Add &Template");
+                     Press(window, "&Filter");
+                   });
+  TakeFilterWindow(filtering, FilteringWindow::kSpecificityCommand, "specificity.png", photographer,
+                   [](QWidget& window) {
+                     Select(List(window, "Ground Items"), "Smoking");
+                     Press(window, "&ADD");
+                     Press(window, "&Filter");
+                     auto* const tree = window.findChild<QTreeWidget*>();
+                     tree->setCurrentItem(tree->topLevelItem(0));
+                     Press(window, "More Specific");
+                   });
+  dialogs.files = {"terms.mdb"};
+  TakeFilterWindow(filtering, FilteringWindow::kCoverCommand, "cover.png", photographer,
+                   [](QWidget& window) { Press(window, "&Filter"); });
+}
+
 bool TakeAll(const fs::path& samples, Photographer& photographer) {
   PreparedDialogs dialogs;
   selvane::Application application(dialogs, [](int status) { std::exit(status); });
@@ -148,6 +215,14 @@ bool TakeAll(const fs::path& samples, Photographer& photographer) {
   photographer.Take(main_window, "main.png");
   TakeTaxonomyWindows(context, dialogs, samples, photographer);
   TakeMiningWindows(context, dialogs, samples, photographer);
+  TakeFilterWindows(context, dialogs, photographer);
+  selvane::ExchangeWindow exchange(context);
+  exchange.show();
+  dialogs.files = {"rules.mdb"};
+  Press(exchange, "Select &Database");
+  List(exchange, "Rules Tables in Database").setCurrentRow(0);
+  photographer.Take(exchange, "exchange.png");
+  exchange.hide();
   selvane::RestoringWindow restoring(context);
   restoring.show();
   dialogs.files = {"tax.mdb"};

@@ -1,7 +1,7 @@
 #!/bin/sh
 # Installs what building and testing need from the system's packages. Does nothing when all is there.
 set -eu
-packages="g++ cmake ninja-build sqlite3 libsqlite3-dev libfmt-dev libcli11-dev nlohmann-json3-dev
+packages="g++ cmake ninja-build sqlite3 libsqlite3-dev libfmt-dev libcli11-dev nlohmann-json3-dev libpugixml-dev
           libgtest-dev libgmock-dev libbenchmark-dev clang-format
           qt6-base-dev libqt6svg6 fonts-dejavu-core"
 missing=""

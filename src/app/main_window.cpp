@@ -16,7 +16,9 @@
 
 #include "app/about_box.h"
 #include "base/tabulation.h"
+#include "filters/filtering_window.h"
 #include "mining/extraction_window.h"
+#include "pmml/exchange_window.h"
 #include "taxonomy/loading_window.h"
 #include "taxonomy/restoring_window.h"
 #include "taxonomy/selecting_window.h"
@@ -203,15 +205,11 @@ void MainWindow::ExtractRules() {
 }
 
 void MainWindow::FilterRules() {
-  context_.dialogs.Message(this, MessageIcon::kInformation, "Filtering Rules",
-                           "The filtering of rules is not available yet. selvane-cli rules show prints and "
-                           "sorts the rules of a database.");
+  OpenWindow<FilteringWindow>();
 }
 
 void MainWindow::ExchangeRules() {
-  context_.dialogs.Message(this, MessageIcon::kInformation, windowTitle(),
-                           "The import and export of rules is not available yet. selvane-cli rules show "
-                           "--format csv writes the rules of a database for other programs.");
+  OpenWindow<ExchangeWindow>();
 }
 
 void MainWindow::Tabulate() {

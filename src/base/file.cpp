@@ -68,6 +68,15 @@ bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b) 
   return std::filesystem::equivalent(a, b, ignored);
 }
 
+void CheckIsNoInput(const std::filesystem::path& output,
+                    std::initializer_list<std::filesystem::path> inputs) {
+  for (const std::filesystem::path& input : inputs) {
+    if (!IsSameFile(output, input)) continue;
+    throw InputError(
+        fmt::format("{}: this would replace a file that is read; choose another name", output.string()));
+  }
+}
+
 FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
   if (this != &other) {
     Close();

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <initializer_list>
 #include <span>
 #include <string>
 #include <string_view>
@@ -15,6 +16,10 @@ std::string ReadFile(const std::filesystem::path& path);
 
 // True when both names lead to one existing file.
 bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b);
+
+// Throws InputError when the output is one of the inputs, which it would replace.
+void CheckIsNoInput(const std::filesystem::path& output,
+                    std::initializer_list<std::filesystem::path> inputs);
 
 // An open file descriptor, closed at the end of its life.
 class FileDescriptor {

@@ -138,6 +138,22 @@ std::string ToCodePage1252(std::string_view utf8) {
   return bytes;
 }
 
+std::string ToLatin1(std::string_view utf8) {
+  std::string bytes;
+  bytes.reserve(utf8.size());
+  while (!utf8.empty()) {
+    char32_t code = 0;
+    const std::size_t length = SequenceLength(utf8, code);
+    utf8.remove_prefix(std::max<std::size_t>(length, 1));
+    if (length > 0 && code < 0x100) {
+      bytes.push_back(static_cast<char>(code));
+    } else {
+      bytes += length == 0 ? "?" : fmt::format("&#{};", static_cast<std::uint32_t>(code));
+    }
+  }
+  return bytes;
+}
+
 std::string SingleText(float value, char decimal_sign) {
   std::string text = fmt::format("{:.7g}", static_cast<double>(value));
   std::replace(text.begin(), text.end(), '.', decimal_sign);

@@ -44,6 +44,8 @@ std::string DecodeInput(std::string bytes);
 
 // UTF-8 to code page 1252; what the code page cannot hold becomes '?'.
 std::string ToCodePage1252(std::string_view utf8);
+// UTF-8 to ISO-8859-1; what that cannot hold becomes a numeric character reference, as &#8364;.
+std::string ToLatin1(std::string_view utf8);
 std::string FromCodePage1252(std::string_view bytes);
 
 // The text of a 32-bit float with at most 7 significant digits, as "0.05" or "1", with this decimal sign.

@@ -41,6 +41,7 @@ int RunCli(std::vector<std::string> arguments, const CliContext& context) {
   AddTaxonomyCommands(app, context);
   AddTermsCommands(app, context);
   AddRulesCommands(app, context);
+  AddPmmlCommands(app, context);
   AddTabulateCommand(app, context);
   try {
     const int status = ParseAndRun(app, std::move(arguments), context);

@@ -37,7 +37,10 @@ int RunCli(std::vector<std::string> arguments, const CliContext& context);
 void AddTaxonomyCommands(CLI::App& app, const CliContext& context);
 void AddTermsCommands(CLI::App& app, const CliContext& context);
 void AddRulesCommands(CLI::App& app, const CliContext& context);
+void AddPmmlCommands(CLI::App& app, const CliContext& context);
 void AddTabulateCommand(CLI::App& app, const CliContext& context);
+// Adds `filter` to the rules commands.
+void AddFilterCommands(CLI::App& rules, const CliContext& context);
 
 // Helpers of the commands.
 

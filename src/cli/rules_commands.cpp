@@ -1,4 +1,4 @@
-// selvane-cli rules extract|list|show
+// selvane-cli rules extract|list|show; rules filter is in filter_commands.cpp
 #include <fmt/format.h>
 #include <fmt/ostream.h>
 
@@ -230,11 +230,12 @@ void AddShow(CLI::App& group, const CliContext& context) {
 }  // namespace
 
 void AddRulesCommands(CLI::App& app, const CliContext& context) {
-  CLI::App* group = app.add_subcommand("rules", "Extract, list and show rules");
+  CLI::App* group = app.add_subcommand("rules", "Extract, list, show and filter rules");
   group->require_subcommand(1);
   AddExtract(*group, context);
   AddList(*group, context);
   AddShow(*group, context);
+  AddFilterCommands(*group, context);
 }
 
 }  // namespace selvane

@@ -3,7 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "base/text.h"
 
@@ -15,31 +17,64 @@ std::string Numbers(const std::vector<NodeNumber>& side) {
   return fmt::format("{}", fmt::join(side, " "));
 }
 
+// The number that is written with the digits of the 32-bit float only.
+double Figure(float value) {
+  return NumberOf(SingleText(value)).value_or(0);
+}
+
+// What is computed of a rule's figures; nothing where it would be no number.
+struct Measures {
+  std::optional<double> lift;        // how often the sides stand together, to what chance gives
+  std::optional<double> leverage;    // the same as a difference
+  std::optional<double> conviction;  // how often chance gives a counterexample, to how often there is one
+};
+
+// With the six decimals of the stored figures.
+std::optional<double> Rounded(double value) {
+  constexpr double kPlaces = 1e6;
+  if (!std::isfinite(value)) return std::nullopt;
+  return std::round(value * kPlaces) / kPlaces + 0.0;  // which makes -0 to 0
+}
+
+Measures MeasuresOf(const Rule& rule) {
+  const double confidence = Figure(rule.confidence);
+  const double pc = Figure(rule.pc);
+  return {Rounded(confidence / pc), Rounded(Figure(rule.support) - Figure(rule.pa) * pc),
+          Rounded((1 - pc) / (1 - confidence))};
+}
+
 std::string AsText(const std::vector<NumberedRule>& rules, NodeNames& names) {
   std::string text;
-  for (const auto& [index, rule] : rules) {
-    fmt::format_to(std::back_inserter(text), "{:>5}  {:.6f}  {:.6f}  {} => {}\n", index, rule.support,
-                   rule.confidence, names.Joined(rule.antecedent), names.Joined(rule.consequent));
+  for (const auto& [index, rule, depth] : rules) {
+    fmt::format_to(std::back_inserter(text), "{:{}}{:>5}  {:.6f}  {:.6f}  {} => {}\n", "", 2 * depth, index,
+                   rule.support, rule.confidence, names.Joined(rule.antecedent),
+                   names.Joined(rule.consequent));
   }
   return text;
+}
+
+std::string MeasureText(std::optional<double> measure) {
+  return measure ? fmt::format("{}", *measure) : std::string();
 }
 
 std::string AsCsv(const std::vector<NumberedRule>& rules, NodeNames& names) {
   std::string text =
-      "INDEX,ANTECEDENT,CONSEQUENT,ANTECEDENT_NAMES,CONSEQUENT_NAMES,SUPPORT,CONFIDENCE,PA,PC,ASPEC,CSPEC\n";
-  for (const auto& [index, rule] : rules) {
-    fmt::format_to(std::back_inserter(text), "{},{},{},{},{},{},{},{},{},{},{}\n", index,
+      "INDEX,ANTECEDENT,CONSEQUENT,ANTECEDENT_NAMES,CONSEQUENT_NAMES,SUPPORT,CONFIDENCE,PA,PC,ASPEC,CSPEC,"
+      "LIFT,LEVERAGE,CONVICTION\n";
+  for (const auto& [index, rule, depth] : rules) {
+    const Measures measures = MeasuresOf(rule);
+    fmt::format_to(std::back_inserter(text), "{},{},{},{},{},{},{},{},{},{},{},{},{},{}\n", index,
                    Numbers(rule.antecedent), Numbers(rule.consequent),
                    DoubleQuoted(names.Joined(rule.antecedent)), DoubleQuoted(names.Joined(rule.consequent)),
                    SingleText(rule.support), SingleText(rule.confidence), SingleText(rule.pa),
-                   SingleText(rule.pc), rule.aspec, rule.cspec);
+                   SingleText(rule.pc), rule.aspec, rule.cspec, MeasureText(measures.lift),
+                   MeasureText(measures.leverage), MeasureText(measures.conviction));
   }
   return text;
 }
 
-// The number that is written with the digits of the 32-bit float only.
-double Figure(float value) {
-  return NumberOf(SingleText(value)).value_or(0);
+nlohmann::ordered_json MeasureJson(std::optional<double> measure) {
+  return measure ? nlohmann::ordered_json(*measure) : nullptr;
 }
 
 std::string AsJson(const std::vector<NumberedRule>& rules, NodeNames& names) {
@@ -49,7 +84,8 @@ std::string AsJson(const std::vector<NumberedRule>& rules, NodeNames& names) {
     for (const NodeNumber node : side) texts.push_back(names.Joined(std::span(&node, 1)));
     return texts;
   };
-  for (const auto& [index, rule] : rules) {
+  for (const auto& [index, rule, depth] : rules) {
+    const Measures measures = MeasuresOf(rule);
     all.push_back({{"index", index},
                    {"antecedent", rule.antecedent},
                    {"consequent", rule.consequent},
@@ -60,7 +96,10 @@ std::string AsJson(const std::vector<NumberedRule>& rules, NodeNames& names) {
                    {"pa", Figure(rule.pa)},
                    {"pc", Figure(rule.pc)},
                    {"aspec", rule.aspec},
-                   {"cspec", rule.cspec}});
+                   {"cspec", rule.cspec},
+                   {"lift", MeasureJson(measures.lift)},
+                   {"leverage", MeasureJson(measures.leverage)},
+                   {"conviction", MeasureJson(measures.conviction)}});
   }
   return all.dump(1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }

@@ -13,6 +13,7 @@ namespace selvane {
 struct NumberedRule {
   long index = 0;
   Rule rule;
+  int depth = 0;  // steps that led to it, shown by the text format only
 };
 
 // Names of the formats and sort keys that PrintRules and SortRules take.

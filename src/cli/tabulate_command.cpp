@@ -25,12 +25,7 @@ void AddTabulateCommand(CLI::App& app, const CliContext& context) {
       "Counts the distinct entries that are in both files, and those in one of them only.\n"
       "Example:\n  selvane-cli tabulate f1.dat f2.dat ris.dat");
   command->callback([options, &context] {
-    for (const auto& input : {options->first, options->second}) {
-      if (IsSameFile(input, options->result)) {
-        throw InputError(fmt::format("{}: the counts would replace this file; choose another name for them",
-                                     options->result.string()));
-      }
-    }
+    CheckIsNoInput(options->result, {options->first, options->second});
     const Tabulation counts = TabulateEntries(options->first, options->second, options->result);
     fmt::print(context.err, "{} in both, {} only in {}, {} only in {}\n", counts.in_both,
                counts.only_in_first, options->first.string(), counts.only_in_second,

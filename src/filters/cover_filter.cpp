@@ -37,14 +37,15 @@ struct Candidate {
   }
 };
 
-// Clusters by mean distance: a triangle of distances, kept up to date while clusters are joined.
+// Clusters by mean distance. The sums over the rules of two clusters are kept up to date while clusters are
+// joined: they are whole numbers, so equal means are equal, and the earlier pair is joined.
 class Joiner {
  public:
-  explicit Joiner(std::size_t rules) : members_(rules), distances_(rules, std::vector<double>(rules, 0)) {
+  explicit Joiner(std::size_t rules) : members_(rules), sums_(rules, std::vector<std::uint64_t>(rules, 0)) {
     for (std::size_t i = 0; i < rules; ++i) members_[i] = {i};
   }
 
-  void Set(std::size_t a, std::size_t b, double distance) { distances_[a][b] = distances_[b][a] = distance; }
+  void Set(std::size_t a, std::size_t b, std::uint64_t sum) { sums_[a][b] = sums_[b][a] = sum; }
 
   void JoinUntil(std::size_t clusters, Progress& progress) {
     std::size_t left = members_.size();
@@ -54,7 +55,7 @@ class Joiner {
       std::size_t a = members_.size();
       for (std::size_t i = 0; i < members_.size(); ++i) {
         if (members_[i].empty() || nearest_[i] == kNone) continue;
-        if (a == members_.size() || distances_[i][nearest_[i]] < distances_[a][nearest_[a]]) a = i;
+        if (a == members_.size() || Mean(i, nearest_[i]) < Mean(a, nearest_[a])) a = i;
       }
       Join(a, nearest_[a]);
       --left;
@@ -67,11 +68,15 @@ class Joiner {
  private:
   static constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
 
+  double Mean(std::size_t a, std::size_t b) const {
+    return static_cast<double>(sums_[a][b]) / static_cast<double>(members_[a].size() * members_[b].size());
+  }
+
   std::size_t NearestTo(std::size_t cluster) const {
     std::size_t nearest = kNone;
     for (std::size_t i = 0; i < members_.size(); ++i) {
       if (i == cluster || members_[i].empty()) continue;
-      if (nearest == kNone || distances_[cluster][i] < distances_[cluster][nearest]) nearest = i;
+      if (nearest == kNone || Mean(cluster, i) < Mean(cluster, nearest)) nearest = i;
     }
     return nearest;
   }
@@ -79,28 +84,21 @@ class Joiner {
   // The earlier cluster takes in the later one.
   void Join(std::size_t a, std::size_t b) {
     if (b < a) std::swap(a, b);
-    const auto size_a = static_cast<double>(members_[a].size());
-    const auto size_b = static_cast<double>(members_[b].size());
     for (std::size_t i = 0; i < members_.size(); ++i) {
-      if (i != a && i != b && !members_[i].empty()) {
-        Set(a, i, (size_a * distances_[a][i] + size_b * distances_[b][i]) / (size_a + size_b));
-      }
+      if (i != a && i != b) Set(a, i, sums_[a][i] + sums_[b][i]);
     }
     members_[a].insert(members_[a].end(), members_[b].begin(), members_[b].end());
     std::sort(members_[a].begin(), members_[a].end());
     members_[b].clear();
+    // To any other cluster the joined one is no nearer than the nearer of the two was.
     for (std::size_t i = 0; i < members_.size(); ++i) {
       if (members_[i].empty()) continue;
-      if (i == a || nearest_[i] == a || nearest_[i] == b) {
-        nearest_[i] = NearestTo(i);
-      } else if (nearest_[i] != kNone && distances_[i][a] < distances_[i][nearest_[i]]) {
-        nearest_[i] = a;
-      }
+      if (i == a || nearest_[i] == a || nearest_[i] == b) nearest_[i] = NearestTo(i);
     }
   }
 
   std::vector<std::vector<std::size_t>> members_;
-  std::vector<std::vector<double>> distances_;
+  std::vector<std::vector<std::uint64_t>> sums_;
   std::vector<std::size_t> nearest_;
 };
 

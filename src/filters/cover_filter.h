@@ -33,8 +33,9 @@ class CoverFilter {
   std::vector<Cover> Run(Progress& progress);
 
   // Divides a cover's rules into at most this many clusters: the two that are nearest are joined until so
-  // many are left. The distance of two rules is the number of rows that one of them matches, that of two
-  // clusters the mean over their rules. Clusters and the rules in them keep the order of the cover.
+  // many are left, of equally near ones the first. The distance of two rules is the number of rows that one
+  // of them matches, that of two clusters the mean over their rules. Clusters and the rules in them keep the
+  // order of the cover.
   std::vector<std::vector<RuleNumber>> Cluster(const Cover& cover, std::size_t clusters,
                                                Progress& progress) const;
 

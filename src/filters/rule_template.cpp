@@ -17,6 +17,13 @@ FeatureKind KindOf(std::string_view symbol) {
   return FeatureKind::kAnyOfClass;
 }
 
+// A node without a name counts too, and is rendered as no name with its AND.
+bool IsThere(NodeNumber node, const TaxonomyStore& taxonomy) {
+  std::string text;
+  taxonomy.RenderWithAnd(std::span(&node, 1), text);
+  return !text.empty();
+}
+
 TemplateFeature ParseFeature(std::string_view text, const TaxonomyStore& taxonomy) {
   if (!text.starts_with('[')) return {ParseItem(text, taxonomy), FeatureKind::kItem};
   const std::size_t end = text.rfind(']');
@@ -77,8 +84,11 @@ RuleTemplate TemplateBuilder::Take() {
 NodeNumber ParseItem(std::string_view text, const TaxonomyStore& taxonomy) {
   if (text.starts_with('#')) {
     const auto number = Int32Of(text.substr(1));
-    if (number && !taxonomy.Canonical(*number).empty()) return *number;
+    if (number && IsThere(*number, taxonomy)) return *number;
     throw InputError(fmt::format("the taxonomy has no item {}", text));
+  }
+  if (text.empty()) {  // would be found where a node has no name
+    throw InputError("an item is empty; name it as Fever or #17, or write [Any] where anything will do");
   }
   const std::vector<NodeNumber> nodes = taxonomy.NodesOfTerm(text);
   if (nodes.size() == 1) return nodes.front();

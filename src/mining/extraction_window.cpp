@@ -1,10 +1,8 @@
 #include "mining/extraction_window.h"
 
 #include <QCheckBox>
-#include <QFocusEvent>
 #include <QGridLayout>
 #include <QGroupBox>
-#include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -16,6 +14,7 @@
 #include "mining/itemset_file.h"
 #include "ui/framed.h"
 #include "ui/line_buffer.h"
+#include "ui/number_field.h"
 #include "ui/qt_text.h"
 #include "ui/text_tree.h"
 
@@ -62,11 +61,19 @@ QGroupBox* ExtractionWindow::InputGroup() {
   return group;
 }
 
-QGroupBox* ExtractionWindow::ThresholdGroup(const QString& caption, QLineEdit*& edit) {
-  edit = new QLineEdit;
-  edit->setObjectName(caption);
-  edit->installEventFilter(this);
-  return Framed(caption, edit);
+QGroupBox* ExtractionWindow::ThresholdGroup(const QString& caption, NumberField*& field) {
+  field = new NumberField(context().decimal_sign);
+  field->setObjectName(caption);
+  field->left = [this] { LeaveThreshold(); };
+  field->refused = [this](const QString& text) {
+    RunLater([this, text] {
+      ShowMessage(
+          MessageIcon::kError, kCaption,
+          QString("\"%1\" is not a number. Enter one such as 0.05; the value before stays until then.")
+              .arg(text));
+    });
+  };
+  return Framed(caption, field);
 }
 
 QGroupBox* ExtractionWindow::GeneralizingGroup() {
@@ -149,28 +156,15 @@ QString ExtractionWindow::NumberText(double value) const {
   return ToQt(SingleText(static_cast<float>(value), context().decimal_sign));
 }
 
-float ExtractionWindow::NumberIn(QLineEdit& edit, float old_value) {
-  const std::optional<double> number = NumberOf(FromQt(edit.text()));
-  if (number) return static_cast<float>(*number);
-  const QString text = edit.text();
-  edit.setText(NumberText(old_value));
-  RunLater([this, text] {
-    ShowMessage(MessageIcon::kError, kCaption,
-                QString("\"%1\" is not a number. Enter one such as 0.05; the value before stays until then.")
-                    .arg(text));
-  });
-  return old_value;
-}
-
 void ExtractionWindow::ReadFields() {
-  min_support_ = NumberIn(*support_edit_, min_support_);
-  min_confidence_ = NumberIn(*confidence_edit_, min_confidence_);
+  min_support_ = support_edit_->Read(min_support_);
+  min_confidence_ = confidence_edit_->Read(min_confidence_);
   generalize_ = generalize_box_->isChecked();
 }
 
 void ExtractionWindow::WriteFields() {
-  support_edit_->setText(NumberText(min_support_));
-  confidence_edit_->setText(NumberText(min_confidence_));
+  support_edit_->Show(min_support_);
+  confidence_edit_->Show(min_confidence_);
   generalize_box_->setChecked(generalize_);
 }
 
@@ -199,15 +193,6 @@ void ExtractionWindow::LeaveThreshold() {
   for (const QString& caption : CorrectThresholds()) {
     RunLater([this, caption] { ReportCorrection(caption); });
   }
-}
-
-bool ExtractionWindow::eventFilter(QObject* object, QEvent* event) {
-  if (event->type() == QEvent::FocusOut && (object == support_edit_ || object == confidence_edit_)) {
-    const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
-    // A message box or another program takes the focus for a while only.
-    if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) LeaveThreshold();
-  }
-  return ToolWindow::eventFilter(object, event);
 }
 
 void ExtractionWindow::Extract() {

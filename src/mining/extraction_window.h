@@ -12,11 +12,11 @@
 
 class QCheckBox;
 class QGroupBox;
-class QLineEdit;
 class QListWidget;
 
 namespace selvane {
 
+class NumberField;
 class TextTree;
 
 // From no database over an open one to a chosen table: "Open Database" is enabled in the first state only,
@@ -25,13 +25,9 @@ class ExtractionWindow final : public ToolWindow {
  public:
   explicit ExtractionWindow(const WindowContext& context, QWidget* parent = nullptr);
 
- protected:
-  // Checks the thresholds when one of their fields loses the focus.
-  bool eventFilter(QObject* object, QEvent* event) override;
-
  private:
   QGroupBox* InputGroup();
-  QGroupBox* ThresholdGroup(const QString& caption, QLineEdit*& edit);
+  QGroupBox* ThresholdGroup(const QString& caption, NumberField*& field);
   QGroupBox* GeneralizingGroup();
   QGroupBox* RulesGroup();
   void AddButtons();
@@ -39,6 +35,7 @@ class ExtractionWindow final : public ToolWindow {
   void OpenDatabase();
   void SelectTable();
   void OpenTaxonomy(const std::filesystem::path& path);
+  // When one of their fields loses the focus.
   void LeaveThreshold();
   // Puts the defaults in place of values out of range; returns the captions of the messages to be shown.
   QStringList CorrectThresholds();
@@ -50,8 +47,6 @@ class ExtractionWindow final : public ToolWindow {
 
   void ReadFields();
   void WriteFields();
-  // The number of a field, or its old value when the text is none.
-  float NumberIn(QLineEdit& edit, float old_value);
   QString NumberText(double value) const;
   void WarnOfTooMany(const RuleTally& tally);
   void ShowEnd(const ExtractionReport& report);
@@ -59,8 +54,8 @@ class ExtractionWindow final : public ToolWindow {
 
   QListWidget* tables_;
   QListWidget* fields_;
-  QLineEdit* support_edit_;
-  QLineEdit* confidence_edit_;
+  NumberField* support_edit_;
+  NumberField* confidence_edit_;
   QCheckBox* generalize_box_;
   TextTree* rules_;
   QPushButton* open_;

@@ -13,7 +13,14 @@ namespace selvane {
 enum class MessageIcon { kInformation, kWarning, kError };
 
 // What a file dialog is for. Each kind has its file filter and remembers its last folder.
-enum class FileKind { kTaxonomyFile, kTaxonomyDatabase, kQueryFiles, kTermDatabase, kRulesDatabase };
+enum class FileKind {
+  kTaxonomyFile,
+  kTaxonomyDatabase,
+  kQueryFiles,
+  kTermDatabase,
+  kRulesDatabase,
+  kModelFile
+};
 
 // Whether a save dialog asks before an existing file is taken. Where it does not, the file stays as it is and
 // making the new one fails.
@@ -29,6 +36,8 @@ class Dialogs {
                                                        const QString& title) = 0;
   virtual std::filesystem::path SaveFile(QWidget* parent, FileKind kind, const QString& title,
                                          OverwriteQuestion question) = 0;
+  // A question that is answered by yes or no; false for no, which Escape says too.
+  virtual bool Ask(QWidget* parent, const QString& title, const QString& text) = 0;
   // Waits until the message is closed. `details` are shown on demand only; an empty text has none.
   virtual void Message(QWidget* parent, MessageIcon icon, const QString& title, const QString& text,
                        const QString& details = {}) = 0;

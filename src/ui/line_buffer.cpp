@@ -14,17 +14,20 @@ LineBuffer::LineBuffer(TextTree& tree) : tree_(tree) {
   tree_.clear();
 }
 
-void LineBuffer::Add(const QString& line) {
-  lines_.append(line);
-  if (lines_.size() >= kBlock) Flush();
+LineBuffer::~LineBuffer() {
+  qDeleteAll(items_);
+}
+
+void LineBuffer::Add(const QString& line, qlonglong number) {
+  auto* const item = new QTreeWidgetItem({line});
+  if (number != 0) item->setData(0, Qt::UserRole, number);
+  items_.append(item);
+  if (items_.size() >= kBlock) Flush();
 }
 
 void LineBuffer::Flush() {
-  QList<QTreeWidgetItem*> items;
-  items.reserve(lines_.size());
-  for (const QString& line : lines_) items.append(new QTreeWidgetItem({line}));
-  tree_.addTopLevelItems(items);
-  lines_.clear();
+  tree_.addTopLevelItems(items_);
+  items_.clear();
 }
 
 }  // namespace selvane

@@ -1,7 +1,9 @@
 // Fills a tree with many lines while work goes on.
 #pragma once
 
-#include <QStringList>
+#include <QList>
+
+class QTreeWidgetItem;
 
 namespace selvane {
 
@@ -11,14 +13,18 @@ class TextTree;
 class LineBuffer {
  public:
   explicit LineBuffer(TextTree& tree);
+  LineBuffer(const LineBuffer&) = delete;
+  LineBuffer& operator=(const LineBuffer&) = delete;
+  ~LineBuffer();
 
-  void Add(const QString& line);
+  // `number` is the line's data, in the first column's user role.
+  void Add(const QString& line, qlonglong number = 0);
   // To be called after the last line.
   void Flush();
 
  private:
   TextTree& tree_;
-  QStringList lines_;
+  QList<QTreeWidgetItem*> items_;
 };
 
 }  // namespace selvane

@@ -32,6 +32,8 @@ KindTraits TraitsOf(FileKind kind) {
       return {"term_database", "Term databases (*.mdb *.MDB)", "mdb"};
     case FileKind::kRulesDatabase:
       return {"rules_database", "Rules databases (*.mdb *.MDB)", "mdb"};
+    case FileKind::kModelFile:  // the suffix is added by the export itself
+      return {"model_file", "Association models (*.xml *.XML *.pmml)", ""};
   }
   return {};
 }
@@ -95,6 +97,13 @@ fs::path QtDialogs::SaveFile(QWidget* parent, FileKind kind, const QString& titl
   dialog.setOption(QFileDialog::DontUseNativeDialog, question == OverwriteQuestion::kAsked);
   const QStringList chosen = Ask(dialog, kind);
   return chosen.isEmpty() ? fs::path() : PathFromQt(chosen.front());
+}
+
+bool QtDialogs::Ask(QWidget* parent, const QString& title, const QString& text) {
+  QMessageBox box(QMessageBox::Question, title, text, QMessageBox::Yes | QMessageBox::No, parent);
+  box.setTextFormat(Qt::PlainText);
+  box.setDefaultButton(QMessageBox::No);
+  return box.exec() == QMessageBox::Yes;
 }
 
 void QtDialogs::Message(QWidget* parent, MessageIcon icon, const QString& title, const QString& text,

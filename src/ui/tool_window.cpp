@@ -70,7 +70,7 @@ QPushButton* ToolWindow::AddButton(const QString& text, Command command) {
 }
 
 QPushButton* ToolWindow::AddCloseButton() {
-  return AddButton("&Close", [this] { done(QDialog::Rejected); });
+  return AddButton("&Close", [this] { Close(); });
 }
 
 void ToolWindow::Run(const Command& command) {
@@ -128,8 +128,12 @@ void ToolWindow::reject() {
   if (working_) {
     progress_.Stop();
   } else {
-    QDialog::reject();
+    Run([this] { Close(); });
   }
+}
+
+void ToolWindow::Close() {
+  done(QDialog::Rejected);
 }
 
 void ToolWindow::keyPressEvent(QKeyEvent* event) {

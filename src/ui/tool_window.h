@@ -47,6 +47,9 @@ class ToolWindow : public QDialog {
   QPushButton* AddButton(const QString& text, Command command);
   QPushButton* AddCloseButton();
 
+  // What the Close button, Escape and the title bar do; run as a command.
+  virtual void Close();
+
   void Run(const Command& command);
   // Runs the command when the control that asked for it has dealt with its event and no mouse button is down:
   // a dialog shown from within a press would swallow the release. Comes before any command that is run later.

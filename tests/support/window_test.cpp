@@ -79,6 +79,10 @@ fs::path ScriptedDialogs::SaveFile(QWidget* /*parent*/, FileKind /*kind*/, const
   return paths.empty() ? fs::path() : paths.front();
 }
 
+bool ScriptedDialogs::Ask(QWidget* /*parent*/, const QString& title, const QString& text) {
+  return !Answer("ask: " + FromQt(title) + ": " + FromQt(text)).empty();
+}
+
 void ScriptedDialogs::Message(QWidget* /*parent*/, MessageIcon icon, const QString& title,
                               const QString& text, const QString& /*details*/) {
   Answer(NameOf(icon) + (": " + FromQt(title)) + ": " + FromQt(text));

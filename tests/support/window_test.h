@@ -22,7 +22,8 @@ class ScriptedDialogs final : public Dialogs {
   ~ScriptedDialogs() override { ExpectDone(); }
 
   // `question` is "open: TITLE", "open many: TITLE", "save: TITLE", "save, asking: TITLE" or "ICON: TITLE:
-  // TEXT" with the icons information, warning and error; a star at its end stands for any text. No answer is
+  // TEXT" with the icons information, warning and error, or "ask: TITLE: TEXT", to which
+  // any answer is yes; a star at its end stands for any text. No answer is
   // Cancel. `meanwhile` is what happens while the dialog is shown.
   void Expect(std::string question, Paths answers = {}, std::function<void()> meanwhile = {});
   void ExpectDone();
@@ -31,6 +32,7 @@ class ScriptedDialogs final : public Dialogs {
   Paths OpenFiles(QWidget*, FileKind, const QString& title) override;
   std::filesystem::path SaveFile(QWidget*, FileKind, const QString& title,
                                  OverwriteQuestion question) override;
+  bool Ask(QWidget*, const QString& title, const QString& text) override;
   void Message(QWidget*, MessageIcon icon, const QString& title, const QString& text,
                const QString& details) override;
 

@@ -1,0 +1,314 @@
+// selvane-cli rules filter rating|template|specificity|cover
+#include <fmt/format.h>
+#include <fmt/ostream.h>
+
+#include <memory>
+#include <ostream>
+
+#include "cli/cli.h"
+#include "cli/rules_output.h"
+#include "filters/cover_filter.h"
+#include "filters/filter_source.h"
+#include "filters/rating_filter.h"
+#include "filters/specificity_filter.h"
+#include "filters/template_filter.h"
+
+namespace selvane {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kMostSteps = 1000;
+
+// What all filters take.
+struct FilterOptions {
+  fs::path database;
+  fs::path taxonomy;
+  std::string table;
+  std::string format = "text";
+  bool save = false;
+};
+
+// The rules of a table, and what is done with those that a filter keeps.
+class FilterRun {
+ public:
+  FilterRun(const FilterOptions& options, const CliContext& context)
+      : taxonomy(options.taxonomy), names(taxonomy), options_(options), context_(context) {
+    info = OpenRulesForFiltering(store_, taxonomy, options.database);
+    store_.OpenRulesTable(ChooseTable(store_.ListRulesTables(), options.table, options.database));
+    context.progress.SetStatus("Loading rules ....");
+    rules = RuleList(store_, context.progress);
+  }
+
+  NumberedRule Numbered(RuleNumber number, int depth = 0) const { return {number, rules[number], depth}; }
+
+  // Prints rules in this order and, where that was asked for, saves them.
+  void Finish(const std::vector<NumberedRule>& kept, std::string_view nothing_kept) {
+    Finish(kept, PrintRules(kept, options_.format, names), nothing_kept);
+  }
+  // The same with the rules as text already.
+  void Finish(const std::vector<NumberedRule>& kept, std::string_view text, std::string_view nothing_kept) {
+    KeepMask mask(rules.size());
+    for (const NumberedRule& rule : kept) mask.Keep(rule.index);
+    std::string saved;
+    if (options_.save && !kept.empty()) {  // first, as nobody may read the output to its end
+      saved = SaveFilteredRules(store_, rules, mask, context_.clock, context_.progress);
+    }
+    context_.progress.SetStatus("Completed!!");
+    WriteOut(context_, text);
+    if (kept.empty()) fmt::print(context_.err, "{}\n", nothing_kept);
+    if (!options_.save) return;
+    if (saved.empty()) {
+      fmt::print(context_.err, "Nothing was kept, so no table was saved\n");
+    } else {
+      fmt::print(context_.err, "Filtered rules saved in database table:\n{}\n", saved);
+    }
+  }
+
+  TaxonomyStore taxonomy;
+  NodeNames names;
+  RulesInfo info;
+  RuleList rules;
+
+ private:
+  const FilterOptions& options_;
+  const CliContext& context_;
+  RulesStore store_;
+};
+
+void AddCommonOptions(CLI::App& command, FilterOptions& options) {
+  command.add_option("RULESDB", options.database, "Rules database")->required();
+  command.add_option("--taxonomy", options.taxonomy, "Taxonomy database")->required()->type_name("TAXDB");
+  command.add_option("--table", options.table, "Rules table, where there are several")->type_name("T");
+  command.add_option("--format", options.format, "text, csv or json")->check(CLI::IsMember(RuleFormats()));
+  command.add_flag("--save", options.save,
+                   "Save the kept rules as a new table of the database and print its name");
+}
+
+// An option whose value is one of some words.
+template <typename Value>
+void AddChoice(CLI::App& command, const std::string& name, Value& value,
+               const std::vector<std::pair<std::string, Value>>& words, const std::string& help) {
+  const auto choose = [words, &value](const std::string& word) {
+    for (const auto& [text, meaning] : words) {
+      if (text == word) value = meaning;
+    }
+  };
+  std::vector<std::string> texts;
+  for (const auto& [text, meaning] : words) texts.push_back(text);
+  command.add_option_function<std::string>(name, choose, help)->check(CLI::IsMember(texts));
+}
+
+void AddOrder(CLI::App& command, RuleOrder& order) {
+  AddChoice<RuleOrder>(
+      command, "--order", order,
+      {{"support", RuleOrder::kDecreasingSupport}, {"confidence", RuleOrder::kDecreasingConfidence}},
+      "What the rules are ordered by, the greatest first");
+}
+
+// An option that may be given several times, and takes several values each time.
+CLI::Option* AddTexts(CLI::App& command, const std::string& name, std::vector<std::string>& texts,
+                      const std::string& help) {
+  // With extra arguments allowed, [A, B] would be read as a list.
+  return command.add_option(name, texts, help)
+      ->expected(1, static_cast<int>(kMostRules))
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->allow_extra_args(false);
+}
+
+struct RatingOptions : FilterOptions {
+  RatingFilter::Options rating;
+};
+
+void Rate(RatingOptions& options, const CliContext& context) {
+  FilterRun run(options, context);
+  options.rating.minimum_support = MinimumSupportOf(run.info);
+  RatingFilter filter(run.rules.size());
+  std::vector<NumberedRule> kept;
+  for (const RuleNumber number : filter.Run(run.rules, options.rating, context.progress)) {
+    kept.push_back(run.Numbered(number));
+  }
+  if (run.rules.size() > 0) {
+    const RatingFilter::Statistics& of = filter.statistics();
+    fmt::print(context.err, "mean {:g}, standard deviation {:g}, limit {:g}\n", of.mean, of.deviation,
+               of.limit);
+  }
+  run.Finish(kept, "No satisfying rule ");
+}
+
+void AddRating(CLI::App& group, const CliContext& context) {
+  CLI::App* command = group.add_subcommand("rating", "Keep rules by a statistical rating");
+  auto options = std::make_shared<RatingOptions>();
+  AddCommonOptions(*command, *options);
+  AddChoice<RatingViewpoint>(
+      *command, "--viewpoint", options->rating.viewpoint,
+      {{"dependency", RatingViewpoint::kDependency}, {"surprise", RatingViewpoint::kSurprise}},
+      "What a rule is rated for: how far its sides depend on each other (the default), or how surprising it "
+      "is");
+  AddFraction(*command, "--threshold", options->rating.probability_threshold,
+              "From which fraction on a side is frequent, for the dependency");
+  AddChoice<RatingBehaviour>(
+      *command, "--behaviour", options->rating.behaviour,
+      {{"standard", RatingBehaviour::kStandard}, {"rare", RatingBehaviour::kRare}},
+      "Rules rated at most mean plus standard deviation (the default), or those above");
+  command->footer(
+      "Example:\n  selvane-cli rules filter rating rules.mdb --taxonomy tax.mdb --viewpoint surprise "
+      "--behaviour rare");
+  command->callback([options, &context] { Rate(*options, context); });
+}
+
+struct TemplateOptions : FilterOptions {
+  std::vector<std::string> inclusive;
+  std::vector<std::string> restrictive;
+  RuleOrder order = RuleOrder::kDecreasingSupport;
+};
+
+void Fit(const TemplateOptions& options, const CliContext& context) {
+  FilterRun run(options, context);
+  TemplateFilter filter(run.names);
+  for (const std::string& text : options.inclusive) {
+    filter.inclusive.push_back(ParseTemplate(text, run.taxonomy));
+  }
+  for (const std::string& text : options.restrictive) {
+    filter.restrictive.push_back(ParseTemplate(text, run.taxonomy));
+  }
+  std::vector<RuleNumber> numbers = filter.Run(run.rules, context.progress);
+  OrderRules(run.rules, options.order, numbers);
+  std::vector<NumberedRule> kept;
+  for (const RuleNumber number : numbers) kept.push_back(run.Numbered(number));
+  run.Finish(kept, "No satisfying rule ");
+}
+
+void AddTemplate(CLI::App& group, const CliContext& context) {
+  CLI::App* command = group.add_subcommand("template", "Keep rules that fit templates");
+  auto options = std::make_shared<TemplateOptions>();
+  AddCommonOptions(*command, *options);
+  AddTexts(*command, "--inclusive", options->inclusive, "A rule must fit one of these")
+      ->type_name("TEMPLATE");
+  AddTexts(*command, "--restrictive", options->restrictive, "A rule must fit none of these")
+      ->type_name("TEMPLATE");
+  AddOrder(*command, options->order);
+  command->footer(
+      "A template is SIDE => SIDE, a side is parts with ; between them: an item (Fever, or #17 by its\n"
+      "number), a class of which an item must be there ([Drugs]1), the same with more allowed ([Drugs]+), a\n"
+      "class of which none need be there ([Drugs]*), or [Any]. Other items may stand beside them.\n"
+      "Example:\n  selvane-cli rules filter template rules.mdb --taxonomy tax.mdb --inclusive "
+      "\"[Any] => [Respiratory Tract Diseases]+\"");
+  command->callback([options, &context] { Fit(*options, context); });
+}
+
+struct SpecificityOptions : FilterOptions {
+  std::vector<std::string> ground;
+  RuleSide side = RuleSide::kAntecedent;
+  RuleOrder order = RuleOrder::kDecreasingSupport;
+  int depth = 0;
+};
+
+void Walk(const SpecificityOptions& options, const CliContext& context) {
+  FilterRun run(options, context);
+  std::vector<NodeNumber> ground;
+  for (const std::string& text : options.ground) ground.push_back(ParseItem(text, run.taxonomy));
+  SpecificityFilter filter(run.rules, run.taxonomy.SpecificityBound());
+  std::vector<NumberedRule> kept;
+  for (const SpecificityStep& step : WalkSpecificity(filter, run.rules, ground, options.side, options.order,
+                                                     options.depth, context.progress)) {
+    kept.push_back(run.Numbered(step.rule, step.depth));
+  }
+  run.Finish(kept, "No rule with ground items");
+}
+
+void AddSpecificity(CLI::App& group, const CliContext& context) {
+  CLI::App* command =
+      group.add_subcommand("specificity", "Find the most general rules with some items, and those below");
+  auto options = std::make_shared<SpecificityOptions>();
+  AddCommonOptions(*command, *options);
+  AddTexts(*command, "--ground", options->ground, "Items that a rule must hold, such as Fever or #17")
+      ->required()
+      ->type_name("ITEM");
+  AddChoice<RuleSide>(*command, "--on", options->side,
+                      {{"antecedent", RuleSide::kAntecedent}, {"consequent", RuleSide::kConsequent}},
+                      "The side that must hold them");
+  AddOrder(*command, options->order);
+  command
+      ->add_option("--depth", options->depth,
+                   "So many steps to more specific rules, from every rule; in text they stand below it")
+      ->type_name("N")
+      ->check(CLI::Range(0, kMostSteps));
+  command->footer(
+      "Example:\n  selvane-cli rules filter specificity rules.mdb --taxonomy tax.mdb --ground Smoking "
+      "--depth 1");
+  command->callback([options, &context] { Walk(*options, context); });
+}
+
+struct CoverOptions : FilterOptions {
+  fs::path terms;
+  std::size_t clusters = 0;  // none asked for
+};
+
+// The rules of a cover cluster by cluster, appended to `kept` and, with a line for each cluster, to `text`.
+void AddClusters(FilterRun& run, const CoverFilter& filter, const CoverFilter::Cover& cover,
+                 std::size_t clusters, std::vector<NumberedRule>& kept, std::string& text,
+                 Progress& progress) {
+  int number = 0;
+  for (const std::vector<RuleNumber>& cluster : filter.Cluster(cover, clusters, progress)) {
+    fmt::format_to(std::back_inserter(text), "# cluster {}: {}\n", ++number,
+                   run.names.Joined(cover.consequent));
+    std::vector<NumberedRule> rules;
+    for (const RuleNumber rule : cluster) rules.push_back(run.Numbered(rule));
+    text += PrintRules(rules, "text", run.names);
+    kept.insert(kept.end(), rules.begin(), rules.end());
+  }
+}
+
+void Cover(const CoverOptions& options, const CliContext& context) {
+  FilterRun run(options, context);
+  const ItemRegistry items = ReadTermTable(options.terms, run.info, run.taxonomy, context.progress);
+  CoverFilter filter(run.rules, items);
+  const std::vector<CoverFilter::Cover> covers = filter.Run(context.progress);
+  std::vector<NumberedRule> kept;
+  std::string text;
+  for (const CoverFilter::Cover& cover : covers) {
+    if (options.clusters > 0) {
+      AddClusters(run, filter, cover, options.clusters, kept, text, context.progress);
+    } else {
+      for (const RuleNumber number : cover.rules) kept.push_back(run.Numbered(number));
+    }
+  }
+  fmt::print(context.err, "{} covers, {} of {} rules kept\n", covers.size(), kept.size(), run.rules.size());
+  const bool in_clusters = options.clusters > 0 && options.format == "text";
+  run.Finish(kept, in_clusters ? text : PrintRules(kept, options.format, run.names),
+             "No rule matches a row of the term table");
+}
+
+void AddCover(CLI::App& group, const CliContext& context) {
+  CLI::App* command =
+      group.add_subcommand("cover", "Keep a few rules for each consequent that hold in the rows of all");
+  auto options = std::make_shared<CoverOptions>();
+  AddCommonOptions(*command, *options);
+  command->add_option("--terms", options->terms, "Term database that the rules were extracted from")
+      ->required()
+      ->type_name("TERMDB");
+  command
+      ->add_option("--clusters", options->clusters,
+                   "Group the rules of each consequent, by the rows in which they differ, into so many")
+      ->type_name("N")
+      ->check(CLI::Range(1L, kMostRules));
+  command->footer(
+      "Example:\n  selvane-cli rules filter cover rules.mdb --taxonomy tax.mdb --terms terms.mdb --clusters "
+      "2");
+  command->callback([options, &context] { Cover(*options, context); });
+}
+
+}  // namespace
+
+void AddFilterCommands(CLI::App& rules, const CliContext& context) {
+  CLI::App* group = rules.add_subcommand("filter", "Keep some of the rules of a table, and print them");
+  group->require_subcommand(1);
+  AddRating(*group, context);
+  AddTemplate(*group, context);
+  AddSpecificity(*group, context);
+  AddCover(*group, context);
+}
+
+}  // namespace selvane

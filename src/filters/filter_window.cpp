@@ -1,0 +1,112 @@
+#include "filters/filter_window.h"
+
+#include <QPushButton>
+#include <QTreeWidget>
+
+#include "base/text.h"
+#include "ui/framed.h"
+#include "ui/qt_text.h"
+#include "ui/searched_tree.h"
+#include "ui/text_tree.h"
+
+namespace selvane {
+
+namespace {
+
+constexpr int kRuleRole = Qt::UserRole;
+
+}  // namespace
+
+QString FiguresText(RuleNumber number, const Rule& rule, char decimal_sign) {
+  const auto text = [decimal_sign](float value) { return ToQt(SingleText(value, decimal_sign)); };
+  return QString("Rule %1: support %2, confidence %3, antecedent in %4, consequent in %5 of the rows")
+      .arg(QString::number(number), text(rule.support), text(rule.confidence), text(rule.pa), text(rule.pc));
+}
+
+FilterWindow::FilterWindow(const WindowContext& context, QWidget* parent, const FilterInput& input,
+                           const QString& name, const QString& title, const QString& save_caption,
+                           const QString& save_text)
+    : ToolWindow(context, parent, name, title, {920, 720}),
+      input_(input),
+      save_caption_(save_caption),
+      save_text_(save_text),
+      names_(input.taxonomy) {}
+
+bool FilterWindow::Prepare() {
+  rules_ = RuleList(input_.rules, progress());
+  progress().Clear();
+  kept_ = KeepMask(rules_.size());
+  Reset();
+  return true;
+}
+
+QWidget* FilterWindow::FilteredRules() {
+  filtered_ = new SearchedTree("Filtered rules");
+  filtered_->tree().setSelectionMode(QAbstractItemView::ExtendedSelection);
+  filtered_->describe = [this](const QTreeWidgetItem& line) {
+    const RuleNumber number = RuleOf(&line);
+    return number == 0 ? QString() : FiguresText(number, rules_[number], context().decimal_sign);
+  };
+  return Framed("Filtered rules", filtered_);
+}
+
+void FilterWindow::AddFilterButtons() {
+  filter_button_ = AddButton("&Filter", [this] { Filter(); });
+  AddButton("&Reset All", [this] { Reset(); });
+  save_button_ = AddButton("&Save rules", [this] { Save(); });
+  AddCloseButton();
+}
+
+void FilterWindow::EnableSave(bool enabled) {
+  something_to_save_ = enabled;
+  save_button_->setEnabled(enabled);
+}
+
+void FilterWindow::ForgetResult() {
+  filtered_->Clear();
+  kept_ = KeepMask(rules_.size());
+  EnableSave(false);
+}
+
+QTreeWidgetItem* FilterWindow::ShowRule(RuleNumber number, const QString& line, QTreeWidgetItem* parent) {
+  kept_.Keep(number);
+  auto* const item = new QTreeWidgetItem({line});
+  item->setData(0, kRuleRole, static_cast<qlonglong>(number));
+  if (parent == nullptr) {
+    filtered_->tree().addTopLevelItem(item);
+  } else {
+    parent->addChild(item);
+  }
+  return item;
+}
+
+void FilterWindow::ResultIsShown() {
+  filtered_->Narrow();
+  if (!kept_.IsEmpty()) EnableSave(true);
+}
+
+RuleNumber FilterWindow::RuleOf(const QTreeWidgetItem* line) {
+  return line == nullptr ? 0 : static_cast<RuleNumber>(line->data(0, kRuleRole).toLongLong());
+}
+
+QString FilterWindow::RenderedLine(RuleNumber number) {
+  const Rule& rule = rules_[number];
+  return ToQt(names_.Rendered(rule.antecedent) + " => " + names_.Rendered(rule.consequent));
+}
+
+void FilterWindow::Save() {
+  if (!something_to_save_ || kept_.IsEmpty()) return;
+  const std::string table = SaveFilteredRules(input_.rules, rules_, kept_, context().clock, progress());
+  ShowMessage(MessageIcon::kInformation, save_caption_, save_text_ + ToQt(table));
+  EnableSave(false);
+}
+
+void FilterWindow::Close() {
+  if (input_.cascade) {
+    Save();
+    HandOverFilteredRules(input_.rules);
+  }
+  ToolWindow::Close();
+}
+
+}  // namespace selvane

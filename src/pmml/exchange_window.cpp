@@ -1,0 +1,176 @@
+#include "pmml/exchange_window.h"
+
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "pmml/pmml11_writer.h"
+#include "ui/framed.h"
+#include "ui/qt_text.h"
+
+namespace selvane {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const char* const kCaption = "Importing/Exporting rules";
+
+}  // namespace
+
+ExchangeWindow::ExchangeWindow(const WindowContext& context, QWidget* parent)
+    : ToolWindow(context, parent, "exchange", "Kovril: Importing/Exporting Rules", {560, 560}) {
+  content().addWidget(ImportGroup());
+  content().addWidget(ExportGroup(), 1);
+  AddCloseButton();
+}
+
+QPushButton* ExchangeWindow::MakeButton(const QString& text, void (ExchangeWindow::*run)()) {
+  auto* const button = new QPushButton(text);
+  button->setAutoDefault(false);
+  connect(button, &QPushButton::clicked, this, [this, run] { Run([this, run] { (this->*run)(); }); });
+  return button;
+}
+
+QLineEdit* ExchangeWindow::AddResult(QLayout& layout, const QString& label) {
+  auto* const field = new QLineEdit;
+  field->setReadOnly(true);
+  field->setObjectName(label);
+  field->setAccessibleName(label.trimmed());
+  layout.addWidget(new QLabel(label));
+  layout.addWidget(field);
+  return field;
+}
+
+QGroupBox* ExchangeWindow::ImportGroup() {
+  auto* const group = new QGroupBox("Importing rules from xml file to database");
+  auto* const layout = new QVBoxLayout(group);
+  auto* const buttons = new QHBoxLayout;
+  buttons->addWidget(MakeButton("Select &XML file", &ExchangeWindow::SelectFile));
+  import_ = MakeButton("&Import", &ExchangeWindow::Import);
+  import_->setEnabled(false);
+  buttons->addWidget(import_);
+  buttons->addStretch();
+  layout->addLayout(buttons);
+  database_result_ = AddResult(*layout, "Rules Database ");
+  table_result_ = AddResult(*layout, "Rules Table in Database");
+  rules_result_ = AddResult(*layout, "Imported Rules  ");
+  return group;
+}
+
+QGroupBox* ExchangeWindow::ExportGroup() {
+  auto* const group = new QGroupBox("Exporting rules from database to xml file");
+  auto* const layout = new QVBoxLayout(group);
+  auto* const buttons = new QHBoxLayout;
+  buttons->addWidget(MakeButton("Select &Database", &ExchangeWindow::SelectDatabase));
+  export_ = MakeButton("&Export", &ExchangeWindow::Export);
+  export_->setEnabled(false);
+  buttons->addWidget(export_);
+  buttons->addStretch();
+  tables_ = new QListWidget;
+  layout->addLayout(buttons);
+  layout->addWidget(Framed("Rules Tables in Database", tables_));
+  return group;
+}
+
+void ExchangeWindow::CloseDatabases() {
+  rules_.reset();
+  taxonomy_.reset();
+}
+
+bool ExchangeWindow::ChooseTaxonomy(const QString& title) {
+  const fs::path path = context().dialogs.OpenFile(this, FileKind::kTaxonomyDatabase, title);
+  taxonomy_.reset();
+  if (path.empty()) {
+    CloseDatabases();
+    Close();
+    return false;
+  }
+  taxonomy_.emplace(path);
+  return true;
+}
+
+void ExchangeWindow::SelectFile() {
+  const fs::path path = context().dialogs.OpenFile(this, FileKind::kModelFile, "Selecting xml rules file : ");
+  if (path.empty()) {
+    CloseDatabases();
+    return Close();
+  }
+  import_->setEnabled(false);
+  file_.emplace(path);
+  import_->setEnabled(true);
+}
+
+void ExchangeWindow::Import() {
+  const PmmlHead head = file_->ReadHead(progress());
+  if (!ChooseTaxonomy("Selecting taxonomies database : ")) return;
+  largest_imported_node_ = taxonomy_->LargestNodeNamedIn(head.taxonomy_codes);
+  fs::path path = context().dialogs.SaveFile(this, FileKind::kRulesDatabase,
+                                             "Saving imported rules :", OverwriteQuestion::kAsked);
+  // Nobody was asked about the one that stands in for it.
+  const ExistingFile existing = path.empty() ? ExistingFile::kRefuse : ExistingFile::kReplace;
+  if (path.empty()) path = kDefaultImport;
+  CheckIsNoInput(path, {taxonomy_->database().path()});
+  rules_.reset();
+  tables_->clear();
+  export_->setEnabled(false);
+  ImportRules(head, nullptr, path, existing, progress());
+  rules_.emplace();
+  rules_->OpenRulesDatabase(path);
+  database_result_->setText(PathToQt(path.stem()));
+  table_result_->setText(ToQt(head.parameters.name));
+  rules_result_->setText(QString::number(head.declared_rules));
+  file_.reset();
+  progress().SetStatus("Completed!!");
+  import_->setEnabled(false);
+}
+
+void ExchangeWindow::SelectDatabase() {
+  const fs::path path =
+      context().dialogs.OpenFile(this, FileKind::kRulesDatabase, "Selecting rules database : ");
+  if (path.empty()) {
+    CloseDatabases();
+    return Close();
+  }
+  rules_.reset();
+  tables_->clear();
+  export_->setEnabled(false);
+  RulesStore store;
+  store.OpenRulesDatabase(path);
+  info_ = ReadRulesInfo(path);
+  rules_ = std::move(store);
+  for (const std::string& table : rules_->ListRulesTables()) tables_->addItem(ToQt(table));
+  export_->setEnabled(true);
+}
+
+void ExchangeWindow::Export() {
+  const QList<QListWidgetItem*> selected = tables_->selectedItems();
+  if (selected.isEmpty()) {
+    ShowMessage(MessageIcon::kWarning, kCaption, "No table selected");
+    return;
+  }
+  const std::string table = FromQt(selected.front()->text());
+  rules_->OpenRulesTable(table);
+  const fs::path chosen = context().dialogs.SaveFile(this, FileKind::kModelFile,
+                                                     "Saving exported rules :", OverwriteQuestion::kAsked);
+  const fs::path path = ExportPath(chosen);
+  // The dialog has asked about the name without the suffix that is always added.
+  if (!chosen.empty() && fs::exists(path) &&
+      !context().dialogs.Ask(this, kCaption,
+                             QString("%1 is there already. Replace it?").arg(PathToQt(path)))) {
+    return;
+  }
+  CheckIsNoInput(path, {rules_->database().path()});
+  Pmml11Writer writer(path, ExistingFile::kReplace);
+  writer.WriteHead(table);
+  if (ChooseTaxonomy("Selecting taxonomies database :")) {
+    writer.WriteModel(*rules_, info_, *taxonomy_, progress());
+    progress().SetStatus("Completed!!");
+  }
+  writer.Finish();
+}
+
+}  // namespace selvane

@@ -1,0 +1,135 @@
+#include "pmml/pmml11_writer.h"
+
+#include <fmt/format.h>
+
+#include <unordered_map>
+
+#include "base/text.h"
+#include "filters/rule_list.h"
+
+namespace selvane {
+
+namespace {
+
+constexpr std::size_t kPulseLines = 4096;
+
+// A position code as the taxonomy file had it: without the dot behind its letter.
+std::string ShortCode(std::string code) {
+  if (code.size() > 1) code.erase(1, 1);
+  return code;
+}
+
+void AppendItemset(std::string& text, const std::vector<std::int32_t>& items, float support,
+                   std::int32_t count) {
+  const std::string id = ItemsetToText(items);
+  fmt::format_to(std::back_inserter(text), "<AssocItemset id=\"{}\"  support=\"{}\" numberOfItems=\"{}\">\n",
+                 id, SingleText(support), count);
+  for (const std::int32_t item : items) {
+    fmt::format_to(std::back_inserter(text), "\t\t<AssocItemRef itemRef=\"{}\"/>\n", item);
+  }
+  text += "</AssocItemset>\n";
+}
+
+}  // namespace
+
+Pmml11Writer::Pmml11Writer(const std::filesystem::path& path, ExistingFile existing)
+    : file_(path, existing), output_(file_.temporary()) {}
+
+// The first seven lines end in carriage return and line feed, all others in line feed.
+void Pmml11Writer::WriteHead(std::string_view model_name) {
+  output_.Write(
+      "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\r\n"
+      "<PMML version=\"1.1\">\r\n"
+      "<Header copyright=\"www.dmg.org\"      description=\"Pmml specifics for generalized association "
+      "rules\"/>\r\n"
+      "<Application name=\"Selvane_Pudro\"/>\r\n"
+      "<DataDictionary numberOfFields=\"1\" >\r\n"
+      "\t\t<DataField name=\"item\" optype=\"categorical\" />\r\n"
+      "</DataDictionary>\r\n");
+  output_.Write(fmt::format("\n\n<AssociationModel   modelName=\"{}\">\n", ToLatin1(model_name)));
+}
+
+// The maps' entries are taken for item numbers, as they stand: each of their 0s and 10s gives a line.
+void Pmml11Writer::WriteItems(const std::vector<std::int32_t>& map, std::string_view weight,
+                              const TaxonomyStore& taxonomy, Progress& progress) {
+  std::unordered_map<std::int32_t, std::string> lines;  // each number is looked up once
+  std::string text;
+  for (std::size_t place = 0; place < map.size(); ++place) {
+    auto line = lines.find(map[place]);
+    if (line == lines.end()) {
+      const TaxonomyStore::Node node = taxonomy.SourceNode(map[place]);
+      line = lines
+                 .emplace(map[place],
+                          fmt::format(
+                              "<AssocItem id=\"{}\"  value=\"{}\"  mappedValue=\"{}\" weight=\"{}\"/>\n",
+                              map[place], ToLatin1(node.canonical), ToLatin1(ShortCode(node.code)), weight))
+                 .first;
+    }
+    text += line->second;
+    if (place % kPulseLines == 0) {
+      progress.SetPosition(static_cast<int>(place));
+      progress.Pulse();
+      output_.Write(text);
+      text.clear();
+    }
+  }
+  output_.Write(text);
+}
+
+void Pmml11Writer::WriteModel(const RulesStore& store, const RulesInfo& info, const TaxonomyStore& taxonomy,
+                              Progress& progress) {
+  const RuleList rules(store, progress);
+  const ModelParameters parameters = ParametersOf(info, {});
+  const RuleNumber count = rules.size();
+  output_.Write(fmt::format(
+      "\t\t<AssocInputStats numberOfTransactions=\"{}\" minimumSupport=\"{}\"  minimumConfidence=\"{}\" "
+      "numberOfItems=\"{}\"  numberOfItemsets=\"{}\"  numberOfRules=\"{}\"/>",
+      ToLatin1(parameters.transactions), ToLatin1(parameters.min_support),
+      ToLatin1(parameters.min_confidence), info.first_map.size() + info.second_map.size(), 2 * count, count));
+  progress.SetStatus("Exporting items ...");
+  progress.SetRange(0, static_cast<int>(info.first_map.size()));
+  output_.Write(
+      "\n\n<!-- Mapped value attribute is  pubmed taxonomy  identifier for each item and weight gives kind "
+      "of item in generalized rules extraction-->\n");
+  WriteItems(info.first_map, "item", taxonomy, progress);
+  WriteItems(info.second_map, "class", taxonomy, progress);
+
+  progress.SetStatus("Exporting itemsets ...");
+  progress.SetRange(0, static_cast<int>(count));
+  output_.Write("\n\n");
+  std::string text;
+  for (RuleNumber number = 1; number <= count; ++number) {
+    text.clear();
+    AppendItemset(text, rules[number].antecedent, rules[number].pa, rules[number].aspec);
+    AppendItemset(text, rules[number].consequent, rules[number].pc, rules[number].cspec);
+    output_.Write(text);
+    progress.SetPosition(static_cast<int>(number));
+    if (number % 1024 == 0) progress.Pulse();
+  }
+  progress.SetStatus("Exporting rules ...");
+  progress.SetRange(0, static_cast<int>(count));
+  output_.Write("\n\n");
+  for (RuleNumber number = 1; number <= count; ++number) {
+    const Rule& rule = rules[number];
+    output_.Write(
+        fmt::format("<AssocRule  support=\"{}\"  confidence=\"{}\"  antecedent=\"{}\"  consequent=\"{}\"/>\n",
+                    SingleText(rule.support), SingleText(rule.confidence), ItemsetToText(rule.antecedent),
+                    ItemsetToText(rule.consequent)));
+  }
+  progress.SetPosition(static_cast<int>(count));
+  output_.Write("</AssociationModel>\n</PMML>\n");
+}
+
+void Pmml11Writer::Finish() {
+  output_.Close();
+  file_.Commit();
+}
+
+std::filesystem::path ExportPath(const std::filesystem::path& chosen) {
+  if (chosen.empty()) return kDefaultExport;
+  std::filesystem::path path = chosen;
+  path += ".xml";
+  return path;
+}
+
+}  // namespace selvane

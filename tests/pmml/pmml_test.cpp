@@ -1,0 +1,206 @@
+#include <fmt/format.h>
+
+#include <map>
+#include <pugixml.hpp>
+#include <random>
+#include <set>
+
+#include "base/file.h"
+#include "base/text.h"
+#include "data/database_error.h"
+#include "pmml/pmml11_writer.h"
+#include "pmml/pmml44_writer.h"
+#include "pmml/pmml_reader.h"
+#include "taxonomy/taxonomy_files.h"
+
+namespace selvane::tests {
+
+using Texts = std::vector<std::string>;
+
+class PmmlTest : public FolderTest {
+ protected:
+  PmmlTest() {
+    LoadText(NodeLine("Sj\xC3\xB6gren \xE2\x82\xAC & <b>", "C1") + NodeLine("Fever", "C2.5") +
+                 NodeLine("Diseases", "C") + NodeLine("Drugs", "D"),
+             "tax.mdb");
+    store_.CreateRulesDatabase("rules.mdb", "R_1");
+    store_.SetTargetTable("R_1");
+    store_.SetSourceTable("R_1");
+    info_.texts = {"T", "5", "0,2", "0.5", "Diseases"};
+    info_.first_map = {0, 0, 3, 0};
+    info_.second_map = {1, 5};
+  }
+  void Insert(std::vector<std::int32_t> antecedent, std::vector<std::int32_t> consequent, float pa = 0.4F) {
+    const auto size = [](const auto& side) { return static_cast<std::int32_t>(side.size()); };
+    store_.InsertRule({antecedent, consequent, 0.2F, 0.5F, pa, 0.6F, size(antecedent), size(consequent)});
+  }
+  std::string Export11() {
+    Pmml11Writer writer("a.xml", ExistingFile::kReplace);
+    writer.WriteHead("R_1");
+    writer.WriteModel(store_, info_, TaxonomyStore("tax.mdb"), progress_);
+    writer.Finish();
+    return ReadFile("a.xml");
+  }
+  void Export44() {
+    WritePmml44(store_, ParametersOf(info_, "R_1"), TaxonomyStore("tax.mdb"), "b.xml", ExistingFile::kReplace,
+                FixedClock(), progress_);
+  }
+  RulesStore store_;
+  RulesInfo info_;
+  SilentProgress progress_;
+};
+
+TEST_F(PmmlTest, WritesThatDocumentByteForByte) {
+  Insert({3, 1}, {4});
+  EXPECT_EQ(
+      Export11(),
+      "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\r\n<PMML version=\"1.1\">\r\n"
+      "<Header copyright=\"www.dmg.org\"      description=\"Pmml specifics for generalized association "
+      "rules\"/>\r\n"
+      "<Application name=\"Selvane_Pudro\"/>\r\n<DataDictionary numberOfFields=\"1\" >\r\n"
+      "\t\t<DataField name=\"item\" optype=\"categorical\" />\r\n</DataDictionary>\r\n\n\n"
+      "<AssociationModel   modelName=\"R_1\">\n"
+      "\t\t<AssocInputStats numberOfTransactions=\"5\" minimumSupport=\"0,2\"  minimumConfidence=\"0.5\" "
+      "numberOfItems=\"6\"  numberOfItemsets=\"2\"  numberOfRules=\"1\"/>\n\n"
+      "<!-- Mapped value attribute is  pubmed taxonomy  identifier for each item and weight gives kind of "
+      "item in "
+      "generalized rules extraction-->\n"
+      "<AssocItem id=\"0\"  value=\"\"  mappedValue=\"\" weight=\"item\"/>\n"
+      "<AssocItem id=\"0\"  value=\"\"  mappedValue=\"\" weight=\"item\"/>\n"
+      "<AssocItem id=\"3\"  value=\"\"  mappedValue=\"C2\" weight=\"item\"/>\n"
+      "<AssocItem id=\"0\"  value=\"\"  mappedValue=\"\" weight=\"item\"/>\n"
+      "<AssocItem id=\"1\"  value=\"Diseases\"  mappedValue=\"C\" weight=\"class\"/>\n"
+      "<AssocItem id=\"5\"  value=\"Drugs\"  mappedValue=\"D\" weight=\"class\"/>\n\n\n"
+      "<AssocItemset id=\"3-1-\"  support=\"0.4\" numberOfItems=\"2\">\n"
+      "\t\t<AssocItemRef itemRef=\"3\"/>\n\t\t<AssocItemRef itemRef=\"1\"/>\n</AssocItemset>\n"
+      "<AssocItemset id=\"4-\"  support=\"0.6\" numberOfItems=\"1\">\n"
+      "\t\t<AssocItemRef itemRef=\"4\"/>\n</AssocItemset>\n\n\n"
+      "<AssocRule  support=\"0.2\"  confidence=\"0.5\"  antecedent=\"3-1-\"  consequent=\"4-\"/>\n"
+      "</AssociationModel>\n</PMML>\n");
+  info_.first_map = {2};
+  EXPECT_NE(Export11().find("value=\"Sj\xF6gren &#8364; & <b>\"  mappedValue=\"C1\""), std::string::npos);
+}
+
+// Every element with the elements that may follow each other in it and the attributes that it must have.
+TEST_F(PmmlTest, WritesAValidModelOfVersion44) {
+  for (int i = 0; i < 3; ++i) Insert({2, 3}, {5});
+  Insert({3, 2}, {1});
+  Export44();
+  struct Element {
+    Texts children;
+    Texts attributes;
+  };
+  const std::map<std::string, Element> schema = {
+      {"PMML", {{"Header", "DataDictionary", "AssociationModel"}, {"version", "xmlns"}}},
+      {"Header", {{"Application", "Timestamp"}, {}}},
+      {"Application", {{}, {"name"}}},
+      {"Timestamp", {{}, {}}},
+      {"DataDictionary", {{"DataField"}, {"numberOfFields"}}},
+      {"DataField", {{}, {"name", "optype", "dataType"}}},
+      {"AssociationModel",
+       {{"MiningSchema", "Item", "Itemset", "AssociationRule"},
+        {"functionName", "numberOfTransactions", "minimumSupport", "minimumConfidence", "numberOfItems",
+         "numberOfItemsets", "numberOfRules"}}},
+      {"MiningSchema", {{"MiningField"}, {}}},
+      {"MiningField", {{}, {"name", "usageType"}}},
+      {"Item", {{}, {"id", "value"}}},
+      {"Itemset", {{"ItemRef"}, {"id", "numberOfItems"}}},
+      {"ItemRef", {{}, {"itemRef"}}},
+      {"AssociationRule", {{}, {"antecedent", "consequent", "support", "confidence"}}}};
+  pugi::xml_document document;
+  ASSERT_TRUE(document.load_file("b.xml"));
+  std::map<std::string, std::set<std::string>> ids;
+  const std::function<void(const pugi::xml_node&)> check = [&](const pugi::xml_node& node) {
+    ASSERT_TRUE(schema.contains(node.name())) << node.name();
+    const Element& element = schema.at(node.name());
+    for (const std::string& name : element.attributes)
+      EXPECT_TRUE(node.attribute(name.c_str())) << node.name() << name;
+    const pugi::xml_attribute id = node.attribute("id");
+    EXPECT_TRUE(!id || ids[node.name()].insert(id.value()).second) << id.value();
+    auto place = element.children.begin();
+    for (const pugi::xml_node& child : node.children()) {
+      if (child.type() != pugi::node_element) continue;
+      place = std::find(place, element.children.end(), child.name());
+      ASSERT_NE(place, element.children.end()) << child.name() << " in " << node.name();
+      check(child);
+    }
+  };
+  check(document.child("PMML"));
+  const pugi::xml_node model = document.child("PMML").child("AssociationModel");
+  EXPECT_EQ(model.find_child_by_attribute("Item", "id", "2").attribute("value").value(),
+            std::string("Sj\xC3\xB6gren \xE2\x82\xAC & <b>"));
+  EXPECT_EQ(model.attribute("minimumSupport").value(), std::string("0.2"));
+  EXPECT_EQ(ids["Item"].size(), 4U);
+  EXPECT_EQ(ids["Itemset"].size(), 4U);
+  EXPECT_EQ(ids["AssociationRule"].size(), 4U);
+}
+
+TEST_F(PmmlTest, RulesComeBackAsTheyWentOut) {
+  std::mt19937 random(3);
+  const auto side = [&random] {
+    std::vector<std::int32_t> items(1 + random() % 3);
+    for (std::int32_t& item : items) item = static_cast<std::int32_t>(1 + random() % 5);
+    return items;
+  };
+  for (int i = 0; i < 50; ++i) Insert(side(), side());
+  const Texts rows = Rows(store_.database(), "SELECT * FROM R_1");
+  info_.second_map = {1};
+  Export11();
+  Export44();
+  for (const std::string name : {"a", "b"}) {
+    const PmmlFile file(name + ".xml");
+    const PmmlHead head = file.ReadHead(progress_);
+    EXPECT_EQ(head.parameters.name + head.parameters.transactions, "R_15");
+    EXPECT_EQ(head.declared_rules, 50);
+    EXPECT_EQ(head.taxonomies.at(0) + head.taxonomy_codes.at(0), "DiseasesC");
+    const std::vector<Rule> rules = file.ReadRules(progress_);
+    ImportRules(head, &rules, name + ".mdb", ExistingFile::kRefuse, progress_);
+    EXPECT_EQ(Rows(name + ".mdb", "SELECT * FROM R_1"), rows);
+    EXPECT_EQ(ReadRulesInfo(name + ".mdb").texts.at(1), "5");
+    ImportRules(head, nullptr, name + "_empty.mdb", ExistingFile::kRefuse, progress_);
+    EXPECT_TRUE(Rows(name + "_empty.mdb", "SELECT * FROM R_1").empty());
+  }
+}
+
+TEST_F(PmmlTest, ReadsAnyLayoutAndSaysWhatIsMissing) {
+  const std::string model = "<x AssociationModel a modelName= \"M\">\n";
+  const std::string statistics =
+      "numberOfRules=\"7\" numberOfItems=\"2\" AssocInputStats minimumConfidence=\"c\" minimumSupport= \"s\" "
+      "numberOfTransactions=\"t\"\n";
+  WriteText("a.xml", "<foreign/>\n" + statistics + model + statistics +
+                         "<AssocItem mappedValue=\"C\" value=\"Diseases\"/>\n<AssocItem value=\"Sj\xF6gren\" "
+                         "mappedValue=\"D\"/>\n"
+                         "<AssocItem value=\"x\" mappedValue=\"C1\"/>\n<AssocItemset\n<AssocItem value=\"E\" "
+                         "mappedValue=\"E\"/>\n");
+  const PmmlHead head = PmmlFile("a.xml").ReadHead(progress_);
+  const ModelParameters& parameters = head.parameters;
+  EXPECT_EQ(parameters.name + parameters.transactions + parameters.min_support + parameters.min_confidence,
+            "Mtsc");
+  EXPECT_EQ(head.declared_rules, 7);
+  EXPECT_EQ(head.taxonomies, (Texts{"C", "Sj\xC3\xB6gren"}));  // the first value= is that of mappedValue=
+  EXPECT_EQ(head.taxonomy_codes, "CD");
+
+  const std::pair<std::string, const char*> faults[] = {
+      {"", "no association model"},
+      {"<html>", "no association model"},
+      {"<AssociationModel name=\"M\">\n", "line 1 has no modelName="},
+      {model + "<AssocInputStats numberOfTransactions=\"5\"/>\n", "line 2 has no minimumSupport="},
+      {model + statistics + "<AssocItem value=\"x\"/>", "line 3 has no mappedValue="},
+      {"<PMML version=\"4.4\"><AssociationModel", "no complete XML"},
+      {"<PMML version=\"4.4\"><AssociationModel modelName=\"M\"/></PMML>", "no numberOfTransactions"}};
+  for (const auto& [text, part] : faults) {
+    WriteText("bad.xml", text);
+    const std::string message = MessageOf<InputError>([&] { PmmlFile("bad.xml").ReadHead(progress_); });
+    EXPECT_NE(message.find(part), std::string::npos) << message;
+  }
+  WriteText("bad.xml", model + statistics +
+                           "<AssocRule support=\"1\" confidence=\"1\" antecedent=\"1-\" consequent=\"2-\"/>");
+  EXPECT_NE(
+      MessageOf<InputError>([&] { PmmlFile("bad.xml").ReadRules(progress_); }).find("names the itemset"),
+      std::string::npos);
+  PmmlHead unnamed;
+  EXPECT_THROW(ImportRules(unnamed, nullptr, "new.mdb", ExistingFile::kRefuse, progress_), InputError);
+  EXPECT_FALSE(std::filesystem::exists("new.mdb"));
+}
+
+}  // namespace selvane::tests
