@@ -25,7 +25,9 @@ struct ExportOptions {
 };
 
 void Export(const ExportOptions& options, const CliContext& context) {
-  CheckIsNoInput(options.output, {options.rules, options.taxonomy});
+  fs::path info_file = RulesInfoBasePath(options.rules);
+  info_file += ".dat";
+  CheckIsNoInput(options.output, {options.rules, options.taxonomy, info_file});
   RulesStore rules;
   rules.OpenRulesDatabase(options.rules);
   const RulesInfo info = ReadRulesInfo(options.rules);
@@ -38,7 +40,7 @@ void Export(const ExportOptions& options, const CliContext& context) {
                 context.progress);
   } else {
     Pmml11Writer writer(options.output, existing);
-    writer.WriteHead(table);
+    writer.WriteHead(table, info, rules.CountRules());
     writer.WriteModel(rules, info, taxonomy, context.progress);
     writer.Finish();
   }

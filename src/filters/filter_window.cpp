@@ -2,6 +2,7 @@
 
 #include <QPushButton>
 #include <QTreeWidget>
+#include <utility>
 
 #include "base/text.h"
 #include "ui/framed.h"
@@ -103,7 +104,13 @@ void FilterWindow::Save() {
 
 void FilterWindow::Close() {
   if (input_.cascade) {
-    Save();
+    try {
+      Save();
+    } catch (...) {
+      // The second time the window closes all the same: what cannot be saved must not hold the user.
+      if (std::exchange(save_failed_, true)) ToolWindow::Close();
+      throw;
+    }
     HandOverFilteredRules(input_.rules);
   }
   ToolWindow::Close();

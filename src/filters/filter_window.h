@@ -77,6 +77,7 @@ class FilterWindow : public ToolWindow {
   RuleList rules_;
   KeepMask kept_;
   bool something_to_save_ = false;
+  bool save_failed_ = false;  // when the window was to be closed
   SearchedTree* filtered_ = nullptr;
   QPushButton* filter_button_ = nullptr;
   QPushButton* save_button_ = nullptr;

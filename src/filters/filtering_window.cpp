@@ -111,20 +111,24 @@ bool FilteringWindow::Prepare() {
   return true;
 }
 
-void FilteringWindow::ForgetRules() {
-  rules_.reset();
+void FilteringWindow::ForgetTable() {
   rules_loaded_ = false;
   shown_ = {};
-  info_ = {};
   current_rules_->Clear();
+  table_name_->clear();
+  rules_number_->clear();
+  cascade_->setChecked(false);
+  cascade_->setEnabled(false);
+}
+
+void FilteringWindow::ForgetRules() {
+  ForgetTable();
+  rules_.reset();
+  info_ = {};
   const QSignalBlocker quiet(tables_);
   tables_->clear();
   taxonomies_->clear();
-  for (QLineEdit* const field : {min_support_field_, min_confidence_field_, table_name_, rules_number_}) {
-    field->clear();
-  }
-  cascade_->setChecked(false);
-  cascade_->setEnabled(false);
+  for (QLineEdit* const field : {min_support_field_, min_confidence_field_}) field->clear();
 }
 
 void FilteringWindow::LoadRules() {
@@ -161,8 +165,8 @@ void FilteringWindow::ChooseTable() {
   try {
     ShowTable(FromQt(selected.front()->text()));
   } catch (...) {
+    ForgetTable();
     // So that a click on the same table tries again.
-    rules_loaded_ = false;
     tables_->clearSelection();
     tables_->setCurrentItem(nullptr);
     throw;

@@ -45,6 +45,7 @@ class FilteringWindow final : public ToolWindow {
 
   void LoadRules();
   void OpenRules(const std::filesystem::path& path);
+  void ForgetTable();
   void ForgetRules();
   void ChooseTable();
   void ShowTable(const std::string& table);

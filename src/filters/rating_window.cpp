@@ -68,7 +68,7 @@ void RatingWindow::ChooseViewpoint(RatingViewpoint viewpoint) {
 }
 
 void RatingWindow::LeaveThreshold() {
-  options_.probability_threshold = threshold_->Read(options_.probability_threshold);
+  options_.probability_threshold = threshold_->Number().value_or(0);
   if (IsFraction(options_.probability_threshold)) return;
   // The field shows the refused text until the next refresh.
   options_.probability_threshold = kDefaultProbabilityThreshold;

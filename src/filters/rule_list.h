@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/clock.h"
@@ -35,6 +36,8 @@ class RuleList {
   RuleList() = default;
   // Moves the bar from 0 to N. Throws DatabaseError and Interrupted.
   RuleList(const RulesStore& store, Progress& progress);
+  // Of rules that are in memory already.
+  explicit RuleList(std::vector<Rule> rules) : rules_(std::move(rules)) {}
 
   RuleNumber size() const { return static_cast<RuleNumber>(rules_.size()); }
   // Of 1..size().

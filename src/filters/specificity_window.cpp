@@ -115,9 +115,9 @@ void SpecificityWindow::AddGroundItem() {
 }
 
 void SpecificityWindow::Filter() {
-  filter_button().setEnabled(false);
   ForgetResult();
   const std::vector<RuleNumber> found = filter_->MostGeneral(ground_, Side(), progress());
+  filter_button().setEnabled(false);
   if (found.empty()) {
     ShowMessage(MessageIcon::kInformation, kCaption, "No rule with ground items");
     progress().Clear();

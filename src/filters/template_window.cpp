@@ -179,6 +179,7 @@ void TemplateWindow::AddItem(Side& side) {
   for (int row = 0; row < other.items->count(); ++row) {
     if (other.items->item(row)->data(Qt::UserRole).toInt() == item) {
       const QSignalBlocker quiet(other.items);
+      other.items->setCurrentItem(nullptr);  // else the line beside it would be selected in its place
       delete other.items->takeItem(row);
       break;
     }
@@ -208,6 +209,10 @@ void TemplateWindow::AddTemplate() {
   (inclusive ? filter_.inclusive : filter_.restrictive).push_back(builder_.Take());
   ShowTexts();
   for (const Side* const side : {&antecedent_, &consequent_}) {
+    // A line that stays selected could not be selected again, which is what enables its button.
+    for (QListWidget* const list : {side->items, side->classes, side->cardinalities}) {
+      list->setCurrentItem(nullptr);
+    }
     side->add_item->setEnabled(false);
     side->add_class->setEnabled(false);
   }

@@ -101,6 +101,7 @@ void ExchangeWindow::SelectFile() {
   }
   import_->setEnabled(false);
   file_.emplace(path);
+  file_path_ = path;
   import_->setEnabled(true);
 }
 
@@ -113,11 +114,12 @@ void ExchangeWindow::Import() {
   // Nobody was asked about the one that stands in for it.
   const ExistingFile existing = path.empty() ? ExistingFile::kRefuse : ExistingFile::kReplace;
   if (path.empty()) path = kDefaultImport;
-  CheckIsNoInput(path, {taxonomy_->database().path()});
-  rules_.reset();
+  CheckIsNoInput(path, {taxonomy_->database().path(), file_path_});
+  // One that is replaced must not be open; any other is given up when the new one is there.
+  if (rules_ && IsSameFile(path, rules_->database().path())) rules_.reset();
+  ImportRules(head, nullptr, path, existing, progress());
   tables_->clear();
   export_->setEnabled(false);
-  ImportRules(head, nullptr, path, existing, progress());
   rules_.emplace();
   rules_->OpenRulesDatabase(path);
   database_result_->setText(PathToQt(path.stem()));
@@ -157,15 +159,15 @@ void ExchangeWindow::Export() {
   const fs::path chosen = context().dialogs.SaveFile(this, FileKind::kModelFile,
                                                      "Saving exported rules :", OverwriteQuestion::kAsked);
   const fs::path path = ExportPath(chosen);
-  // The dialog has asked about the name without the suffix that is always added.
-  if (!chosen.empty() && fs::exists(path) &&
+  // The dialog has asked about the name without the suffix that is always added, or about none.
+  if (fs::exists(path) &&
       !context().dialogs.Ask(this, kCaption,
                              QString("%1 is there already. Replace it?").arg(PathToQt(path)))) {
     return;
   }
   CheckIsNoInput(path, {rules_->database().path()});
   Pmml11Writer writer(path, ExistingFile::kReplace);
-  writer.WriteHead(table);
+  writer.WriteHead(table, info_, rules_->CountRules());
   if (ChooseTaxonomy("Selecting taxonomies database :")) {
     writer.WriteModel(*rules_, info_, *taxonomy_, progress());
     progress().SetStatus("Completed!!");

@@ -36,6 +36,7 @@ class ExchangeWindow final : public ToolWindow {
   void CloseDatabases();
 
   std::optional<PmmlFile> file_;
+  std::filesystem::path file_path_;
   std::optional<RulesStore> rules_;
   std::optional<TaxonomyStore> taxonomy_;
   RulesInfo info_;

@@ -36,7 +36,8 @@ Pmml11Writer::Pmml11Writer(const std::filesystem::path& path, ExistingFile exist
     : file_(path, existing), output_(file_.temporary()) {}
 
 // The first seven lines end in carriage return and line feed, all others in line feed.
-void Pmml11Writer::WriteHead(std::string_view model_name) {
+void Pmml11Writer::WriteHead(std::string_view model_name, const RulesInfo& info, long rules) {
+  const ModelParameters parameters = ParametersOf(info, {});
   output_.Write(
       "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\r\n"
       "<PMML version=\"1.1\">\r\n"
@@ -47,6 +48,11 @@ void Pmml11Writer::WriteHead(std::string_view model_name) {
       "\t\t<DataField name=\"item\" optype=\"categorical\" />\r\n"
       "</DataDictionary>\r\n");
   output_.Write(fmt::format("\n\n<AssociationModel   modelName=\"{}\">\n", ToLatin1(model_name)));
+  output_.Write(fmt::format(
+      "\t\t<AssocInputStats numberOfTransactions=\"{}\" minimumSupport=\"{}\"  minimumConfidence=\"{}\" "
+      "numberOfItems=\"{}\"  numberOfItemsets=\"{}\"  numberOfRules=\"{}\"/>",
+      ToLatin1(parameters.transactions), ToLatin1(parameters.min_support),
+      ToLatin1(parameters.min_confidence), info.first_map.size() + info.second_map.size(), 2 * rules, rules));
 }
 
 // The maps' entries are taken for item numbers, as they stand: each of their 0s and 10s gives a line.
@@ -79,13 +85,7 @@ void Pmml11Writer::WriteItems(const std::vector<std::int32_t>& map, std::string_
 void Pmml11Writer::WriteModel(const RulesStore& store, const RulesInfo& info, const TaxonomyStore& taxonomy,
                               Progress& progress) {
   const RuleList rules(store, progress);
-  const ModelParameters parameters = ParametersOf(info, {});
   const RuleNumber count = rules.size();
-  output_.Write(fmt::format(
-      "\t\t<AssocInputStats numberOfTransactions=\"{}\" minimumSupport=\"{}\"  minimumConfidence=\"{}\" "
-      "numberOfItems=\"{}\"  numberOfItemsets=\"{}\"  numberOfRules=\"{}\"/>",
-      ToLatin1(parameters.transactions), ToLatin1(parameters.min_support),
-      ToLatin1(parameters.min_confidence), info.first_map.size() + info.second_map.size(), 2 * count, count));
   progress.SetStatus("Exporting items ...");
   progress.SetRange(0, static_cast<int>(info.first_map.size()));
   output_.Write(

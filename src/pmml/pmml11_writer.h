@@ -20,9 +20,10 @@ class Pmml11Writer {
   // The file appears when it is finished. Throws FileError.
   Pmml11Writer(const std::filesystem::path& path, ExistingFile existing);
 
-  void WriteHead(std::string_view model_name);
-  // The statistics, an item line for every entry of both maps of the information file, the itemsets and the
-  // rules of the store's source table. Throws DatabaseError, FileError and Interrupted.
+  // Up to the statistics, for a table of this name with so many rules.
+  void WriteHead(std::string_view model_name, const RulesInfo& info, long rules);
+  // An item line for every entry of both maps of the information file, the itemsets and the rules of the
+  // store's source table. Throws DatabaseError, FileError and Interrupted.
   void WriteModel(const RulesStore& rules, const RulesInfo& info, const TaxonomyStore& taxonomy,
                   Progress& progress);
   void Finish();

@@ -43,6 +43,10 @@ std::string NumberText(const std::string& text) {
   return number ? SingleText(static_cast<float>(*number)) : "0";
 }
 
+std::string CountText(const std::string& text) {
+  return fmt::format("{}", Int32Of(text).value_or(0));
+}
+
 // The itemsets of all rules, each once, numbered from 1. The same items with another figure are another
 // itemset, so that no figure is lost.
 class Itemsets {
@@ -139,7 +143,7 @@ void WritePmml44(const RulesStore& store, const ModelParameters& parameters, con
       "   <MiningField name=\"transaction\" usageType=\"group\"/>\n"
       "   <MiningField name=\"item\" usageType=\"active\"/>\n"
       "  </MiningSchema>\n",
-      Escaped(parameters.name), NumberText(parameters.transactions), NumberText(parameters.min_support),
+      Escaped(parameters.name), CountText(parameters.transactions), NumberText(parameters.min_support),
       NumberText(parameters.min_confidence), items.size(), itemsets.all().size(), rules.size()));
   progress.SetStatus("Exporting items ...");
   for (const std::int32_t item : items) WriteItem(output, item, taxonomy);

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cctype>
+#include <cmath>
 #include <optional>
 #include <pugixml.hpp>
 #include <unordered_map>
@@ -44,7 +46,8 @@ class Lines {
     throw Missing(name);
   }
   float Figure(std::string_view name) const {
-    if (const auto number = NumberOf(Attribute(name))) return static_cast<float>(*number);
+    const auto number = NumberOf(Attribute(name));
+    if (number && std::isfinite(*number)) return static_cast<float>(*number);
     throw Missing(name);
   }
 
@@ -194,7 +197,9 @@ class XmlModel {
                                  node.offset_debug()));
   }
   float Figure(const pugi::xml_node& node, const char* name) const {
-    return static_cast<float>(Parsed(node, name, NumberOf(Text(node, name))));
+    auto number = NumberOf(Text(node, name));
+    if (number && !std::isfinite(*number)) number.reset();
+    return static_cast<float>(Parsed(node, name, number));
   }
   std::int32_t Number(const pugi::xml_node& node, const char* name) const {
     return Parsed(node, name, Int32Of(Text(node, name)));
@@ -280,16 +285,30 @@ void WriteImportInfo(const PmmlHead& head, const std::vector<Rule>& rules, const
   const ModelParameters& parameters = head.parameters;
   std::vector<std::string> texts = {parameters.name, parameters.transactions, parameters.min_support,
                                     parameters.min_confidence};
-  texts.insert(texts.end(), head.taxonomies.begin(), head.taxonomies.end());
+  // An export of the old form repeats its items.
+  for (const std::string& name : head.taxonomies) {
+    if (std::find(texts.begin() + 4, texts.end(), name) == texts.end()) texts.push_back(name);
+  }
   WriteRulesInfo(items, {}, texts, RulesInfoBasePath(path));
+}
+
+// What a replaced database was made of says nothing of the new one.
+void ForgetInfo(const fs::path& path) {
+  fs::path info = RulesInfoBasePath(path);
+  info += ".dat";
+  std::error_code not_there;
+  fs::remove(info, not_there);
 }
 
 }  // namespace
 
 std::optional<std::string> LineAttribute(std::string_view line, std::string_view name) {
-  const std::size_t at = LowerCase(line).find(LowerCase(name));
-  if (at == std::string::npos) return std::nullopt;
-  const std::size_t begin = line.find('"', at);
+  const auto same = [](char a, char b) {
+    return a == b || ((a ^ b) == 0x20 && std::isalpha(static_cast<unsigned char>(a)) != 0);
+  };
+  const auto at = std::search(line.begin(), line.end(), name.begin(), name.end(), same);
+  if (at == line.end()) return std::nullopt;
+  const std::size_t begin = line.find('"', static_cast<std::size_t>(at - line.begin()));
   if (begin == std::string_view::npos) return std::nullopt;
   const std::size_t end = line.find('"', begin + 1);
   if (end == std::string_view::npos) return std::nullopt;
@@ -299,7 +318,8 @@ std::optional<std::string> LineAttribute(std::string_view line, std::string_view
 PmmlFile::PmmlFile(const fs::path& path) : path_(path), text_(DecodeInput(ReadFile(path))) {}
 
 bool PmmlFile::IsLineOriented() const {
-  return !Has(text_, "<AssociationRule") && !Has(text_, "<PMML version=\"4");
+  // Later versions must have the second, wherever their attributes and elements stand.
+  return !Has(text_, "<PMML version=\"4") && !Has(text_, "functionName=");
 }
 
 PmmlHead PmmlFile::ReadHead(Progress& progress) const {
@@ -317,7 +337,7 @@ void ImportRules(const PmmlHead& head, const std::vector<Rule>* rules, const fs:
   MakeDatabase(path, existing, [&](const fs::path& temporary) {
     RulesStore store;
     store.CreateRulesDatabase(temporary, head.parameters.name);
-    if (rules == nullptr) return;
+    if (rules == nullptr) return ForgetInfo(path);
     store.SetTargetTable(head.parameters.name);
     Transaction transaction(store.database());
     long stored = 0;

@@ -12,9 +12,13 @@ void NumberField::Show(float number) {
   setText(ToQt(SingleText(number, decimal_sign_)));
 }
 
-float NumberField::Read(float old) {
+std::optional<float> NumberField::Number() const {
   const std::optional<double> number = NumberOf(FromQt(text()));
-  if (number) return static_cast<float>(*number);
+  return number ? std::optional(static_cast<float>(*number)) : std::nullopt;
+}
+
+float NumberField::Read(float old) {
+  if (const std::optional<float> number = Number()) return *number;
   const QString bad = text();
   Show(old);
   if (refused) refused(bad);

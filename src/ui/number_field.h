@@ -3,6 +3,7 @@
 
 #include <QLineEdit>
 #include <functional>
+#include <optional>
 
 namespace selvane {
 
@@ -17,6 +18,8 @@ class NumberField final : public QLineEdit {
   std::function<void(const QString& text)> refused;
 
   void Show(float number);
+  // The number in the field; nothing when its text is none.
+  std::optional<float> Number() const;
   // The number in the field. When its text is none, the field shows `old` again and gives that.
   float Read(float old);
 

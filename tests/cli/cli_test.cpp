@@ -66,8 +66,7 @@ TEST_F(CliTest, RunsTheWholeWayOnTheSamples) {
   EXPECT_EQ(Run("rules show rules.mdb --taxonomy tax.mdb --format json --table extracted"), 0);
   const auto rules = nlohmann::json::parse(out_);
   EXPECT_EQ(rules[1]["antecedent_names"][0], "Myocardial Infarction");
-  EXPECT_EQ(rules[1]["confidence"], 0.75);
-  EXPECT_EQ(rules[1]["lift"], 1.406251);
+  EXPECT_TRUE(rules[1]["confidence"] == 0.75 && rules[1]["lift"] == 1.406251) << rules[1];
 }
 
 TEST_F(CliTest, ListsPrunesAndRestoresTaxonomies) {
@@ -92,7 +91,7 @@ TEST_F(CliTest, FiltersPrintAndSave) {
       {"rating --viewpoint surprise --table Extracted", "   53  ", "deviation 0.13108, limit 0.498764\n"},
       {"specificity --ground Smoking --depth 1 --table " + saved,
        "   16  0.500000  0.937500  Smoking => Diseases\n     24  ", ""},
-      {"specificity --format json --ground Fever --table " + saved, "[]\n", "No rule with ground items\n"},
+      {"specificity --format json --ground Atenolol --table " + saved, "[]\n", "No rule with ground items\n"},
       {"cover --terms terms.mdb --clusters 1 --table " + saved, "# cluster 1: Eth", "13 of 35 rules kept\n"}};
   for (const Texts& c : cases) {
     Run("rules filter " + c[0] + " rules.mdb --taxonomy tax.mdb");

@@ -36,7 +36,7 @@ class PmmlTest : public FolderTest {
   }
   std::string Export11() {
     Pmml11Writer writer("a.xml", ExistingFile::kReplace);
-    writer.WriteHead("R_1");
+    writer.WriteHead("R_1", info_, store_.CountRules());
     writer.WriteModel(store_, info_, TaxonomyStore("tax.mdb"), progress_);
     writer.Finish();
     return ReadFile("a.xml");
