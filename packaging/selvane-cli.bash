@@ -27,6 +27,7 @@ _selvane_cli_value() {
     --viewpoint) _selvane_cli_words "$cur" 'dependency surprise' ;;
     --behaviour) _selvane_cli_words "$cur" 'standard rare' ;;
     --order) _selvane_cli_words "$cur" 'support confidence' ;;
+    --pmml-version) _selvane_cli_words "$cur" '1.1 4.4' ;;
     --on) _selvane_cli_words "$cur" 'antecedent consequent' ;;
     --under | --depth | --table | --min-support | --min-confidence | --limit | --threshold | --clusters | \
       --inclusive | --restrictive | --ground) ;;
@@ -56,7 +57,7 @@ _selvane_cli() {
     case $word in
       --taxonomy | --output | --terms | --itemsets | --format | --sort | --under | --depth | --table | \
         --limit | --min-support | --min-confidence | --viewpoint | --behaviour | --threshold | --order | \
-        --on | --clusters | --inclusive | --restrictive | --ground)
+        --on | --clusters | --inclusive | --restrictive | --ground | --pmml-version)
         [[ ${COMP_WORDS[i + 1]-} == '=' ]] && ((++i))
         ((++i))
         ;;
@@ -96,6 +97,8 @@ _selvane_cli() {
       options='--taxonomy --table --ground --on --order --depth --format --save --help'
       ;;
     'rules filter cover') options='--taxonomy --terms --table --clusters --format --save --help' ;;
+    'pmml export') options='--taxonomy --output --table --pmml-version --overwrite --help' ;;
+    'pmml import') options='--taxonomy --output --rules --help' ;;
     *) options='--help' ;;
   esac
   if [[ $cur == -* ]]; then
@@ -104,11 +107,19 @@ _selvane_cli() {
   fi
 
   case "$group $command" in
-    ' ') _selvane_cli_words "$cur" 'taxonomy terms rules tabulate' ;;
+    ' ') _selvane_cli_words "$cur" 'taxonomy terms rules pmml tabulate' ;;
     'taxonomy ') _selvane_cli_words "$cur" 'load list prune restore' ;;
     'terms ') _selvane_cli_words "$cur" 'build list' ;;
     'rules ') _selvane_cli_words "$cur" 'extract list show filter' ;;
+    'pmml ') _selvane_cli_words "$cur" 'export import' ;;
     'rules filter') _selvane_cli_words "$cur" 'rating template specificity cover' ;;
+    'pmml import')
+      if ((arguments == 0)); then
+        _selvane_cli_files "$cur" '*.[xX][mM][lL]'
+      else
+        _selvane_cli_words "$cur" "$options"
+      fi
+      ;;
     'taxonomy load')
       case $arguments in
         0) _selvane_cli_files "$cur" '*.[xX][mM][lL]' ;;
@@ -125,7 +136,7 @@ _selvane_cli() {
       ;;
     'terms build') _selvane_cli_files "$cur" '*.[tT][xX][tT]' ;;
     'taxonomy list' | 'taxonomy prune' | 'taxonomy restore' | 'terms list' | 'rules extract' | 'rules list' | \
-      'rules show' | 'rules filter '*)
+      'rules show' | 'rules filter '* | 'pmml export')
       if ((arguments == 0)); then
         _selvane_cli_files "$cur" '*.mdb'
       elif [[ $command != prune ]]; then # what follows there are position codes
