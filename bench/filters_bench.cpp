@@ -20,6 +20,16 @@ namespace {
 
 constexpr float kSupport = 0.145F;
 
+// Another second each time, so that every save has a name of its own.
+struct NextSecond final : Clock {
+  std::tm LocalTime() const override {
+    std::tm time{};
+    time.tm_sec = ++second;
+    return time;
+  }
+  mutable int second = 0;
+};
+
 struct Input {
   Input() {
     LoadTaxonomy(TaxonomyInput(folder), folder / "tax.mdb", ExistingFile::kRefuse, progress);
@@ -67,11 +77,12 @@ struct Input {
   BenchFolder folder;
   SilentProgress progress;
   RulesStore store;
+  NextSecond clock;
 };
 
 Input& TheInput() {
-  static Input kInput;
-  return kInput;
+  static Input input;
+  return input;
 }
 
 double RowWalkSeconds(Input& input) {
@@ -126,10 +137,8 @@ void WholeTaxonomy(benchmark::State& state) {
       }
     });
     state.counters["lines_MB"] = static_cast<double>(bytes) / 1e6;
-    std::string saved;
-    state.counters["save_s"] = SecondsOf(
-        [&] { saved = SaveFilteredRules(input.store, rules, mask, SystemClock(), input.progress); });
-    input.store.database().Execute("DROP TABLE " + saved);
+    state.counters["save_s"] =
+        SecondsOf([&] { SaveFilteredRules(input.store, rules, mask, input.clock, input.progress); });
   }
 }
 

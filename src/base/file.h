@@ -18,8 +18,7 @@ std::string ReadFile(const std::filesystem::path& path);
 bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b);
 
 // Throws InputError when the output is one of the inputs, which it would replace.
-void CheckIsNoInput(const std::filesystem::path& output,
-                    std::initializer_list<std::filesystem::path> inputs);
+void CheckIsNoInput(const std::filesystem::path& output, std::initializer_list<std::filesystem::path> inputs);
 
 // An open file descriptor, closed at the end of its life.
 class FileDescriptor {
