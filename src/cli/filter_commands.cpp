@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <ostream>
+#include <span>
 
 #include "cli/cli.h"
 #include "cli/rules_output.h"
@@ -42,6 +43,12 @@ class FilterRun {
   }
 
   NumberedRule Numbered(RuleNumber number, int depth = 0) const { return {number, rules[number], depth}; }
+  std::vector<NumberedRule> Numbered(std::span<const RuleNumber> numbers) const {
+    std::vector<NumberedRule> result;
+    result.reserve(numbers.size());
+    for (const RuleNumber number : numbers) result.push_back(Numbered(number));
+    return result;
+  }
 
   // Prints rules in this order and, where that was asked for, saves them.
   void Finish(const std::vector<NumberedRule>& kept, std::string_view nothing_kept) {
@@ -96,6 +103,7 @@ void AddChoice(CLI::App& command, const std::string& name, Value& value,
     }
   };
   std::vector<std::string> texts;
+  texts.reserve(words.size());
   for (const auto& [text, meaning] : words) texts.push_back(text);
   command.add_option_function<std::string>(name, choose, help)->check(CLI::IsMember(texts));
 }
@@ -125,16 +133,13 @@ void Rate(RatingOptions& options, const CliContext& context) {
   FilterRun run(options, context);
   options.rating.minimum_support = MinimumSupportOf(run.info);
   RatingFilter filter(run.rules.size());
-  std::vector<NumberedRule> kept;
-  for (const RuleNumber number : filter.Run(run.rules, options.rating, context.progress)) {
-    kept.push_back(run.Numbered(number));
-  }
+  const std::vector<RuleNumber> numbers = filter.Run(run.rules, options.rating, context.progress);
   if (run.rules.size() > 0) {
     const RatingFilter::Statistics& of = filter.statistics();
     fmt::print(context.err, "mean {:g}, standard deviation {:g}, limit {:g}\n", of.mean, of.deviation,
                of.limit);
   }
-  run.Finish(kept, "No satisfying rule ");
+  run.Finish(run.Numbered(numbers), "No satisfying rule ");
 }
 
 void AddRating(CLI::App& group, const CliContext& context) {
@@ -175,9 +180,7 @@ void Fit(const TemplateOptions& options, const CliContext& context) {
   }
   std::vector<RuleNumber> numbers = filter.Run(run.rules, context.progress);
   OrderRules(run.rules, options.order, numbers);
-  std::vector<NumberedRule> kept;
-  for (const RuleNumber number : numbers) kept.push_back(run.Numbered(number));
-  run.Finish(kept, "No satisfying rule ");
+  run.Finish(run.Numbered(numbers), "No satisfying rule ");
 }
 
 void AddTemplate(CLI::App& group, const CliContext& context) {
@@ -254,8 +257,7 @@ void AddClusters(FilterRun& run, const CoverFilter& filter, const CoverFilter::C
   for (const std::vector<RuleNumber>& cluster : filter.Cluster(cover, clusters, progress)) {
     fmt::format_to(std::back_inserter(text), "# cluster {}: {}\n", ++number,
                    run.names.Joined(cover.consequent));
-    std::vector<NumberedRule> rules;
-    for (const RuleNumber rule : cluster) rules.push_back(run.Numbered(rule));
+    const std::vector<NumberedRule> rules = run.Numbered(cluster);
     text += PrintRules(rules, "text", run.names);
     kept.insert(kept.end(), rules.begin(), rules.end());
   }
@@ -268,11 +270,10 @@ void Cover(const CoverOptions& options, const CliContext& context) {
   const std::vector<CoverFilter::Cover> covers = filter.Run(context.progress);
   std::vector<NumberedRule> kept;
   std::string text;
+  if (options.clusters == 0) kept = run.Numbered(RulesOf(covers));
   for (const CoverFilter::Cover& cover : covers) {
     if (options.clusters > 0) {
       AddClusters(run, filter, cover, options.clusters, kept, text, context.progress);
-    } else {
-      for (const RuleNumber number : cover.rules) kept.push_back(run.Numbered(number));
     }
   }
   fmt::print(context.err, "{} covers, {} of {} rules kept\n", covers.size(), kept.size(), run.rules.size());

@@ -53,7 +53,7 @@ void OrderRules(const RuleList& rules, RuleOrder order, std::vector<RuleNumber>&
 
 std::string SaveFilteredRules(RulesStore& store, const RuleList& rules, const KeepMask& kept,
                               const Clock& clock, Progress& progress) {
-  const std::string name = TableName(clock);
+  std::string name = TableName(clock);
   if (store.database().HasTable(name)) {
     throw InputError(fmt::format("the table {} was saved within this second; save once more", name));
   }

@@ -21,7 +21,7 @@ bool Contains(const Items& all, const Items& some) {
   return std::ranges::all_of(some, [&](NodeNumber item) { return std::ranges::count(all, item) > 0; });
 }
 
-const auto kSide = [](const Rule& rule, int side) { return side == 0 ? rule.antecedent : rule.consequent; };
+const auto side_of = [](const Rule& rule, int side) { return side == 0 ? rule.antecedent : rule.consequent; };
 
 // Repeated selection of the greatest figure above `least`, the earlier one of equals.
 Numbers BySelection(Numbers left, float least, const auto& figure) {
@@ -53,10 +53,10 @@ Numbers Rated(const RuleList& rules, bool surprise, bool rare, const RatingFilte
 
 bool Fits(const RuleTemplate& one, const Rule& rule, int side, NodeNames& names) {
   const auto& wanted = side == 0 ? one.antecedent : one.consequent;
-  Items left = kSide(rule, side);
+  Items left = side_of(rule, side);
   for (const auto& [id, kind] : wanted) {
     const bool twice = side == 0 && std::ranges::count(wanted, TemplateFeature{id, kind}) > 1;
-    if (kind == FeatureKind::kItem && (twice || !Contains(kSide(rule, side), {id}))) return false;
+    if (kind == FeatureKind::kItem && (twice || !Contains(side_of(rule, side), {id}))) return false;
     if (kind == FeatureKind::kItem || kind == FeatureKind::kAnyOfClass) continue;
     const auto found = std::ranges::find_if(left, [&, code = names.CodeOf(id)](NodeNumber item) {
       return names.CodeOf(item).find(code) != std::string::npos;
@@ -118,7 +118,7 @@ TEST_F(FiltersTest, EqualThePlainWay) {
     RatingFilter rating(rules.size());
     Ratings ratings;
     Numbers kept;
-    for (const unsigned run : {0, 1, 2, 3, 0}) {
+    for (const unsigned run : {0U, 1U, 2U, 3U, 0U}) {
       kept = rating.Run(rules, {RatingViewpoint(run % 2), 0.5F, RatingBehaviour(run / 2), 0.4F}, progress);
       ASSERT_EQ(kept, Rated(rules, run % 2 == 1, run > 1, rating, ratings)) << table;
     }
@@ -152,8 +152,8 @@ TEST_F(FiltersTest, EqualThePlainWay) {
       const int side = static_cast<int>(i % 2);
       Numbers more = Least(rules, left, side, side == 0 ? general.aspec : general.cspec, bound);
       std::erase_if(more, [&](RuleNumber j) {
-        const bool same = kSide(rules[j], 1 - side) == kSide(general, 1 - side);
-        return !same || !Contains(kSide(rules[j], side), kSide(general, side));
+        const bool same = side_of(rules[j], 1 - side) == side_of(general, 1 - side);
+        return !same || !Contains(side_of(rules[j], side), side_of(general, side));
       });
       ASSERT_EQ(specificity.MoreSpecific(shown[i / 2], static_cast<RuleSide>(side)), more) << table;
       shown.insert(shown.end(), more.begin(), more.end());
