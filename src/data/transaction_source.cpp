@@ -2,7 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <new>
+#include <utility>
 
 #include "data/database_error.h"
 #include "data/sql_dialect.h"
@@ -22,6 +24,7 @@ void TransactionSource::Open(const std::filesystem::path& path) {
 
 void TransactionSource::Close() {
   cursor_.reset();
+  ahead_ = {};
   database_.reset();
 }
 
@@ -89,24 +92,82 @@ bool TransactionSource::NextRow(RowValues& row) {
   return true;
 }
 
+namespace {
+
+constexpr int kColumnsAhead = 64;
+
+// The column as SQL, and the value that says that a row has the item.
+std::string Bracketed(const Field& field) {
+  std::string text = "[";
+  for (const char c : field.name) text.append(c == ']' ? 2 : 1, c);
+  return text + ']';
+}
+
+const char* OneOf(const Field& field) {
+  return field.type == FieldType::kText ? "'1'" : "1";
+}
+
+}  // namespace
+
+// Leaves nothing read where a row cannot be read in this way; asking for the one column then says why.
+void TransactionSource::ReadAhead(int first) const {
+  ahead_.first = first;
+  ahead_.ids.clear();
+  const auto begin = static_cast<std::size_t>(first);
+  const std::size_t end = std::min(ahead_.fields.size(), begin + kColumnsAhead);
+  std::string sql = "select Index";
+  for (std::size_t i = begin; i < end; ++i) {
+    const Field& field = ahead_.fields[i];
+    if (field.type == FieldType::kUnknown) return;
+    sql += fmt::format(",{} is {}", Bracketed(field), OneOf(field));
+  }
+  std::vector<std::vector<std::uint16_t>> ids(end - begin);
+  try {
+    RowValues row;
+    for (Recordset rows = database().OpenRecordset(sql + " from " + ahead_.table); !rows.AtEnd();
+         rows.MoveNext()) {
+      rows.Int16Row(row);
+      for (std::size_t i = 1; i < row.size(); ++i) {
+        if (row[i] == 1) ids[i - 1].push_back(static_cast<std::uint16_t>(row[0]));
+      }
+    }
+  } catch (const DatabaseError&) {
+    return;
+  }
+  ahead_.ids = std::move(ids);
+}
+
 void TransactionSource::ItemRowIds(std::string_view table, int position, std::vector<std::uint16_t>& ids,
                                    std::string& field_name) const {
   CheckTableName(table);
   ids.clear();
-  const std::vector<Field> fields = database().Fields(table);
-  if (position < 0 || position >= static_cast<int>(fields.size())) {
+  if (ahead_.table != table) {
+    std::vector<Field> fields = database().Fields(table);
+    ahead_ = {};
+    ahead_.fields = std::move(fields);
+    ahead_.table = table;
+  }
+  if (position < 0 || position >= static_cast<int>(ahead_.fields.size())) {
     throw DatabaseError(file_name_, fmt::format("table \"{}\" has no column {}", table, position));
   }
-  const Field& field = fields[static_cast<std::size_t>(position)];
+  const Field& field = ahead_.fields[static_cast<std::size_t>(position)];
   field_name = field.name;
   if (field.type == FieldType::kUnknown) {
-    throw DatabaseError(file_name_, fmt::format("column \"{}\" holds neither numbers nor text", field_name));
+    throw DatabaseError(file_name_,
+                        fmt::format("column \"{}\" of table {} holds neither numbers nor text; give it 0 and "
+                                    "1, or make a table without it",
+                                    field_name, table));
   }
-  std::string bracketed;
-  for (const char c : field_name) bracketed.append(c == ']' ? 2 : 1, c);
-  const char* const one = field.type == FieldType::kText ? "'1'" : "1";
-  Recordset rows =
-      database().OpenRecordset(fmt::format("select Index from {} where [{}] = {}", table, bracketed, one));
+  const auto is_ahead = [this, position] {
+    return position >= ahead_.first && position < ahead_.first + static_cast<int>(ahead_.ids.size());
+  };
+  if (position > std::exchange(ahead_.last_asked, position) && !is_ahead()) ReadAhead(position);
+  if (is_ahead()) {
+    ids = ahead_.ids[static_cast<std::size_t>(position - ahead_.first)];
+    return;
+  }
+  Recordset rows = database().OpenRecordset(
+      fmt::format("select Index from {} where {} = {}", table, Bracketed(field), OneOf(field)));
   for (; !rows.AtEnd(); rows.MoveNext()) ids.push_back(static_cast<std::uint16_t>(rows.Int16(0)));
 }
 

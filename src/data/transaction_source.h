@@ -1,6 +1,7 @@
 // Reads a term table: one row per abstract, one column per term.
 #pragma once
 
+#include <climits>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -44,7 +45,8 @@ class TransactionSource {
   bool NextRow(RowValues& row);
 
   // Replaces `ids` by the row ids of the rows in which the column is exactly 1, or exactly the text '1', in
-  // the order of the table. Fails on a column that is neither a number nor text.
+  // the order of the table. Fails on a column that is neither a number nor text. Asking for one column after
+  // the other reads several of them at a time.
   void ItemRowIds(std::string_view table, int position, std::vector<std::uint16_t>& ids,
                   std::string& field_name) const;
 
@@ -53,10 +55,21 @@ class TransactionSource {
  private:
   Database& database() const;
   void CheckTableName(std::string_view table) const;
+  // The answers for some neighbouring columns of a table, read in one walk over its rows: a walk for each
+  // column would pass over the columns before it every time.
+  struct RowIdsAhead {
+    std::string table;
+    std::vector<Field> fields;
+    int last_asked = INT_MAX;
+    int first = 0;
+    std::vector<std::vector<std::uint16_t>> ids;  // of the columns from `first` on
+  };
+  void ReadAhead(int first) const;
 
   std::filesystem::path file_name_;
   mutable std::optional<Database> database_;
   std::optional<Recordset> cursor_;
+  mutable RowIdsAhead ahead_;
 };
 
 }  // namespace selvane

@@ -1,5 +1,10 @@
 #include "data/transaction_source.h"
 
+#include <fmt/format.h>
+
+#include <map>
+#include <random>
+
 #include "data/database_error.h"
 #include "support/test_support.h"
 
@@ -63,6 +68,47 @@ TEST_F(TransactionSourceTest, FindsTheRowsOfOneItem) {
   EXPECT_EQ(ids, (std::vector<std::uint16_t>{3, 9}));  // 01 is another text
   EXPECT_THROW(source_.ItemRowIds("first", 3, ids, name), DatabaseError);
   EXPECT_THROW(source_.ItemRowIds("first", 9, ids, name), DatabaseError);
+}
+
+TEST_F(TransactionSourceTest, ColumnsInARowGiveWhatEachGivesAlone) {
+  // More columns than are read at a time, with values of all kinds, and then with one row whose id is too
+  // great.
+  std::mt19937 random(1);
+  std::string sql = R"(CREATE TABLE T("Index")";
+  for (int i = 1; i <= 150; ++i) {
+    const char* const types[] = {"SMALLINT", "VARCHAR(3)", "REAL", "SMALLINT"};
+    sql += fmt::format(", \"c]{}\" {}", i, i == 140 ? "BLOB" : types[i % 4]);
+  }
+  sql += ");";
+  for (const bool has_bad_row : {false, true}) {
+    for (int row = 1; row <= 30; ++row) {
+      const char* const values[] = {"0", "1", "'1'", "NULL", "2", "'01'", "1.0", "-1", "'x'"};
+      const bool is_bad = has_bad_row && row == 17;
+      sql += fmt::format("INSERT INTO T VALUES ({}", is_bad ? 70000 : row % 13);
+      for (int i = 1; i <= 150; ++i)
+        sql += fmt::format(",{}", is_bad && i != 70 ? "0" : values[random() % 9]);
+      sql += ");";
+    }
+    const std::string path = has_bad_row ? "bad.mdb" : "good.mdb";
+    MakeForeignDatabase(path, sql.c_str());
+    const auto ask = [this](int position) {
+      std::vector<std::uint16_t> ids;
+      std::string name;
+      try {
+        source_.ItemRowIds("T", position, ids, name);
+      } catch (const DatabaseError& error) {
+        name = error.what();
+      }
+      return std::pair(name, ids);
+    };
+    std::map<int, std::pair<std::string, std::vector<std::uint16_t>>> alone;
+    source_.Open(path);
+    for (int i = 150; i >= 1; --i) alone[i] = ask(i);
+    for (const int step : {1, 3, 70}) {
+      source_.Open(path);
+      for (int i = 1; i <= 150; i += step) EXPECT_EQ(ask(i), alone[i]) << i << " by " << step;
+    }
+  }
 }
 
 TEST_F(TransactionSourceTest, FaultsReachTheCaller) {
