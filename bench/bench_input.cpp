@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <random>
 
 #include "base/text.h"
@@ -87,9 +88,11 @@ std::vector<std::string> LeafTerms(const fs::path& taxonomy, int count) {
   return terms;
 }
 
-void MakeTermTable(const fs::path& path, const std::vector<std::string>& terms, int rows,
-                   double terms_a_row) {
-  constexpr std::size_t kThemes = 10;
+namespace {
+
+// Makes the table T; `fill` gives the terms of one row, one after the other.
+void MakeTable(const fs::path& path, const std::vector<std::string>& terms, int rows,
+               const std::function<void(std::vector<bool>&)>& fill) {
   Database database = Database::Create(path);
   std::vector<Field> fields = {{"Index", FieldType::kInt16}};
   std::vector<std::string> names = {"Index"};
@@ -100,20 +103,50 @@ void MakeTermTable(const fs::path& path, const std::vector<std::string>& terms, 
   database.CreateTable("T", fields);
   Transaction transaction(database);
   BulkInsert insert = database.OpenBulkInsert("T", names);
-  std::mt19937 random(7);
-  std::uniform_real_distribution<double> chance(0, 1);
+  std::vector<bool> values(terms.size());
   for (int row = 1; row <= rows; ++row) {
     insert.Set(0, std::int64_t{row});
-    const std::size_t theme = random() % kThemes;
-    for (std::size_t i = 0; i < terms.size(); ++i) {
-      // Two thirds of a row's terms are those of its theme.
-      const double share = i % kThemes == theme ? terms_a_row * 2 / 3 * kThemes : terms_a_row / 3;
-      insert.Set(static_cast<int>(i + 1),
-                 std::int64_t{chance(random) < share / static_cast<double>(terms.size())});
-    }
+    fill(values);
+    for (std::size_t i = 0; i < terms.size(); ++i)
+      insert.Set(static_cast<int>(i + 1), std::int64_t{values[i]});
     insert.Insert();
   }
   transaction.Commit();
+}
+
+}  // namespace
+
+void MakeTermTable(const fs::path& path, const std::vector<std::string>& terms, int rows,
+                   double terms_a_row) {
+  constexpr std::size_t kThemes = 10;
+  std::mt19937 random(7);
+  std::uniform_real_distribution<double> chance(0, 1);
+  MakeTable(path, terms, rows, [&](std::vector<bool>& row) {
+    const std::size_t theme = random() % kThemes;
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      // Two thirds of a row's terms are those of its theme.
+      const double share = i % kThemes == theme ? terms_a_row * 2 / 3 * kThemes : terms_a_row / 3;
+      row[i] = chance(random) < share / static_cast<double>(row.size());
+    }
+  });
+}
+
+void MakeCorrelatedTable(const fs::path& path, const std::vector<std::string>& terms, int rows,
+                         std::size_t group, Correlation kind) {
+  std::mt19937 random(7);
+  std::uniform_real_distribution<double> chance(0, 1);
+  MakeTable(path, terms, rows, [&](std::vector<bool>& row) {
+    bool first = false;
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      if (i % group == 0) {
+        row[i] = first = chance(random) < 0.35;
+      } else if (kind == Correlation::kChains) {
+        row[i] = row[i - 1] && chance(random) < 0.85;
+      } else {
+        row[i] = first != (chance(random) < 0.01);
+      }
+    }
+  });
 }
 
 }  // namespace selvane

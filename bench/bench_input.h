@@ -33,6 +33,11 @@ void MakeTaxonomy(const std::filesystem::path& path, int children, int levels);
 // A term table T over some terms: rows come from a few themes, so that terms go together.
 void MakeTermTable(const std::filesystem::path& path, const std::vector<std::string>& terms, int rows,
                    double terms_a_row);
+// A term table T in groups of `group` terms that go together: by chains, each term implies the one before it
+// in its group; otherwise each is the group's first with one row in a hundred turned.
+enum class Correlation { kChains, kCopies };
+void MakeCorrelatedTable(const std::filesystem::path& path, const std::vector<std::string>& terms, int rows,
+                         std::size_t group, Correlation kind);
 // Up to `count` terms of the taxonomy at the lowest levels, spread over it, whose names can be columns.
 std::vector<std::string> LeafTerms(const std::filesystem::path& taxonomy, int count);
 

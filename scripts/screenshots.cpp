@@ -39,7 +39,8 @@ class PreparedDialogs final : public selvane::Dialogs {
   std::vector<fs::path> OpenFiles(QWidget*, selvane::FileKind, const QString&) override {
     return query_files;
   }
-  fs::path SaveFile(QWidget*, selvane::FileKind, const QString&, selvane::OverwriteQuestion) override {
+  fs::path SaveFile(QWidget*, selvane::FileKind, const QString&, selvane::OverwriteQuestion,
+                    const QString&) override {
     return Next();
   }
   bool Ask(QWidget*, const QString&, const QString&) override { return true; }

@@ -98,6 +98,7 @@ void OutputFile::Write(std::string_view bytes) {
   if (buffer_.size() + bytes.size() > kBufferSize) Flush();
   buffer_.insert(buffer_.end(), bytes.begin(), bytes.end());
   if (buffer_.size() > kBufferSize) Flush();
+  position_ += bytes.size();
 }
 
 void OutputFile::Flush() {
@@ -132,6 +133,11 @@ bool InputFile::Fill() {
 
 bool InputFile::AtEnd() {
   return next_ == filled_ && !Fill();
+}
+
+void InputFile::Seek(std::uint64_t position) {
+  if (::lseek(file_.get(), static_cast<off_t>(position), SEEK_SET) < 0) Fail("read", path_, errno);
+  next_ = filled_ = 0;
 }
 
 bool InputFile::Read(std::span<char> bytes) {

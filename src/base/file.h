@@ -51,6 +51,8 @@ class OutputFile {
   explicit OutputFile(std::filesystem::path path);
 
   void Write(std::string_view bytes);
+  // How many bytes were written so far.
+  std::uint64_t position() const { return position_; }
   // Writes out the buffer and closes. Throws FileError, with the bytes of the buffer lost. The destructor
   // closes without writing what is still in the buffer.
   void Close();
@@ -61,6 +63,7 @@ class OutputFile {
   std::filesystem::path path_;
   FileDescriptor file_;
   std::vector<char> buffer_;
+  std::uint64_t position_ = 0;
 };
 
 // A file read from its beginning, through a buffer.
@@ -72,6 +75,8 @@ class InputFile {
   // Reads exactly this many bytes; false when the file ends before. Throws FileError.
   bool Read(std::span<char> bytes);
   bool AtEnd();
+  // Goes on reading at this byte. Throws FileError.
+  void Seek(std::uint64_t position);
   const std::filesystem::path& path() const { return path_; }
 
  private:

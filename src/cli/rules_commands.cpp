@@ -11,6 +11,7 @@
 #include "base/text.h"
 #include "cli/cli.h"
 #include "cli/rules_output.h"
+#include "mining/closed_extraction.h"
 #include "mining/extraction.h"
 #include "rules/rules_info.h"
 #include "rules/rules_store.h"
@@ -27,6 +28,8 @@ struct ExtractOptions {
   fs::path output;
   bool overwrite = false;
   bool no_generalize = false;
+  bool closed = false;
+  bool unreduced = false;
   ExtractionRequest request;
 };
 
@@ -65,7 +68,7 @@ void ReportTooMany(const RuleTally& tally, const CliContext& context) {
                              : fitting + " would have fitted");
 }
 
-void ReportEnd(const ExtractionReport& report, const CliContext& context) {
+void ReportEmpty(const ExtractionReport& report, const CliContext& context) {
   if (report.items == 0) {
     fmt::print(context.err,
                "No extractable rules: no row holds a term that the taxonomy knows; check that the table "
@@ -78,12 +81,43 @@ void ReportEnd(const ExtractionReport& report, const CliContext& context) {
     fmt::print(context.err,
                "No extracted rules: none reaches the confidence; try a lower --min-confidence\n");
   }
+}
+
+void ReportEnd(const ExtractionReport& report, const CliContext& context) {
+  ReportEmpty(report, context);
   fmt::print(
       context.err,
       "{} rows, {} items, {} itemsets, {} rules; checking {:.2f} s, searching {:.2f} s ({} candidates, {} "
       "million words), rules {:.2f} s\n",
       report.rows, report.items, report.itemsets, report.rules_stored, report.check_seconds,
       report.search_seconds, report.work.candidates, report.work.words / 1000000, report.rules_seconds);
+}
+
+void ReportClosedEnd(const ExtractionReport& report, const CliContext& context) {
+  const ClosedItemsetReport& closed = report.closed;
+  for (const std::string& column : closed.unknown_columns) {
+    fmt::print(context.err, "selvane-cli: the column {} has no node in the taxonomy and was left out\n",
+               column);
+  }
+  for (const std::string& item : closed.renumbered) {
+    fmt::print(context.err,
+               "selvane-cli: the number of {} in TaxonomyOrnex is that of another term in Taxonomy, so rules "
+               "show and the filters will name it wrongly\n",
+               item);
+  }
+  ReportEmpty(report, context);
+  if (closed.too_long_rules > 0) {
+    fmt::print(
+        context.err,
+        "selvane-cli: {} rules have more items than a table has room for; they are in Rules.dat only\n",
+        closed.too_long_rules);
+  }
+  fmt::print(context.err,
+             "{} rows, {} items, {} closed itemsets, {} generators, {} rules ({} exact and {} approximate "
+             "found); checking {:.2f} s, searching {:.2f} s, rules {:.2f} s\n",
+             report.rows, report.items, closed.closed_itemsets, closed.generators, report.rules_stored,
+             closed.exact_rules, report.rules_found - closed.exact_rules, report.check_seconds,
+             report.search_seconds, report.rules_seconds);
 }
 
 void Extract(ExtractOptions& options, const CliContext& context) {
@@ -105,6 +139,11 @@ void Extract(ExtractOptions& options, const CliContext& context) {
     fmt::print(context.err, "selvane-cli: the pruned term {} is in the table and was restored\n", entry);
   };
   hooks.will_not_fit = [&context](const RuleTally& tally) { ReportTooMany(tally, context); };
+  if (options.closed) {
+    request.covers_only = !options.unreduced;
+    ReportClosedEnd(ExtractClosedRules(source, taxonomy, hold, request, hooks, context.progress), context);
+    return;
+  }
   ReportEnd(ExtractRules(source, taxonomy, hold, request, hooks, context.progress), context);
 }
 
@@ -124,6 +163,14 @@ void AddExtract(CLI::App& group, const CliContext& context) {
   AddFraction(*command, "--min-confidence", options->request.min_confidence,
               "Fraction of the antecedent's rows that hold the consequent too");
   command->add_flag("--no-generalize", options->no_generalize, "Leave the terms' ancestors out");
+  CLI::Option* closed =
+      command->add_flag("--closed", options->closed,
+                        "Bases of rules by closed itemsets, without ancestors; the files of the search are "
+                        "left in the current folder");
+  command
+      ->add_flag("--unreduced", options->unreduced,
+                 "With --closed: approximate rules to all larger closed itemsets, not only to the next ones")
+      ->needs(closed);
   command->add_option("--itemsets", options->request.itemset_copy, "Keep a copy of the itemset file")
       ->type_name("FILE");
   command->footer(

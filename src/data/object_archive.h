@@ -25,6 +25,8 @@ class ArchiveWriter {
   // A string by its bytes: a length byte below 255, else 0xFF and 16 bits below 65,534, else 0xFF, 0xFFFF and
   // 32 bits; no terminator.
   void WriteText(std::string_view bytes);
+  // How many bytes were written so far.
+  std::uint64_t position() const { return file_.position(); }
   // Nothing is complete before this returns.
   void Close() { file_.Close(); }
 
@@ -39,6 +41,7 @@ class ArchiveReader {
   explicit ArchiveReader(std::filesystem::path path) : file_(std::move(path)) {}
 
   bool AtEnd() { return file_.AtEnd(); }
+  void Seek(std::uint64_t position) { file_.Seek(position); }
   std::uint32_t ReadCount();
   std::uint32_t ReadValue() { return Get(4); }
   // Replaces `values` by the next `count` values. Memory grows with what the file holds, not with what a

@@ -33,8 +33,10 @@ struct ExtractionRequest {
   bool generalize = true;
   // The sign that the numbers of the information file are written with, after the user's locale.
   char decimal_sign = '.';
-  // Where to keep a copy of the run's itemset file; empty for none.
+  // Where to keep a copy of the run's itemset file, or of its file of closed itemsets; empty for none.
   std::filesystem::path itemset_copy{};
+  // Of closed itemsets: of the approximate rules only those to the next larger closed itemsets.
+  bool covers_only = true;
 };
 
 // Where the rules go, asked for when there are itemsets to make rules from.
@@ -58,6 +60,16 @@ enum class ExtractionEnd {
   kOnlySingleItems  // "No extractable rules": no two items are frequent together; nothing was written
 };
 
+struct ClosedItemsetReport {
+  std::uint64_t closed_itemsets = 0;
+  std::uint64_t generators = 0;
+  std::uint64_t exact_rules = 0;  // found, of confidence 1; all others are approximate
+  // Rules of which one side has more items than the table has room for. They stand in the files only.
+  std::uint64_t too_long_rules = 0;
+  std::vector<std::string> unknown_columns;  // left out, having no node in the taxonomy
+  std::vector<std::string> renumbered;       // items whose numbers `Taxonomy` gives to other terms
+};
+
 struct ExtractionReport {
   ExtractionEnd end = ExtractionEnd::kOnlySingleItems;
   std::filesystem::path output;
@@ -67,7 +79,8 @@ struct ExtractionReport {
   std::uint64_t rules_found = 0;
   long rules_stored = 0;  // the first kMostRules of those found
   SearchWork work;
-  double check_seconds = 0;  // of checking and restoring items
+  ClosedItemsetReport closed;  // of an extraction by closed itemsets
+  double check_seconds = 0;    // of checking and restoring items
   double search_seconds = 0;
   double rules_seconds = 0;  // of counting, generating and storing rules
 };

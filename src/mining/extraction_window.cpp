@@ -11,6 +11,7 @@
 
 #include "base/file.h"
 #include "base/text.h"
+#include "mining/closed_extraction.h"
 #include "mining/itemset_file.h"
 #include "ui/framed.h"
 #include "ui/line_buffer.h"
@@ -26,6 +27,15 @@ namespace fs = std::filesystem;
 
 const char* const kCaption = "Extracting Rules";
 const char* const kShortCaption = "Extracting";
+constexpr std::size_t kMostListed = 30;
+
+// The first names of a list that may be long.
+QString Listed(const std::vector<std::string>& names) {
+  QStringList shown;
+  for (std::size_t i = 0; i < std::min(names.size(), kMostListed); ++i) shown.append(ToQt(names[i]));
+  const QString more = QString(" and %1 more").arg(names.size() - static_cast<std::size_t>(shown.size()));
+  return shown.join(", ") + (names.size() > kMostListed ? more : QString());
+}
 
 }  // namespace
 
@@ -91,9 +101,9 @@ QGroupBox* ExtractionWindow::RulesGroup() {
 
 void ExtractionWindow::AddButtons() {
   open_ = AddButton("&Open Database", [this] { OpenDatabase(); });
-  extract_ = AddButton("&Extract with APRIORI", [this] { Extract(); });
+  extract_ = AddButton("&Extract with APRIORI", [this] { Extract(Extractor::kApriori); });
   extract_->setEnabled(false);
-  AddButton("Extraxt with ORNEX", [this] { ExtractWithOrnex(); });
+  AddButton("Extraxt with ORNEX", [this] { Extract(Extractor::kOrnex); });
   AddCloseButton();
 }
 
@@ -195,7 +205,7 @@ void ExtractionWindow::LeaveThreshold() {
   }
 }
 
-void ExtractionWindow::Extract() {
+void ExtractionWindow::Extract(Extractor extractor) {
   if (tables_->selectedItems().isEmpty()) {
     ShowMessage(MessageIcon::kWarning, kShortCaption, "No table selected");
     return;
@@ -204,7 +214,9 @@ void ExtractionWindow::Extract() {
   for (const QString& caption : CorrectThresholds()) ReportCorrection(caption);
   QStringList restored;
   try {
-    ShowEnd(ExtractWith(restored));
+    const ExtractionReport report = ExtractWith(extractor, restored);
+    ShowEnd(report);
+    ReportItems(report.closed);
   } catch (...) {
     rules_->clear();
     ReportRestored(restored);
@@ -213,24 +225,32 @@ void ExtractionWindow::Extract() {
   ReportRestored(restored);
 }
 
-ExtractionReport ExtractionWindow::ExtractWith(QStringList& restored) {
+ExtractionReport ExtractionWindow::ExtractWith(Extractor extractor, QStringList& restored) {
   ItemsetFileHold hold(ItemsetFileHold::DefaultFolder());
   WriteFields();
   LineBuffer lines(*rules_);
   const ExtractionRequest request{table_, min_support_, min_confidence_, generalize_, context().decimal_sign};
   ExtractionHooks hooks;
-  hooks.choose_output = [this] { return RulesOutput{ChooseOutput(), ExistingFile::kReplace}; };
+  hooks.choose_output = [this, extractor] {
+    return RulesOutput{ChooseOutput(extractor), ExistingFile::kReplace};
+  };
   hooks.rule_line = [&lines](std::string_view line) { lines.Add(ToQt(line)); };
   hooks.restored = [&restored](const std::string& entry) { restored.append(ToQt(entry)); };
   hooks.will_not_fit = [this](const RuleTally& tally) { WarnOfTooMany(tally); };
-  const ExtractionReport report = ExtractRules(source_, *taxonomy_, hold, request, hooks, progress());
+  ExtractionReport report;
+  if (extractor == Extractor::kOrnex) {
+    report = ExtractClosedRules(source_, *taxonomy_, hold, request, hooks, progress());
+  } else {
+    report = ExtractRules(source_, *taxonomy_, hold, request, hooks, progress());
+  }
   lines.Flush();
   return report;
 }
 
-fs::path ExtractionWindow::ChooseOutput() {
+fs::path ExtractionWindow::ChooseOutput(Extractor extractor) {
   const fs::path path = context().dialogs.SaveFile(this, FileKind::kRulesDatabase,
-                                                   "Saving extracted rules :", OverwriteQuestion::kAsked);
+                                                   "Saving extracted rules :", OverwriteQuestion::kAsked,
+                                                   extractor == Extractor::kOrnex ? "RulesORNEX" : "");
   if (!path.empty() && path.extension() != ".mdb") {
     ShowMessage(MessageIcon::kWarning, kCaption,
                 QString("%1 is not named *.mdb, so the filtering will not take it. Rename it, with the file "
@@ -238,11 +258,6 @@ fs::path ExtractionWindow::ChooseOutput() {
                     .arg(PathToQt(path.filename())));
   }
   return path;
-}
-
-void ExtractionWindow::ExtractWithOrnex() {
-  ShowMessage(MessageIcon::kInformation, kCaption,
-              "The extraction with ORNEX is not available yet. Extract with APRIORI instead.");
 }
 
 void ExtractionWindow::WarnOfTooMany(const RuleTally& tally) {
@@ -280,6 +295,27 @@ void ExtractionWindow::ReportRestored(const QStringList& entries) {
               QString("Terms of the table had been pruned from the taxonomy, and were brought back with all "
                       "that is below them: %1")
                   .arg(entries.join(", ")));
+}
+
+// What became of the items of an extraction with ORNEX.
+void ExtractionWindow::ReportItems(const ClosedItemsetReport& report) {
+  if (!report.unknown_columns.empty()) {
+    ShowMessage(MessageIcon::kInformation, kCaption,
+                "Columns without a node in the taxonomy were left out: " + Listed(report.unknown_columns));
+  }
+  if (!report.renumbered.empty()) {
+    ShowMessage(
+        MessageIcon::kWarning, kCaption,
+        "The table TaxonomyOrnex gives these items numbers that belong to other terms in Taxonomy, so "
+        "filters will name them wrongly: " +
+            Listed(report.renumbered));
+  }
+  if (report.too_long_rules > 0) {
+    ShowMessage(MessageIcon::kInformation, kCaption,
+                QString("%1 rules have more items than a table has room for. They are in the file Rules.dat "
+                        "only.")
+                    .arg(report.too_long_rules));
+  }
 }
 
 }  // namespace selvane

@@ -40,10 +40,10 @@ class ExtractionWindow final : public ToolWindow {
   // Puts the defaults in place of values out of range; returns the captions of the messages to be shown.
   QStringList CorrectThresholds();
   void ReportCorrection(const QString& caption);
-  void Extract();
-  ExtractionReport ExtractWith(QStringList& restored);
-  std::filesystem::path ChooseOutput();
-  void ExtractWithOrnex();
+  enum class Extractor { kApriori, kOrnex };
+  void Extract(Extractor extractor);
+  ExtractionReport ExtractWith(Extractor extractor, QStringList& restored);
+  std::filesystem::path ChooseOutput(Extractor extractor);
 
   void ReadFields();
   void WriteFields();
@@ -51,6 +51,7 @@ class ExtractionWindow final : public ToolWindow {
   void WarnOfTooMany(const RuleTally& tally);
   void ShowEnd(const ExtractionReport& report);
   void ReportRestored(const QStringList& entries);
+  void ReportItems(const ClosedItemsetReport& report);
 
   QListWidget* tables_;
   QListWidget* fields_;

@@ -32,6 +32,11 @@ void ItemsetFile::ReadNext(ItemsetRecord& record) {
   record.support = reader_->ReadValue();
 }
 
+void ItemsetFile::Seek(std::uint64_t position) {
+  if (!reader_) throw FileError("the itemset file is not open for reading");
+  reader_->Seek(position);
+}
+
 void ItemsetFile::Close() {
   reader_.reset();
   if (!writer_) return;

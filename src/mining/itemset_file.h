@@ -29,6 +29,9 @@ class ItemsetFile {
   void Write(std::span<const std::uint32_t> items, std::uint32_t support);
   // Fails also where the file ends, so ask for no more records than there are.
   void ReadNext(ItemsetRecord& record);
+  // Where the next record will be written, and where to read next: a number of bytes.
+  std::uint64_t Position() const { return writer_ ? writer_->position() : 0; }
+  void Seek(std::uint64_t position);
   // What was written is complete only when this returns.
   void Close();
 

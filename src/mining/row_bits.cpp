@@ -21,6 +21,13 @@ void PlainStoreAnd(const RowWord* a, const RowWord* b, RowWord* result, std::siz
   for (std::size_t i = 0; i < words; ++i) result[i] = a[i] & b[i];
 }
 
+bool PlainAnyOutside(const RowWord* a, const RowWord* b, const RowWord* c, std::size_t words) {
+  for (std::size_t i = 0; i < words; ++i) {
+    if ((a[i] & b[i] & ~c[i]) != 0) return true;
+  }
+  return false;
+}
+
 #ifdef SELVANE_HAS_AVX2
 
 #define SELVANE_AVX2 __attribute__((target("avx2,popcnt")))
@@ -89,17 +96,26 @@ SELVANE_AVX2 void Avx2StoreAnd(const RowWord* a, const RowWord* b, RowWord* resu
   }
 }
 
+SELVANE_AVX2 bool Avx2AnyOutside(const RowWord* a, const RowWord* b, const RowWord* c, std::size_t words) {
+  for (std::size_t i = 0; i < words / 4; ++i) {
+    if (_mm256_testc_si256(Load(c + i * 4), Both(a, b, i)) == 0) return true;
+  }
+  return false;
+}
+
 #endif
 
 }  // namespace
 
 RowBitsOperations PlainRowBitsOperations() {
-  return {PlainCountAnd, PlainStoreAnd};
+  return {PlainCountAnd, PlainStoreAnd, PlainAnyOutside};
 }
 
 RowBitsOperations FastRowBitsOperations() {
 #ifdef SELVANE_HAS_AVX2
-  if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("popcnt")) return {Avx2CountAnd, Avx2StoreAnd};
+  if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("popcnt")) {
+    return {Avx2CountAnd, Avx2StoreAnd, Avx2AnyOutside};
+  }
 #endif
   return PlainRowBitsOperations();
 }

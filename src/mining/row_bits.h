@@ -39,6 +39,8 @@ struct RowBitsOperations {
   std::uint32_t (*count_and)(const RowWord* a, const RowWord* b, std::size_t words);
   // result = a and b; the result may be one of them.
   void (*store_and)(const RowWord* a, const RowWord* b, RowWord* result, std::size_t words);
+  // True when a row of both sets is not in `c`. Ends at the first block with such a row.
+  bool (*any_outside)(const RowWord* a, const RowWord* b, const RowWord* c, std::size_t words);
 };
 
 // For this processor; and the plain form, which every processor has.

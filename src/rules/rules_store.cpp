@@ -16,8 +16,8 @@ namespace {
 
 const std::array<Field, 9>& RulesFields() {
   static const std::array<Field, 9> kFields = {{{"INDEX", FieldType::kInt16},
-                                                {"ANTECEDENT", FieldType::kText, 255},
-                                                {"CONSEQUENT", FieldType::kText, 255},
+                                                {"ANTECEDENT", FieldType::kText, kLongestItemsetText},
+                                                {"CONSEQUENT", FieldType::kText, kLongestItemsetText},
                                                 {"SUPPORT", FieldType::kSingle},
                                                 {"CONFIDENCE", FieldType::kSingle},
                                                 {"PA", FieldType::kSingle},

@@ -16,6 +16,8 @@ namespace selvane {
 
 // The most rules that one table holds: its INDEX column has 16 bits.
 inline constexpr long kMostRules = 32767;
+// The most characters that the text of an itemset may have in a rules table.
+inline constexpr int kLongestItemsetText = 255;
 
 // An open rules database, with the table that rules are read from and the table that they are written to. A
 // rule is addressed by its number, the INDEX column: its place of insertion, from 1.

@@ -81,6 +81,14 @@ void TaxonomyStore::Render(std::span<const NodeNumber> nodes, std::string& text)
   CutLastAnd(text);
 }
 
+bool TaxonomyStore::HasOrnex() const {
+  return database_.HasTable(TableName(1));
+}
+
+std::vector<std::string> TaxonomyStore::OrnexPositionsOfTerm(std::string_view term) const {
+  return Texts(fmt::format("SELECT {} FROM {} WHERE {}='", FieldName(1), TableName(1), FieldName(2)), term);
+}
+
 void TaxonomyStore::RenderOrnex(std::span<const std::string> codes, std::string& text,
                                 std::vector<NodeNumber>& numbers) const {
   for (const std::string& code : codes) {

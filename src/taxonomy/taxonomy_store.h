@@ -93,6 +93,10 @@ class TaxonomyStore {
   // The nodes that RecordAncestors would visit for one term, in its order and as often.
   std::vector<NodeNumber> AncestorsOfTerm(std::string_view term) const;
 
+  // Whether the file has a table `TaxonomyOrnex`, which other programs make; and the positions of a term in it.
+  bool HasOrnex() const;
+  std::vector<std::string> OrnexPositionsOfTerm(std::string_view term) const;
+
   // Appends the canonical texts of the nodes to `text`, each followed by " AND ". Unknown nodes are left out.
   void RenderWithAnd(std::span<const NodeNumber> nodes, std::string& text) const;
   // The same, then deletes three characters at the last capital A: the last AND goes and its two blanks stay.
@@ -109,6 +113,7 @@ class TaxonomyStore {
   // C.2 also brings back C.23.
   void RestoreEntry(std::string_view entry);
 
+  const std::filesystem::path& path() const { return database_.path(); }
   // The open file, for loading and pruning.
   Database& database() { return database_; }
 

@@ -34,8 +34,9 @@ class Dialogs {
   virtual std::filesystem::path OpenFile(QWidget* parent, FileKind kind, const QString& title) = 0;
   virtual std::vector<std::filesystem::path> OpenFiles(QWidget* parent, FileKind kind,
                                                        const QString& title) = 0;
+  // `suggestion` is the name that stands in the dialog at first, without its suffix.
   virtual std::filesystem::path SaveFile(QWidget* parent, FileKind kind, const QString& title,
-                                         OverwriteQuestion question) = 0;
+                                         OverwriteQuestion question, const QString& suggestion = {}) = 0;
   // A question that is answered by yes or no; false for no, which Escape says too.
   virtual bool Ask(QWidget* parent, const QString& title, const QString& text) = 0;
   // Waits until the message is closed. `details` are shown on demand only; an empty text has none.

@@ -87,14 +87,15 @@ std::vector<fs::path> QtDialogs::OpenFiles(QWidget* parent, FileKind kind, const
   return files;
 }
 
-fs::path QtDialogs::SaveFile(QWidget* parent, FileKind kind, const QString& title,
-                             OverwriteQuestion question) {
+fs::path QtDialogs::SaveFile(QWidget* parent, FileKind kind, const QString& title, OverwriteQuestion question,
+                             const QString& suggestion) {
   QFileDialog dialog(parent, title);
   dialog.setAcceptMode(QFileDialog::AcceptSave);
   dialog.setFileMode(QFileDialog::AnyFile);
   dialog.setOption(QFileDialog::DontConfirmOverwrite, question == OverwriteQuestion::kNotAsked);
   // A native dialog would ask about the name as typed, before the suffix is added to it.
   dialog.setOption(QFileDialog::DontUseNativeDialog, question == OverwriteQuestion::kAsked);
+  if (!suggestion.isEmpty()) dialog.selectFile(suggestion);
   const QStringList chosen = Ask(dialog, kind);
   return chosen.isEmpty() ? fs::path() : PathFromQt(chosen.front());
 }

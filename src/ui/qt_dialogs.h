@@ -19,7 +19,7 @@ class QtDialogs final : public Dialogs {
   std::filesystem::path OpenFile(QWidget* parent, FileKind kind, const QString& title) override;
   std::vector<std::filesystem::path> OpenFiles(QWidget* parent, FileKind kind, const QString& title) override;
   std::filesystem::path SaveFile(QWidget* parent, FileKind kind, const QString& title,
-                                 OverwriteQuestion question) override;
+                                 OverwriteQuestion question, const QString& suggestion) override;
   bool Ask(QWidget* parent, const QString& title, const QString& text) override;
   void Message(QWidget* parent, MessageIcon icon, const QString& title, const QString& text,
                const QString& details) override;

@@ -132,13 +132,35 @@ TEST_F(ExtractionWindowTest, EndsWithoutRulesInItsWaysAndTellsOfRestoredTerms) {
   dialogs.Expect("error: Kovril: no file was named*");
   Extract();
   EXPECT_EQ(StatusOf(window), "");
-  dialogs.Expect("information: Extracting Rules: The extraction with ORNEX is not available yet.*");
-  Click(Button(window, "Extraxt with ORNEX"));
   tables().clearSelection();
   QCoreApplication::processEvents();
-  dialogs.Expect("warning: Extracting: No table selected");
-  Extract();
+  for (const char* button : {"&Extract with APRIORI", "Extraxt with ORNEX"}) {
+    dialogs.Expect("warning: Extracting: No table selected");
+    Click(Button(window, button));
+  }
   EXPECT_EQ(FileNames("state/selvane"), Texts{"ItemSets.lock"});
+}
+
+TEST_F(ExtractionWindowTest, ExtractsWithOrnexAsTheCommandLineDoes) {
+  Cli("taxonomy prune tax.mdb F.01.145.805");
+  OpenAndChoose();
+  Enter("Minimun Support", "0.1");
+  dialogs.Expect(std::string(kAskOutput) + "RulesORNEX", {"RulesORNEX.mdb"});
+  dialogs.Expect("information: Extracting Rules: Columns without a node in the taxonomy were left out: *");
+  Click(Button(window, "Extraxt with ORNEX"));
+  EXPECT_EQ(StatusOf(window), "Completed!!");
+  for (const char* name : {"tax", "terms"}) std::filesystem::copy_file(name + std::string(".mdb"), name);
+  Cli("rules extract terms --taxonomy tax --output plain.mdb --min-support 0.1 --closed");
+  const Texts rules_made = Rows("RulesORNEX.mdb", "SELECT * FROM Extracted");
+  EXPECT_EQ(rules_made, Rows("plain.mdb", "SELECT * FROM Extracted"));
+  EXPECT_EQ(static_cast<std::size_t>(rules().topLevelItemCount()), rules_made.size());
+  EXPECT_FALSE(rules_made.empty());
+  EXPECT_EQ(ReadFile("InfoRulesORNEX.dat"), ReadFile("Infoplain.dat"));
+  Enter("Minimun Support", "1");
+  dialogs.Expect("information: Extracting Rules: No extractable rules");
+  dialogs.Expect("information: Extracting Rules: Columns without a node*");
+  Click(Button(window, "Extraxt with ORNEX"));
+  EXPECT_EQ(rules().topLevelItemCount(), 0);
 }
 
 TEST_F(ExtractionWindowTest, ASecondTaxonomyIsAskedForWithEachTable) {

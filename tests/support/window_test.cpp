@@ -73,9 +73,9 @@ ScriptedDialogs::Paths ScriptedDialogs::OpenFiles(QWidget* /*parent*/, FileKind 
 }
 
 fs::path ScriptedDialogs::SaveFile(QWidget* /*parent*/, FileKind /*kind*/, const QString& title,
-                                   OverwriteQuestion question) {
-  const Paths paths =
-      Answer((question == OverwriteQuestion::kAsked ? "save, asking: " : "save: ") + FromQt(title));
+                                   OverwriteQuestion question, const QString& suggestion) {
+  const Paths paths = Answer((question == OverwriteQuestion::kAsked ? "save, asking: " : "save: ") +
+                             FromQt(title) + FromQt(suggestion));
   return paths.empty() ? fs::path() : paths.front();
 }
 

@@ -21,7 +21,8 @@ class ScriptedDialogs final : public Dialogs {
   using Paths = std::vector<std::filesystem::path>;
   ~ScriptedDialogs() override { ExpectDone(); }
 
-  // `question` is "open: TITLE", "open many: TITLE", "save: TITLE", "save, asking: TITLE" or "ICON: TITLE:
+  // `question` is "open: TITLE", "open many: TITLE", "save: TITLE", "save, asking: TITLE" (both with
+  // the suggested name behind, if there is one) or "ICON: TITLE:
   // TEXT" with the icons information, warning and error, or "ask: TITLE: TEXT", to which
   // any answer is yes; a star at its end stands for any text. No answer is
   // Cancel. `meanwhile` is what happens while the dialog is shown.
@@ -30,8 +31,8 @@ class ScriptedDialogs final : public Dialogs {
 
   std::filesystem::path OpenFile(QWidget*, FileKind, const QString& title) override;
   Paths OpenFiles(QWidget*, FileKind, const QString& title) override;
-  std::filesystem::path SaveFile(QWidget*, FileKind, const QString& title,
-                                 OverwriteQuestion question) override;
+  std::filesystem::path SaveFile(QWidget*, FileKind, const QString& title, OverwriteQuestion question,
+                                 const QString& suggestion) override;
   bool Ask(QWidget*, const QString& title, const QString& text) override;
   void Message(QWidget*, MessageIcon icon, const QString& title, const QString& text,
                const QString& details) override;

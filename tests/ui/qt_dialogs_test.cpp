@@ -1,9 +1,11 @@
 #include "ui/qt_dialogs.h"
 
 #include <QApplication>
+#include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QTest>
 #include <QTimer>
 
@@ -74,9 +76,16 @@ TEST_F(QtDialogsTest, AsksBeforeAFileIsReplacedWhereItIsToldTo) {
       }
       TypeName(dialog, old);
     });
-    EXPECT_EQ(real.SaveFile(nullptr, FileKind::kRulesDatabase, "save", question), folder() / "in/old.mdb");
+    EXPECT_EQ(real.SaveFile(nullptr, FileKind::kRulesDatabase, "save", question, {}),
+              folder() / "in/old.mdb");
     EXPECT_EQ(asked, question == OverwriteQuestion::kAsked);
   }
+  // A suggested name needs no typing.
+  Meanwhile<QFileDialog>([](QFileDialog& dialog) {
+    dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Save)->click();
+  });
+  EXPECT_EQ(real.SaveFile(nullptr, FileKind::kRulesDatabase, "save", OverwriteQuestion::kAsked, "RulesORNEX"),
+            folder() / "in/RulesORNEX.mdb");
 }
 
 TEST_F(QtDialogsTest, ShowsMessagesWithTheirIconsAndDetails) {

@@ -1,0 +1,126 @@
+// What an extraction by closed itemsets finds, on its way from the search to files and to the rules database.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "base/file.h"
+#include "base/progress.h"
+#include "data/database.h"
+#include "mining/closed_itemset_search.h"
+#include "mining/column_items.h"
+#include "mining/itemset_file.h"
+#include "mining/itemset_sorter.h"
+#include "mining/rule_generator.h"
+#include "mining/rule_tally.h"
+#include "rules/rules_store.h"
+
+namespace selvane {
+
+// Puts what the search finds into the working files, sorted by size, and counts it. Throws FileError.
+class FoundItemsets final : public ClosedItemsetSink {
+ public:
+  FoundItemsets(const std::filesystem::path& folder, std::uint32_t row_count)
+      : closed_(folder / "FC_s.dat"), pairs_(folder / "FPC_s.dat"), tally_(row_count) {}
+
+  void OnGenerator(std::span<const std::uint32_t> generator, std::span<const std::uint32_t> closure,
+                   std::uint32_t support, bool is_first) override;
+  void OnLarger(std::span<const std::uint32_t> larger, std::uint32_t support) override;
+
+  std::uint64_t closed_itemsets() const { return closed_count_; }
+  std::uint64_t generators() const { return generator_count_; }
+  std::uint64_t exact_rules() const { return exact_count_; }
+  // Items of the largest closed itemset.
+  std::size_t largest_size() const { return largest_size_; }
+  const RuleTally& tally() const { return tally_; }
+
+  // By ascending size.
+  void ForEachClosedItemset(const std::function<void(const ItemsetRecord&)>& visit) {
+    closed_.ForEach(visit);
+  }
+  // Generators with their closures and with the larger closed itemsets they lead to, by the ascending size of
+  // the second. Moves the bar from 0 to 100.
+  using VisitPair = std::function<void(const ItemsetRecord& generator, const ItemsetRecord& larger)>;
+  void ForEachPair(Progress& progress, const VisitPair& visit);
+
+ private:
+  void AddPair(std::span<const std::uint32_t> larger, std::uint32_t support);
+
+  ItemsetSorter closed_;
+  ItemsetSorter pairs_;
+  RuleTally tally_;
+  ItemsetRecord generator_;
+  std::uint64_t closed_count_ = 0;
+  std::uint64_t generator_count_ = 0;
+  std::uint64_t exact_count_ = 0;
+  std::uint64_t pair_count_ = 0;
+  std::size_t largest_size_ = 0;
+};
+
+// The files that stay in the current folder. They appear, all together, at the commit. Throws FileError.
+class ClosedResultFiles {
+ public:
+  static constexpr std::array<const char*, 5> kNames = {"FCI.dat", "Generator.dat", "ExactRules.dat",
+                                                        "ApproxRules.dat", "Rules.dat"};
+  // `nodes` are the numbers of the items, and must outlive the files.
+  explicit ClosedResultFiles(std::span<const NodeNumber> nodes);
+
+  void AddClosedItemset(const ItemsetRecord& closed) { Write(0, closed); }
+  // A generator with its closure, or with a larger closed itemset.
+  void AddPair(const ItemsetRecord& generator, const ItemsetRecord& larger);
+  // What was added is complete when this returns; to be called before the rest.
+  void Close();
+  const std::filesystem::path& closed_itemsets() const { return files_[0]->made.temporary(); }
+  void Commit();
+
+ private:
+  struct File {
+    explicit File(const char* name) : made(name, ExistingFile::kReplace) {
+      records.OpenForWriting(made.temporary());
+    }
+    NewFile made;
+    ItemsetFile records;
+  };
+  void Write(std::size_t file, const ItemsetRecord& record);
+
+  std::span<const NodeNumber> nodes_;
+  std::array<std::optional<File>, kNames.size()> files_;
+  std::vector<std::uint32_t> numbers_;
+};
+
+// Stores rules in the target table of a rules database, as long as there is room, in one transaction.
+class ClosedRuleStorer {
+ public:
+  // `line` receives the display line of each stored rule, unless it is empty. All must outlive the storer.
+  ClosedRuleStorer(const ColumnItems& items, RulesStore& rules, const RuleLine& line);
+
+  // generator => the other items of `larger`. Throws DatabaseError.
+  void Store(const ItemsetRecord& generator, const ItemsetRecord& larger);
+  void Finish() { transaction_.Commit(); }
+  long stored() const { return stored_; }
+  std::uint64_t too_long() const { return too_long_; }
+
+ private:
+  std::uint32_t SupportOf(std::span<const std::uint32_t> items);
+  std::vector<NodeNumber> NodesOf(std::span<const std::uint32_t> items) const;
+  std::string Rendered(std::span<const std::uint32_t> items) const;
+
+  const ColumnItems& items_;
+  RulesStore& rules_;
+  const RuleLine& line_;
+  Transaction transaction_;
+  const RowBitsOperations operations_ = FastRowBitsOperations();
+  std::vector<RowWord> rows_;
+  std::vector<std::uint32_t> consequent_;
+  Rule rule_;
+  long stored_ = 0;
+  std::uint64_t too_long_ = 0;
+};
+
+}  // namespace selvane

@@ -1,0 +1,128 @@
+#include "mining/column_items.h"
+
+#include <algorithm>
+#include <array>
+#include <numeric>
+#include <optional>
+#include <unordered_map>
+
+namespace selvane {
+
+namespace {
+
+struct NamedNode {
+  NodeNumber node;
+  std::string name;
+};
+
+// Finds the node of a term.
+class NodeFinder {
+ public:
+  explicit NodeFinder(const TaxonomyStore& taxonomy) : taxonomy_(taxonomy), has_ornex_(taxonomy.HasOrnex()) {}
+
+  std::optional<NamedNode> Find(const std::string& term) const {
+    if (has_ornex_) return FindOrnex(term);
+    const std::vector<NodeNumber> nodes = taxonomy_.NodesOfTerm(term);
+    if (nodes.empty()) return std::nullopt;
+    return NamedNode{nodes.front(), taxonomy_.Canonical(nodes.front())};
+  }
+  bool IsRenumbered(const NamedNode& item) const {
+    return has_ornex_ && taxonomy_.Canonical(item.node) != item.name;
+  }
+
+ private:
+  std::optional<NamedNode> FindOrnex(const std::string& term) const {
+    const std::vector<std::string> positions = taxonomy_.OrnexPositionsOfTerm(term);
+    if (positions.empty()) return std::nullopt;
+    std::string text;
+    std::vector<NodeNumber> numbers;
+    taxonomy_.RenderOrnex(std::array{positions.front()}, text, numbers);
+    if (numbers.empty()) return std::nullopt;
+    text.erase(text.rfind(" AND "));
+    return NamedNode{numbers.front(), text};
+  }
+
+  const TaxonomyStore& taxonomy_;
+  bool has_ornex_;
+};
+
+// Places for row ids, in order of first appearance.
+class RowPlaces {
+ public:
+  std::uint16_t PlaceOf(std::uint16_t id) {
+    if (places_[id] == kNone) places_[id] = size_++;
+    return static_cast<std::uint16_t>(places_[id]);
+  }
+  std::size_t size() const { return size_; }
+
+ private:
+  static constexpr std::uint32_t kNone = UINT32_MAX;
+  std::uint32_t size_ = 0;
+  std::vector<std::uint32_t> places_ = std::vector<std::uint32_t>(65536, kNone);
+};
+
+// Items with the places of their rows, in the order of the columns.
+class ItemCollector {
+ public:
+  // Two columns of one node are one item.
+  void Add(NamedNode item, const std::vector<std::uint16_t>& ids) {
+    const auto [found, is_new] = of_node_.emplace(item.node, rows_.size());
+    if (is_new) {
+      items_.push_back(std::move(item));
+      rows_.emplace_back();
+    }
+    std::vector<std::uint16_t>& rows = rows_[found->second];
+    for (const std::uint16_t id : ids) rows.push_back(places_.PlaceOf(id));
+  }
+
+  void MoveTo(ColumnItems& result) {
+    for (const NamedNode& item : items_) result.in_column_order.push_back(item.node);
+    std::vector<std::size_t> order(items_.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::stable_sort(order.begin(), order.end(),
+                     [this](std::size_t a, std::size_t b) { return items_[a].name < items_[b].name; });
+    result.rows = RowBits(items_.size(), places_.size());
+    for (std::size_t i = 0; i < order.size(); ++i) {
+      result.nodes.push_back(items_[order[i]].node);
+      result.names.push_back(std::move(items_[order[i]].name));
+      for (const std::uint16_t row : rows_[order[i]]) result.rows.Set(i, row);
+    }
+  }
+
+ private:
+  RowPlaces places_;
+  std::vector<NamedNode> items_;
+  std::vector<std::vector<std::uint16_t>> rows_;
+  std::unordered_map<NodeNumber, std::size_t> of_node_;
+};
+
+}  // namespace
+
+ColumnItems ReadColumnItems(const TransactionSource& source, std::string_view table,
+                            const TaxonomyStore& taxonomy, Progress& progress) {
+  ColumnItems result;
+  result.row_count = static_cast<std::uint32_t>(source.CountRows(table));
+  std::vector<std::string> columns;
+  source.ListItemFields(table, columns);
+  progress.SetRange(0, static_cast<int>(columns.size()));
+  progress.SetPosition(0);
+  const NodeFinder finder(taxonomy);
+  ItemCollector collector;
+  std::vector<std::uint16_t> ids;
+  std::string name;
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    if (std::optional<NamedNode> item = finder.Find(columns[i])) {
+      if (finder.IsRenumbered(*item)) result.renumbered.push_back(item->name);
+      source.ItemRowIds(table, static_cast<int>(i) + 1, ids, name);
+      if (!ids.empty()) collector.Add(std::move(*item), ids);
+    } else {
+      result.unknown_columns.push_back(columns[i]);
+    }
+    progress.SetPosition(static_cast<int>(i) + 1);
+    progress.Pulse();
+  }
+  collector.MoveTo(result);
+  return result;
+}
+
+}  // namespace selvane

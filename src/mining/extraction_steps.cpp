@@ -1,0 +1,91 @@
+#include "mining/extraction_steps.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+
+#include "base/error.h"
+#include "base/text.h"
+#include "data/database_error.h"
+#include "data/sql_dialect.h"
+#include "rules/rules_info.h"
+
+namespace selvane {
+
+namespace fs = std::filesystem;
+
+void CheckRequest(const TransactionSource& source, const ExtractionRequest& request) {
+  if (!IsFraction(request.min_support)) throw InputError("the minimum support must be above 0 and at most 1");
+  if (!IsFraction(request.min_confidence))
+    throw InputError("the minimum confidence must be above 0 and at most 1");
+  const long rows = source.CountRows(request.table);
+  if (rows > kMostTableRows) {
+    throw InputError(
+        fmt::format("table {} has {} rows, and at most {} can be mined; divide it into several tables",
+                    request.table, rows, kMostTableRows));
+  }
+  if (!SqlDialect::IsPlainName(request.table)) {
+    throw InputError(
+        fmt::format("the table name \"{}\" holds blanks or signs; rename the table with letters, digits "
+                    "and underscores only",
+                    request.table));
+  }
+  const fs::path& copy = request.itemset_copy;
+  if (copy.empty()) return;
+  if (fs::exists(fs::symlink_status(copy))) {
+    throw FileError(fmt::format("{}: the file is there already and was left as it is; choose another name",
+                                copy.string()));
+  }
+  if (copy.has_parent_path() && !fs::is_directory(copy.parent_path())) {
+    throw FileError(fmt::format("{}: there is no such folder; make it first", copy.parent_path().string()));
+  }
+}
+
+bool IsSamePlace(const fs::path& a, const fs::path& b) {
+  return IsSameFile(a, b) || fs::absolute(a).lexically_normal() == fs::absolute(b).lexically_normal();
+}
+
+void KeepCopy(const fs::path& itemsets, const fs::path& copy) {
+  if (copy.empty()) return;
+  NewFile file(copy, ExistingFile::kRefuse);
+  std::error_code error;
+  fs::copy_file(itemsets, file.temporary(), error);
+  if (error)
+    throw FileError(fmt::format("{}: cannot keep the itemset file: {}", copy.string(), error.message()));
+  file.Commit();
+}
+
+std::vector<std::string> InformationTexts(const ExtractionRequest& request, std::uint32_t rows,
+                                          std::vector<std::string> taxonomies) {
+  std::vector<std::string> texts = {request.table, fmt::format("{}", rows),
+                                    SingleText(request.min_support, request.decimal_sign),
+                                    SingleText(request.min_confidence, request.decimal_sign)};
+  std::move(taxonomies.begin(), taxonomies.end(), std::back_inserter(texts));
+  return texts;
+}
+
+void CheckRulesOutput(const RulesOutput& output, const std::vector<fs::path>& others) {
+  if (output.path.empty())
+    throw DatabaseError({}, "no file was named; choose a rules database and try again");
+  if (output.existing == ExistingFile::kRefuse && fs::exists(fs::symlink_status(output.path))) {
+    throw DatabaseError(output.path,
+                        "the file is there already and was left as it is; choose another name, or have it "
+                        "replaced");
+  }
+  if (output.path.has_parent_path() && !fs::is_directory(output.path.parent_path())) {
+    throw DatabaseError(output.path, "there is no such folder; make it first, or choose another one");
+  }
+  fs::path info = RulesInfoBasePath(output.path);
+  info += ".dat";
+  for (const fs::path& other : others) {
+    if (other.empty()) continue;
+    for (const fs::path& made : {output.path, info}) {
+      if (!IsSamePlace(made, other)) continue;
+      throw InputError(fmt::format(
+          "{}: the rules would replace a file that the run needs; choose another name", made.string()));
+    }
+  }
+}
+
+}  // namespace selvane
