@@ -139,9 +139,9 @@ void MakeCorrelatedTable(const fs::path& path, const std::vector<std::string>& t
     bool first = false;
     for (std::size_t i = 0; i < row.size(); ++i) {
       if (i % group == 0) {
-        row[i] = first = chance(random) < 0.35;
+        row[i] = first = chance(random) < 0.3;
       } else if (kind == Correlation::kChains) {
-        row[i] = row[i - 1] && chance(random) < 0.85;
+        row[i] = row[i - 1] && chance(random) < 0.9;
       } else {
         row[i] = first != (chance(random) < 0.01);
       }

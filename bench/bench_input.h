@@ -34,7 +34,8 @@ void MakeTaxonomy(const std::filesystem::path& path, int children, int levels);
 void MakeTermTable(const std::filesystem::path& path, const std::vector<std::string>& terms, int rows,
                    double terms_a_row);
 // A term table T in groups of `group` terms that go together: by chains, each term implies the one before it
-// in its group; otherwise each is the group's first with one row in a hundred turned.
+// in its group and stands in nine tenths of its rows; otherwise each is the group's first with one row in a
+// hundred turned.
 enum class Correlation { kChains, kCopies };
 void MakeCorrelatedTable(const std::filesystem::path& path, const std::vector<std::string>& terms, int rows,
                          std::size_t group, Correlation kind);

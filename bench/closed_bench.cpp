@@ -18,8 +18,9 @@ struct Input {
     LoadTaxonomy("taxonomy.xml", "tax.mdb", ExistingFile::kRefuse, progress);
     const std::vector<std::string> terms = LeafTerms("tax.mdb", 100);
     MakeTermTable("themes.mdb", terms, 32767, 16);
-    MakeCorrelatedTable("chains.mdb", terms, 32767, 5, Correlation::kChains);
-    MakeCorrelatedTable("copies.mdb", terms, 32767, 5, Correlation::kCopies);
+    MakeCorrelatedTable("chains5.mdb", terms, 32767, 5, Correlation::kChains);
+    MakeCorrelatedTable("chains10.mdb", terms, 32767, 10, Correlation::kChains);
+    MakeCorrelatedTable("copies5.mdb", terms, 32767, 5, Correlation::kCopies);
   }
   BenchFolder folder;
 };
@@ -55,14 +56,19 @@ void Extract(benchmark::State& state, const char* terms) {
   }
 }
 
-BENCHMARK_CAPTURE(Extract, chains, "chains.mdb")
-    ->Arg(120)
-    ->Arg(80)
+BENCHMARK_CAPTURE(Extract, chains_of_5, "chains5.mdb")
+    ->Arg(50)
+    ->Arg(20)
     ->Iterations(1)
     ->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Extract, copies, "copies.mdb")
-    ->Arg(120)
+BENCHMARK_CAPTURE(Extract, chains_of_10, "chains10.mdb")
+    ->Arg(50)
+    ->Arg(40)
+    ->Iterations(1)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Extract, copies, "copies5.mdb")
     ->Arg(80)
+    ->Arg(50)
     ->Iterations(1)
     ->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Extract, themes, "themes.mdb")

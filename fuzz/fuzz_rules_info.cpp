@@ -25,5 +25,14 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     }
   } catch (const FileError&) {
   }
+  try {
+    std::string_view records = TextOf(data, size);
+    for (std::vector<std::uint32_t> items; !records.empty();) {
+      const EncodedRecord record = TakeRecord(records);
+      record.CopyItems(items);
+      Require(record.bytes.size() <= size && items.size() == record.size());
+    }
+  } catch (const FileError&) {
+  }
   return 0;
 }

@@ -90,35 +90,29 @@ void FileDescriptor::Close() noexcept {
 }
 
 OutputFile::OutputFile(std::filesystem::path path)
-    : path_(std::move(path)), file_(OpenFile(path_, O_WRONLY | O_CREAT | O_TRUNC, "create")) {
-  buffer_.reserve(kBufferSize);
+    : path_(std::move(path)),
+      file_(OpenFile(path_, O_WRONLY | O_CREAT | O_TRUNC, "create")),
+      buffer_(kBufferSize) {}
+
+void OutputFile::WriteBeyond(std::string_view bytes) {
+  WriteOut({buffer_.data(), std::exchange(used_, 0)});
+  if (bytes.size() > buffer_.size()) return WriteOut(bytes);
+  Write(bytes);
 }
 
-void OutputFile::Write(std::string_view bytes) {
-  if (buffer_.size() + bytes.size() > kBufferSize) Flush();
-  buffer_.insert(buffer_.end(), bytes.begin(), bytes.end());
-  if (buffer_.size() > kBufferSize) Flush();
-  position_ += bytes.size();
-}
-
-void OutputFile::Flush() {
-  std::size_t done = 0;
-  while (done < buffer_.size()) {
-    const ssize_t written = ::write(file_.get(), buffer_.data() + done, buffer_.size() - done);
+void OutputFile::WriteOut(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(file_.get(), bytes.data(), bytes.size());
     if (written < 0 && errno == EINTR) continue;
-    if (written < 0) {
-      const int error = errno;
-      buffer_.clear();
-      Fail("write", path_, error);
-    }
-    done += static_cast<std::size_t>(written);
+    if (written < 0) Fail("write", path_, errno);
+    bytes.remove_prefix(static_cast<std::size_t>(written));
+    flushed_ += static_cast<std::uint64_t>(written);
   }
-  buffer_.clear();
 }
 
 void OutputFile::Close() {
   if (!file_.IsOpen()) return;
-  Flush();
+  WriteOut({buffer_.data(), std::exchange(used_, 0)});
   file_.Close();
 }
 

@@ -1,6 +1,8 @@
 // Files of the operating system, owned by values that close them.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <initializer_list>
@@ -50,20 +52,26 @@ class OutputFile {
   // Throws FileError.
   explicit OutputFile(std::filesystem::path path);
 
-  void Write(std::string_view bytes);
+  void Write(std::string_view bytes) {
+    if (used_ + bytes.size() > buffer_.size()) return WriteBeyond(bytes);
+    std::copy(bytes.begin(), bytes.end(), buffer_.begin() + static_cast<std::ptrdiff_t>(used_));
+    used_ += bytes.size();
+  }
   // How many bytes were written so far.
-  std::uint64_t position() const { return position_; }
+  std::uint64_t position() const { return flushed_ + used_; }
   // Writes out the buffer and closes. Throws FileError, with the bytes of the buffer lost. The destructor
   // closes without writing what is still in the buffer.
   void Close();
 
  private:
-  void Flush();
+  void WriteBeyond(std::string_view bytes);
+  void WriteOut(std::string_view bytes);
 
   std::filesystem::path path_;
   FileDescriptor file_;
   std::vector<char> buffer_;
-  std::uint64_t position_ = 0;
+  std::size_t used_ = 0;
+  std::uint64_t flushed_ = 0;
 };
 
 // A file read from its beginning, through a buffer.

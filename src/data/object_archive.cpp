@@ -23,45 +23,81 @@ std::uint32_t LittleEndian(std::uint32_t value) {
   return __builtin_bswap32(value);
 }
 
+void Append(std::uint32_t value, int bytes, std::string& text) {
+  const std::uint32_t ordered = LittleEndian(value);
+  text.append(reinterpret_cast<const char*>(&ordered), static_cast<std::size_t>(bytes));
+}
+
 }  // namespace
 
-void ArchiveWriter::Put(std::uint32_t value, int bytes) {
-  const std::uint32_t ordered = LittleEndian(value);
-  std::array<char, 4> raw{};
-  std::memcpy(raw.data(), &ordered, raw.size());
-  file_.Write({raw.data(), static_cast<std::size_t>(bytes)});
+void AppendCount(std::uint32_t count, std::string& bytes) {
+  if (count < kLongCount) return Append(count, 2, bytes);
+  Append(kLongCount, 2, bytes);
+  Append(count, 4, bytes);
+}
+
+void AppendValues(std::span<const std::uint32_t> values, std::string& bytes) {
+  if constexpr (std::endian::native == std::endian::little) {
+    bytes.append(reinterpret_cast<const char*>(values.data()), values.size_bytes());
+  } else {
+    for (const std::uint32_t value : values) Append(value, 4, bytes);
+  }
+}
+
+std::optional<std::uint32_t> TakeCount(std::string_view& bytes) {
+  const auto take = [&bytes](std::size_t width) -> std::optional<std::uint32_t> {
+    if (bytes.size() < width) return std::nullopt;
+    std::uint32_t value = 0;
+    std::memcpy(&value, bytes.data(), width);
+    bytes.remove_prefix(width);
+    return LittleEndian(value);
+  };
+  const std::optional<std::uint32_t> count = take(2);
+  return count == kLongCount ? take(4) : count;
+}
+
+std::uint32_t ValueOf(std::string_view bytes) {
+  std::uint32_t value = 0;
+  std::memcpy(&value, bytes.data(), sizeof value);
+  return LittleEndian(value);
+}
+
+void CopyValues(std::string_view bytes, std::vector<std::uint32_t>& values) {
+  values.resize(bytes.size() / 4);
+  if (!values.empty()) std::memcpy(values.data(), bytes.data(), values.size() * 4);
+  for (std::uint32_t& value : values) value = LittleEndian(value);
 }
 
 void ArchiveWriter::WriteCount(std::uint32_t count) {
-  if (count < kLongCount) return Put(count, 2);
-  Put(kLongCount, 2);
-  Put(count, 4);
+  encoded_.clear();
+  AppendCount(count, encoded_);
+  file_.Write(encoded_);
 }
 
 void ArchiveWriter::WriteValue(std::uint32_t value) {
-  Put(value, 4);
+  WriteValues({&value, 1});
 }
 
 void ArchiveWriter::WriteValues(std::span<const std::uint32_t> values) {
-  if constexpr (std::endian::native == std::endian::little) {
-    file_.Write({reinterpret_cast<const char*>(values.data()), values.size_bytes()});
-  } else {
-    for (const std::uint32_t value : values) Put(value, 4);
-  }
+  encoded_.clear();
+  AppendValues(values, encoded_);
+  file_.Write(encoded_);
 }
 
 void ArchiveWriter::WriteText(std::string_view bytes) {
   const auto length = static_cast<std::uint32_t>(bytes.size());
+  encoded_.clear();
   if (length < kLongText) {
-    Put(length, 1);
+    Append(length, 1, encoded_);
   } else if (length < kLongestText16) {
-    Put(kLongText, 1);
-    Put(length, 2);
+    Append(kLongText, 1, encoded_);
+    Append(length, 2, encoded_);
   } else {
-    Put(kLongText, 1);
-    Put(kLongCount, 2);
-    Put(length, 4);
+    Append(kLongText, 1, encoded_);
+    Append(kLongCount, 2, encoded_);
+    Append(length, 4, encoded_);
   }
+  file_.Write(encoded_);
   file_.Write(bytes);
 }
 

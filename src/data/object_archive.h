@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -12,6 +13,16 @@
 #include "base/file.h"
 
 namespace selvane {
+
+// Appends to `bytes` what ArchiveWriter writes for a count, and for values.
+void AppendCount(std::uint32_t count, std::string& bytes);
+void AppendValues(std::span<const std::uint32_t> values, std::string& bytes);
+// The count that `bytes` begin with, which is taken from them; nothing when they are too short.
+std::optional<std::uint32_t> TakeCount(std::string_view& bytes);
+// The value that `bytes`, at least four, begin with.
+std::uint32_t ValueOf(std::string_view bytes);
+// Replaces `values` by those that fill `bytes`.
+void CopyValues(std::string_view bytes, std::vector<std::uint32_t>& values);
 
 // Writes an archive file from its beginning. Throws FileError.
 class ArchiveWriter {
@@ -22,6 +33,8 @@ class ArchiveWriter {
   void WriteCount(std::uint32_t count);
   void WriteValue(std::uint32_t value);
   void WriteValues(std::span<const std::uint32_t> values);
+  // What the other operations would write.
+  void WriteEncoded(std::string_view bytes) { file_.Write(bytes); }
   // A string by its bytes: a length byte below 255, else 0xFF and 16 bits below 65,534, else 0xFF, 0xFFFF and
   // 32 bits; no terminator.
   void WriteText(std::string_view bytes);
@@ -31,8 +44,8 @@ class ArchiveWriter {
   void Close() { file_.Close(); }
 
  private:
-  void Put(std::uint32_t value, int bytes);
   OutputFile file_;
+  std::string encoded_;
 };
 
 // Reads an archive file from its beginning. Throws FileError, also where the file ends too early.
@@ -48,6 +61,8 @@ class ArchiveReader {
   // damaged count claims.
   void ReadValues(std::uint32_t count, std::vector<std::uint32_t>& values);
   std::string ReadText();
+  // Fills `bytes`, from which the Take and Copy functions read.
+  void ReadEncoded(std::span<char> bytes) { Need(bytes); }
 
  private:
   std::uint32_t Get(int bytes);

@@ -76,6 +76,12 @@ void Recordset::Int16Row(std::vector<std::uint32_t>& values) const {
   }
 }
 
+void Recordset::FindOnes(const std::vector<bool>& is_text, std::vector<std::size_t>& places) const {
+  NeedRow();
+  places.clear();
+  statement_.FindOnes(first_column_ + 1, is_text, places);
+}
+
 void Recordset::MakeEditable() {
   if (!table_.empty()) return;
   constexpr std::string_view kSelect = "SELECT ";

@@ -36,6 +36,9 @@ class Recordset {
   std::int32_t Int32(int position) const;
   // Replaces `values` by all fields of the row, each as Int16 gives it, widened with its sign.
   void Int16Row(std::vector<std::uint32_t>& values) const;
+  // Replaces `places` by the places behind the first field, counted from 0, of the fields that are 1 or,
+  // where `is_text` says so, exactly '1'. There are as many as it has entries.
+  void FindOnes(const std::vector<bool>& is_text, std::vector<std::size_t>& places) const;
 
   void AddNew();
   void Edit();

@@ -174,4 +174,26 @@ int Statement::AppendInt16s(int first, std::vector<std::uint32_t>& values) const
   return columns;
 }
 
+void Statement::FindOnes(int first, const std::vector<bool>& is_text,
+                         std::vector<std::size_t>& places) const {
+  for (std::size_t i = 0; i < is_text.size(); ++i) {
+    sqlite3_value* const value = sqlite3_column_value(handle_.get(), first + static_cast<int>(i));
+    bool is_one = false;
+    switch (sqlite3_value_type(value)) {
+      case SQLITE_INTEGER:
+        is_one = !is_text[i] && sqlite3_value_int64(value) == 1;
+        break;
+      case SQLITE_FLOAT:
+        is_one = !is_text[i] && sqlite3_value_double(value) == 1.0;
+        break;
+      case SQLITE_TEXT:
+        is_one = is_text[i] && sqlite3_value_bytes(value) == 1 && *sqlite3_value_text(value) == '1';
+        break;
+      default:
+        break;
+    }
+    if (is_one) places.push_back(i);
+  }
+}
+
 }  // namespace selvane

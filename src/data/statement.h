@@ -88,6 +88,9 @@ class Statement {
   // sign; returns the first column that is not, or the number of columns. Called for every row of a term
   // table.
   int AppendInt16s(int first, std::vector<std::uint32_t>& values) const;
+  // Appends the places of the columns from `first` on, as many as `is_text` has entries, that are 1 or, where
+  // they are text, exactly '1'.
+  void FindOnes(int first, const std::vector<bool>& is_text, std::vector<std::size_t>& places) const;
 
  private:
   std::shared_ptr<Connection> connection_;

@@ -94,7 +94,7 @@ bool TransactionSource::NextRow(RowValues& row) {
 
 namespace {
 
-constexpr int kColumnsAhead = 64;
+constexpr std::size_t kColumnsAhead = 128;
 
 // The column as SQL, and the value that says that a row has the item.
 std::string Bracketed(const Field& field) {
@@ -116,20 +116,22 @@ void TransactionSource::ReadAhead(int first) const {
   const auto begin = static_cast<std::size_t>(first);
   const std::size_t end = std::min(ahead_.fields.size(), begin + kColumnsAhead);
   std::string sql = "select Index";
+  std::vector<bool> is_text;
   for (std::size_t i = begin; i < end; ++i) {
     const Field& field = ahead_.fields[i];
-    if (field.type == FieldType::kUnknown) return;
-    sql += fmt::format(",{} is {}", Bracketed(field), OneOf(field));
+    if (field.type == FieldType::kUnknown) break;
+    sql += ',' + Bracketed(field);
+    is_text.push_back(field.type == FieldType::kText);
   }
-  std::vector<std::vector<std::uint16_t>> ids(end - begin);
+  std::vector<std::vector<std::uint16_t>> ids(is_text.size());
   try {
-    RowValues row;
+    std::vector<std::size_t> places;
     for (Recordset rows = database().OpenRecordset(sql + " from " + ahead_.table); !rows.AtEnd();
          rows.MoveNext()) {
-      rows.Int16Row(row);
-      for (std::size_t i = 1; i < row.size(); ++i) {
-        if (row[i] == 1) ids[i - 1].push_back(static_cast<std::uint16_t>(row[0]));
-      }
+      rows.FindOnes(is_text, places);
+      if (places.empty()) continue;
+      const auto id = static_cast<std::uint16_t>(rows.Int16(0));
+      for (const std::size_t place : places) ids[place].push_back(id);
     }
   } catch (const DatabaseError&) {
     return;

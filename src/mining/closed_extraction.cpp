@@ -65,13 +65,14 @@ ExtractionReport ExtractClosedRules(const TransactionSource& source, const Taxon
   CheckRequest(source, request);
   std::vector<fs::path> others = {source.file_name(), taxonomy.path(), request.itemset_copy};
   CheckInputs(others);
+  ClosedResultFiles files;  // made first, so that a folder that takes no files is told of at once
   ExtractionReport report;
   const StageTimer check_timer;
   const ColumnItems items = ReadAndCheckItems(source, taxonomy, request.table, report, progress);
   report.check_seconds = check_timer.Seconds();
 
   const StageTimer search_timer;
-  FoundItemsets found(hold.path().parent_path(), items.row_count);
+  FoundItemsets found(hold.path().parent_path(), items.nodes, items.row_count);
   Search(items, request, found, report, progress);
   report.search_seconds = search_timer.Seconds();
   if (found.largest_size() < 2) return report;
@@ -82,17 +83,16 @@ ExtractionReport ExtractClosedRules(const TransactionSource& source, const Taxon
   report.output = output.path;
   const StageTimer rules_timer;
   MakeDatabase(output.path, output.existing, [&](const fs::path& temporary) {
-    ClosedResultFiles files(items.nodes);
     RulesStore rules;
     rules.CreateRulesDatabase(temporary, kExtractedTable);
     rules.SetTargetTable(kExtractedTable);
     progress.SetStatus("Generating rules ....");
     if (found.tally().total() > kMostRules && hooks.will_not_fit) hooks.will_not_fit(found.tally());
     ClosedRuleStorer storer(items, rules, hooks.rule_line);
-    found.ForEachClosedItemset([&files](const ItemsetRecord& closed) { files.AddClosedItemset(closed); });
-    found.ForEachPair(progress, [&](const ItemsetRecord& generator, const ItemsetRecord& larger) {
+    found.ForEachBlockOfClosed([&files](std::string_view records) { files.AddClosedItemsets(records); });
+    found.ForEachPair(progress, [&](const EncodedRecord& generator, const EncodedRecord& larger) {
       files.AddPair(generator, larger);
-      if (generator.items.size() < larger.items.size()) storer.Store(generator, larger);
+      if (generator.size() < larger.size()) storer.Store(generator, larger);
     });
     storer.Finish();
     report.rules_stored = storer.stored();

@@ -11,13 +11,17 @@ namespace {
 
 constexpr int kFirstPosition = 10;  // of the bar, and the one in the end
 constexpr int kLastPosition = 90;
+constexpr std::size_t kProbedWords = 16;
 
-// True when all `sets` hold a row that is not in `rows`.
-bool MeetOutside(std::span<const RowWord* const> sets, const RowWord* rows, std::size_t words) {
+// True when a row holds all `sets` that not all `others` hold.
+bool MeetOutside(std::span<const RowWord* const> sets, std::span<const RowWord* const> others,
+                 std::size_t words) {
   for (std::size_t i = 0; i < words; ++i) {
-    RowWord all = ~rows[i];
+    RowWord all = ~RowWord{0};
     for (const RowWord* const set : sets) all &= set[i];
-    if (all != 0) return true;
+    for (const RowWord* const other : others) {
+      if ((all & ~other[i]) != 0) return true;
+    }
   }
   return false;
 }
@@ -26,23 +30,29 @@ bool MeetOutside(std::span<const RowWord* const> sets, const RowWord* rows, std:
 
 ClosedItemsetSearch::ClosedItemsetSearch(const RowBits& rows, Options options, ClosedItemsetSink& sink,
                                          Progress& progress)
-    : items_(rows), options_(options), sink_(sink), progress_(progress), larger_(rows) {}
+    : bits_(rows), items_(rows), options_(options), sink_(sink), progress_(progress) {}
 
 ClosedItemsetSearch::Frame& ClosedItemsetSearch::FrameAt(std::size_t depth) {
   if (frames_.size() <= depth) {
-    frames_.emplace_back().rows.resize(items_.words());
-    frames_.back().critical = RowBits(depth, items_.words() * 64);
+    Frame& frame = frames_.emplace_back();
+    frame.own_rows.resize(items_.words());
+    frame.all_rows.resize(items_.words());
+    frame.critical = RowBits(depth, items_.words() * 64);
   }
   return frames_[depth];
 }
 
 void ClosedItemsetSearch::Run() {
   Frame& root = FrameAt(0);
-  std::fill(root.rows.begin(), root.rows.end(), ~RowWord{0});
-  for (std::size_t item = 0; item < items_.size(); ++item) {
+  root.items = &items_;
+  root.rows = root.own_rows.data();
+  std::fill(root.own_rows.begin(), root.own_rows.end(), ~RowWord{0});
+  root.all_rows = root.own_rows;
+  root.has_critical = true;
+  for (std::uint32_t item = 0; item < bits_.size(); ++item) {
     const std::uint32_t support = operations_.count_and(items_[item], items_[item], items_.words());
     root.support = std::max(root.support, support);
-    if (support >= options_.least_rows) root.rest.push_back({static_cast<std::uint32_t>(item), support});
+    if (support >= options_.least_rows) root.rest.push_back({item, support});
   }
   for (std::size_t i = 0; i < root.rest.size(); ++i) {
     Descend(0, root.rest[i]);
@@ -59,7 +69,16 @@ void ClosedItemsetSearch::Descend(std::size_t depth, const ItemSupport& next) {
   Frame& frame = FrameAt(depth + 1);
   generator_.push_back(next.item);
   frame.support = next.support;
-  operations_.store_and(parent.rows.data(), items_[next.item], frame.rows.data(), items_.words());
+  frame.has_critical = false;
+  if (parent.packed_items) {
+    frame.items = &*parent.packed_items;
+    frame.rows = (*frame.items)[next.item];
+  } else {
+    frame.items = parent.items;
+    frame.rows = frame.own_rows.data();
+    operations_.store_and(parent.rows, (*frame.items)[next.item], frame.own_rows.data(),
+                          frame.items->words());
+  }
   frame.closure = parent.closure;
   frame.closure.push_back(next.item);
   // The rows that a larger closed itemset must have, and more than which no item needs to be counted.
@@ -83,7 +102,7 @@ void ClosedItemsetSearch::CountRest(const Frame& parent, std::uint32_t item, std
     if (other.item == item) continue;
     std::uint32_t count = other.support;
     if (other.item > item || count >= enough) {
-      count = operations_.count_and(frame.rows.data(), items_[other.item], items_.words());
+      count = operations_.count_and(frame.rows, (*frame.items)[other.item], frame.items->words());
       if (count == frame.support) {
         frame.closure.push_back(other.item);
         continue;
@@ -102,9 +121,9 @@ void ClosedItemsetSearch::TellLarger(const Frame& frame, std::uint32_t enough) {
     sink_.OnLarger(larger, support);
   };
   if (options_.covers_only) {
-    larger_.ForEachCover(frame.closure, frame.rows.data(), candidates_, tell);
+    larger_.ForEachCover(*frame.items, frame.closure, frame.rows, candidates_, tell);
   } else {
-    larger_.ForEach(frame.closure, frame.rows.data(), candidates_, enough, tell);
+    larger_.ForEach(*frame.items, frame.closure, frame.rows, candidates_, enough, tell);
   }
 }
 
@@ -112,46 +131,85 @@ void ClosedItemsetSearch::TellLarger(const Frame& frame, std::uint32_t enough) {
 // what is left when its items are dropped as long as the rows stay the same, the last one first.
 bool ClosedItemsetSearch::IsFirst(const Frame& frame) {
   if (frame.closure.size() == generator_.size()) return true;
+  generator_rows_.clear();
+  for (const std::uint32_t item : generator_) generator_rows_.push_back(items_[item]);
   for (std::size_t i = 0; i < generator_.size(); ++i) {
     chosen_.clear();
     for (const std::uint32_t item : frame.closure) {
       if (item < generator_[i]) chosen_.push_back(items_[item]);
     }
-    for (std::size_t j = i + 1; j < generator_.size(); ++j) chosen_.push_back(items_[generator_[j]]);
-    if (!chosen_.empty() && !MeetOutside(chosen_, frame.rows.data(), items_.words())) return false;
+    chosen_.insert(chosen_.end(), generator_rows_.begin() + static_cast<std::ptrdiff_t>(i) + 1,
+                   generator_rows_.end());
+    if (!chosen_.empty() && !MeetOutside(chosen_, generator_rows_, items_.words())) return false;
   }
   return true;
 }
 
 void ClosedItemsetSearch::ExtendAll(std::size_t depth) {
   Frame& frame = frames_[depth];
-  bool has_critical = false;
-  for (std::size_t i = 0; i < frame.rest.size(); ++i) {
-    const ItemSupport& next = frame.rest[i];
-    if (next.item < generator_.back()) continue;
-    if (!has_critical) MakeCritical(frames_[depth - 1], frame);
-    has_critical = true;
-    if (StaysMinimal(frame, next.item)) Descend(depth, next);
+  frame.packed_items.reset();
+  const auto first = std::find_if(frame.rest.begin(), frame.rest.end(), [this](const ItemSupport& other) {
+    return other.item > generator_.back();
+  });
+  if (first == frame.rest.end()) return;
+  if (frame.rest.end() - first >= options_.least_to_pack && frame.support < frame.items->words() * 32)
+    Pack(frame);
+  for (auto next = first; next != frame.rest.end(); ++next) {
+    if (StaysMinimal(depth, next->item)) Descend(depth, *next);
   }
 }
 
-void ClosedItemsetSearch::MakeCritical(const Frame& parent, Frame& frame) const {
-  const RowWord* const last = items_[generator_.back()];
-  const std::size_t size = generator_.size();
-  for (std::size_t i = 0; i + 1 < size; ++i) {
+// Makes the critical rows of the generator's first `depth` items, and before those of its beginnings.
+void ClosedItemsetSearch::MakeCritical(std::size_t depth) {
+  Frame& frame = frames_[depth];
+  if (frame.has_critical) return;
+  MakeCritical(depth - 1);
+  frame.has_critical = true;
+  const Frame& parent = frames_[depth - 1];
+  const RowWord* const last = items_[generator_[depth - 1]];
+  operations_.store_and(parent.all_rows.data(), last, frame.all_rows.data(), items_.words());
+  for (std::size_t i = 0; i + 1 < depth; ++i) {
     operations_.store_and(parent.critical[i], last, frame.critical[i], items_.words());
   }
   for (std::size_t word = 0; word < items_.words(); ++word) {
-    frame.critical[size - 1][word] = parent.rows[word] & ~last[word];
+    frame.critical[depth - 1][word] = parent.all_rows[word] & ~last[word];
   }
 }
 
-bool ClosedItemsetSearch::StaysMinimal(const Frame& frame, std::uint32_t item) const {
+// True when one of the first rows holds `item` and the generator without its item at place i.
+bool ClosedItemsetSearch::ProbeCritical(std::size_t i, std::uint32_t item) const {
+  const std::size_t words = std::min(items_.words(), kProbedWords);
+  const RowWord* const rows = items_[item];
+  for (std::size_t word = 0; word < words; ++word) {
+    RowWord all = rows[word] & ~items_[generator_[i]][word];
+    for (std::size_t j = 0; j < generator_.size(); ++j) {
+      if (j != i) all &= items_[generator_[j]][word];
+    }
+    if (all != 0) return true;
+  }
+  return false;
+}
+
+bool ClosedItemsetSearch::StaysMinimal(std::size_t depth, std::uint32_t item) {
+  const Frame& frame = frames_[depth];
   for (std::size_t i = 0; i < generator_.size(); ++i) {
+    if (ProbeCritical(i, item)) continue;
+    MakeCritical(depth);
+    // No row of the generator itself is critical.
     const RowWord* const critical = frame.critical[i];
-    if (!operations_.any_outside(critical, items_[item], frame.rows.data(), items_.words())) return false;
+    if (!operations_.any_outside(critical, items_[item], frame.all_rows.data(), items_.words())) return false;
   }
   return true;
+}
+
+void ClosedItemsetSearch::Pack(Frame& frame) {
+  packed_order_.clear();
+  frame.packed = RowBits(frame.rest.size(), frame.support);
+  for (std::size_t i = 0; i < frame.rest.size(); ++i) {
+    packed_order_.push_back(frame.rest[i].item);
+    operations_.pack((*frame.items)[frame.rest[i].item], frame.rows, frame.packed[i], frame.items->words());
+  }
+  frame.packed_items.emplace(frame.packed, packed_order_, bits_.size());
 }
 
 }  // namespace selvane

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -38,6 +39,8 @@ class ClosedItemsetSink {
 // Mining minimal non-redundant association rules using frequent closed itemsets, 2000; depth first and
 // vertical as in L. Szathmary et al., Efficient vertical mining of frequent closures and generators, 2009.
 //
+// Where the rows of a generator are few, the rows of what may extend it are packed into their space.
+//
 // Memory is for one path of the search: it does not grow with the number of itemsets.
 class ClosedItemsetSearch {
  public:
@@ -46,6 +49,8 @@ class ClosedItemsetSearch {
     float min_confidence = 0;      // of a generator's rows, the part that must hold a larger closed itemset
     // True: of the larger closed itemsets only those with no other closed itemset between.
     bool covers_only = true;
+    // How many extensions of a generator make packing worth its while.
+    std::ptrdiff_t least_to_pack = 6;
   };
 
   // `rows` are those of each item; `sink` and `progress` must outlive the search.
@@ -58,24 +63,36 @@ class ClosedItemsetSearch {
   // One generator of the current path.
   struct Frame {
     std::uint32_t support = 0;
-    std::vector<RowWord> rows;
+    // The rows of the generator, in the space of `items`: in `own_rows`, or elsewhere.
+    const ItemRows* items = nullptr;
+    const RowWord* rows = nullptr;
+    std::vector<RowWord> own_rows;
     std::vector<std::uint32_t> closure;
     // The other items that may be frequent together with the generator.
     std::vector<ItemSupport> rest;
-    // For each item of the generator, the rows that hold the others and not this one.
+    // Both in the space of all rows, made when they are asked for: the rows of the generator, and for each of
+    // its items those that hold the others and not this one.
+    bool has_critical = false;
+    std::vector<RowWord> all_rows;
     RowBits critical;
+    // The rest in the space of the generator's rows, when that is much smaller.
+    RowBits packed;
+    std::optional<ItemRows> packed_items;
   };
 
   Frame& FrameAt(std::size_t depth);
   void Descend(std::size_t depth, const ItemSupport& next);
   void CountRest(const Frame& parent, std::uint32_t item, std::uint32_t enough, Frame& frame);
   void TellLarger(const Frame& frame, std::uint32_t enough);
-  void MakeCritical(const Frame& parent, Frame& frame) const;
-  bool StaysMinimal(const Frame& frame, std::uint32_t item) const;
+  void MakeCritical(std::size_t depth);
+  bool ProbeCritical(std::size_t i, std::uint32_t item) const;
+  bool StaysMinimal(std::size_t depth, std::uint32_t item);
   bool IsFirst(const Frame& frame);
   void ExtendAll(std::size_t depth);
+  void Pack(Frame& frame);
 
-  const RowBits& items_;
+  const RowBits& bits_;
+  const ItemRows items_;
   const Options options_;
   ClosedItemsetSink& sink_;
   Progress& progress_;
@@ -84,6 +101,8 @@ class ClosedItemsetSearch {
   std::vector<std::uint32_t> generator_;
   std::deque<Frame> frames_;  // by the size of the generator; frame 0 is that of the empty set
   std::vector<const RowWord*> chosen_;
+  std::vector<const RowWord*> generator_rows_;
+  std::vector<std::uint32_t> packed_order_;
   std::vector<ItemSupport> candidates_;
   std::uint64_t visited_ = 0;
 };

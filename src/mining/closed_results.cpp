@@ -4,73 +4,66 @@
 
 namespace selvane {
 
+void FoundItemsets::Encode(std::span<const std::uint32_t> items, std::uint32_t support, std::string& bytes) {
+  numbers_.clear();
+  for (const std::uint32_t item : items) numbers_.push_back(static_cast<std::uint32_t>(nodes_[item]));
+  bytes.clear();
+  AppendRecord(numbers_, support, bytes);
+}
+
 void FoundItemsets::OnGenerator(std::span<const std::uint32_t> generator,
                                 std::span<const std::uint32_t> closure, std::uint32_t support,
                                 bool is_first) {
-  generator_.items.assign(generator.begin(), generator.end());
-  generator_.support = support;
+  Encode(generator, support, generator_);
+  Encode(closure, support, larger_);
+  generator_support_ = support;
   ++generator_count_;
   if (is_first) {
-    closed_.Add(closure.size(), closure, support);
+    closed_.Add(closure.size(), {larger_});
     ++closed_count_;
     largest_size_ = std::max(largest_size_, closure.size());
   }
-  AddPair(closure, support);
+  pairs_.Add(closure.size(), {generator_, larger_});
+  ++pair_count_;
   if (generator.size() == closure.size()) return;
   ++exact_count_;
   tally_.Add(1, support);
 }
 
 void FoundItemsets::OnLarger(std::span<const std::uint32_t> larger, std::uint32_t support) {
-  AddPair(larger, support);
-  tally_.Add(static_cast<float>(support) / static_cast<float>(generator_.support), support);
-}
-
-void FoundItemsets::AddPair(std::span<const std::uint32_t> larger, std::uint32_t support) {
-  pairs_.Add(larger.size(), generator_.items, generator_.support);
-  pairs_.Add(larger.size(), larger, support);
+  Encode(larger, support, larger_);
+  pairs_.Add(larger.size(), {generator_, larger_});
   ++pair_count_;
+  tally_.Add(static_cast<float>(support) / static_cast<float>(generator_support_), support);
 }
 
 void FoundItemsets::ForEachPair(Progress& progress, const VisitPair& visit) {
   progress.SetRange(0, 100);
   progress.SetPosition(0);
   std::uint64_t done = 0;
-  bool is_second = false;
-  ItemsetRecord generator;
-  pairs_.ForEach([&](const ItemsetRecord& record) {
-    if (!is_second) {
-      generator = record;
-    } else {
-      visit(generator, record);
+  pairs_.ForEachBlock([&](std::string_view records) {
+    while (!records.empty()) {
+      const EncodedRecord generator = TakeRecord(records);
+      visit(generator, TakeRecord(records));
       if (++done % 256 == 0) {
         progress.SetPosition(static_cast<int>(done * 100 / pair_count_));
         progress.Pulse();
       }
     }
-    is_second = !is_second;
   });
 }
 
-ClosedResultFiles::ClosedResultFiles(std::span<const NodeNumber> nodes) : nodes_(nodes) {
+ClosedResultFiles::ClosedResultFiles() {
   for (std::size_t i = 0; i < kNames.size(); ++i) files_[i].emplace(kNames[i]);
 }
 
-void ClosedResultFiles::Write(std::size_t file, const ItemsetRecord& record) {
-  numbers_.clear();
-  for (const std::uint32_t item : record.items) numbers_.push_back(static_cast<std::uint32_t>(nodes_[item]));
-  files_[file]->records.Write(numbers_, record.support);
-}
-
-void ClosedResultFiles::AddPair(const ItemsetRecord& generator, const ItemsetRecord& larger) {
+void ClosedResultFiles::AddPair(const EncodedRecord& generator, const EncodedRecord& larger) {
   const bool is_closure = generator.support == larger.support;
-  if (is_closure) Write(1, generator);
-  if (generator.items.size() == larger.items.size()) return;
-  const std::size_t rules = is_closure ? 2 : 3;
-  for (const std::size_t file : {rules, kNames.size() - 1}) {
-    Write(file, generator);
-    Write(file, larger);
-  }
+  if (is_closure) files_[kGenerators]->records.WriteEncoded(generator.bytes);
+  if (generator.size() == larger.size()) return;
+  const std::string_view both(generator.bytes.data(), generator.bytes.size() + larger.bytes.size());
+  files_[is_closure ? kExact : kApproximate]->records.WriteEncoded(both);
+  files_[kAllRules]->records.WriteEncoded(both);
 }
 
 void ClosedResultFiles::Close() {
@@ -82,15 +75,18 @@ void ClosedResultFiles::Commit() {
 }
 
 ClosedRuleStorer::ClosedRuleStorer(const ColumnItems& items, RulesStore& rules, const RuleLine& line)
-    : items_(items), rules_(rules), line_(line), transaction_(rules.database()), rows_(items.rows.words()) {}
+    : items_(items), rules_(rules), line_(line), transaction_(rules.database()), rows_(items.rows.words()) {
+  for (const NodeNumber node : items.nodes)
+    item_of_.emplace(node, static_cast<std::uint32_t>(item_of_.size()));
+}
 
-void ClosedRuleStorer::Store(const ItemsetRecord& generator, const ItemsetRecord& larger) {
+void ClosedRuleStorer::Store(const EncodedRecord& generator, const EncodedRecord& larger) {
   if (stored_ >= kMostRules) return;
-  consequent_.clear();
-  std::set_difference(larger.items.begin(), larger.items.end(), generator.items.begin(),
-                      generator.items.end(), std::back_inserter(consequent_));
-  rule_.antecedent = NodesOf(generator.items);
-  rule_.consequent = NodesOf(consequent_);
+  const std::vector<std::uint32_t> antecedent = ItemsOf(generator);
+  std::vector<std::uint32_t> consequent;
+  std::ranges::set_difference(ItemsOf(larger), antecedent, std::back_inserter(consequent));
+  rule_.antecedent = NodesOf(antecedent);
+  rule_.consequent = NodesOf(consequent);
   for (const auto& side : {rule_.antecedent, rule_.consequent}) {
     if (ItemsetToText(side).size() <= std::size_t{kLongestItemsetText}) continue;
     ++too_long_;
@@ -100,12 +96,12 @@ void ClosedRuleStorer::Store(const ItemsetRecord& generator, const ItemsetRecord
   rule_.support = static_cast<float>(larger.support) / rows;
   rule_.confidence = static_cast<float>(larger.support) / static_cast<float>(generator.support);
   rule_.pa = static_cast<float>(generator.support) / rows;
-  rule_.pc = static_cast<float>(SupportOf(consequent_)) / rows;
+  rule_.pc = static_cast<float>(SupportOf(consequent)) / rows;
   rule_.aspec = static_cast<std::int32_t>(rule_.antecedent.size());
   rule_.cspec = static_cast<std::int32_t>(rule_.consequent.size());
   rules_.InsertRule(rule_);
   ++stored_;
-  if (line_) line_(Rendered(generator.items) + " => " + Rendered(consequent_));
+  if (line_) line_(Rendered(antecedent) + " => " + Rendered(consequent));
 }
 
 std::uint32_t ClosedRuleStorer::SupportOf(std::span<const std::uint32_t> items) {
@@ -114,6 +110,13 @@ std::uint32_t ClosedRuleStorer::SupportOf(std::span<const std::uint32_t> items) 
     operations_.store_and(rows_.data(), items_.rows[item], rows_.data(), rows_.size());
   }
   return operations_.count_and(rows_.data(), rows_.data(), rows_.size());
+}
+
+std::vector<std::uint32_t> ClosedRuleStorer::ItemsOf(const EncodedRecord& record) const {
+  std::vector<std::uint32_t> items;
+  record.CopyItems(items);
+  for (std::uint32_t& item : items) item = item_of_.at(static_cast<NodeNumber>(item));
+  return items;
 }
 
 std::vector<NodeNumber> ClosedRuleStorer::NodesOf(std::span<const std::uint32_t> items) const {

@@ -8,6 +8,8 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "base/file.h"
@@ -26,8 +28,10 @@ namespace selvane {
 // Puts what the search finds into the working files, sorted by size, and counts it. Throws FileError.
 class FoundItemsets final : public ClosedItemsetSink {
  public:
-  FoundItemsets(const std::filesystem::path& folder, std::uint32_t row_count)
-      : closed_(folder / "FC_s.dat"), pairs_(folder / "FPC_s.dat"), tally_(row_count) {}
+  // `nodes` are the numbers of the items, which the files hold, and must outlive this.
+  FoundItemsets(const std::filesystem::path& folder, std::span<const NodeNumber> nodes,
+                std::uint32_t row_count)
+      : nodes_(nodes), closed_(folder / "FC_s.dat"), pairs_(folder / "FPC_s.dat"), tally_(row_count) {}
 
   void OnGenerator(std::span<const std::uint32_t> generator, std::span<const std::uint32_t> closure,
                    std::uint32_t support, bool is_first) override;
@@ -41,21 +45,25 @@ class FoundItemsets final : public ClosedItemsetSink {
   const RuleTally& tally() const { return tally_; }
 
   // By ascending size.
-  void ForEachClosedItemset(const std::function<void(const ItemsetRecord&)>& visit) {
-    closed_.ForEach(visit);
+  void ForEachBlockOfClosed(const std::function<void(std::string_view records)>& visit) {
+    closed_.ForEachBlock(visit);
   }
   // Generators with their closures and with the larger closed itemsets they lead to, by the ascending size of
   // the second. Moves the bar from 0 to 100.
-  using VisitPair = std::function<void(const ItemsetRecord& generator, const ItemsetRecord& larger)>;
+  using VisitPair = std::function<void(const EncodedRecord& generator, const EncodedRecord& larger)>;
   void ForEachPair(Progress& progress, const VisitPair& visit);
 
  private:
-  void AddPair(std::span<const std::uint32_t> larger, std::uint32_t support);
+  void Encode(std::span<const std::uint32_t> items, std::uint32_t support, std::string& bytes);
 
+  std::span<const NodeNumber> nodes_;
   ItemsetSorter closed_;
   ItemsetSorter pairs_;
   RuleTally tally_;
-  ItemsetRecord generator_;
+  std::uint32_t generator_support_ = 0;
+  std::string generator_;  // encoded
+  std::string larger_;
+  std::vector<std::uint32_t> numbers_;
   std::uint64_t closed_count_ = 0;
   std::uint64_t generator_count_ = 0;
   std::uint64_t exact_count_ = 0;
@@ -68,18 +76,19 @@ class ClosedResultFiles {
  public:
   static constexpr std::array<const char*, 5> kNames = {"FCI.dat", "Generator.dat", "ExactRules.dat",
                                                         "ApproxRules.dat", "Rules.dat"};
-  // `nodes` are the numbers of the items, and must outlive the files.
-  explicit ClosedResultFiles(std::span<const NodeNumber> nodes);
+  ClosedResultFiles();
 
-  void AddClosedItemset(const ItemsetRecord& closed) { Write(0, closed); }
-  // A generator with its closure, or with a larger closed itemset.
-  void AddPair(const ItemsetRecord& generator, const ItemsetRecord& larger);
+  void AddClosedItemsets(std::string_view records) { files_[kClosed]->records.WriteEncoded(records); }
+  // A generator with its closure, or with a larger closed itemset, which stands behind it in memory.
+  void AddPair(const EncodedRecord& generator, const EncodedRecord& larger);
   // What was added is complete when this returns; to be called before the rest.
   void Close();
-  const std::filesystem::path& closed_itemsets() const { return files_[0]->made.temporary(); }
+  const std::filesystem::path& closed_itemsets() const { return files_[kClosed]->made.temporary(); }
   void Commit();
 
  private:
+  // Places in kNames.
+  enum Place : std::size_t { kClosed, kGenerators, kExact, kApproximate, kAllRules };
   struct File {
     explicit File(const char* name) : made(name, ExistingFile::kReplace) {
       records.OpenForWriting(made.temporary());
@@ -87,11 +96,7 @@ class ClosedResultFiles {
     NewFile made;
     ItemsetFile records;
   };
-  void Write(std::size_t file, const ItemsetRecord& record);
-
-  std::span<const NodeNumber> nodes_;
   std::array<std::optional<File>, kNames.size()> files_;
-  std::vector<std::uint32_t> numbers_;
 };
 
 // Stores rules in the target table of a rules database, as long as there is room, in one transaction.
@@ -101,13 +106,14 @@ class ClosedRuleStorer {
   ClosedRuleStorer(const ColumnItems& items, RulesStore& rules, const RuleLine& line);
 
   // generator => the other items of `larger`. Throws DatabaseError.
-  void Store(const ItemsetRecord& generator, const ItemsetRecord& larger);
+  void Store(const EncodedRecord& generator, const EncodedRecord& larger);
   void Finish() { transaction_.Commit(); }
   long stored() const { return stored_; }
   std::uint64_t too_long() const { return too_long_; }
 
  private:
   std::uint32_t SupportOf(std::span<const std::uint32_t> items);
+  std::vector<std::uint32_t> ItemsOf(const EncodedRecord& record) const;
   std::vector<NodeNumber> NodesOf(std::span<const std::uint32_t> items) const;
   std::string Rendered(std::span<const std::uint32_t> items) const;
 
@@ -116,8 +122,8 @@ class ClosedRuleStorer {
   const RuleLine& line_;
   Transaction transaction_;
   const RowBitsOperations operations_ = FastRowBitsOperations();
+  std::unordered_map<NodeNumber, std::uint32_t> item_of_;
   std::vector<RowWord> rows_;
-  std::vector<std::uint32_t> consequent_;
   Rule rule_;
   long stored_ = 0;
   std::uint64_t too_long_ = 0;

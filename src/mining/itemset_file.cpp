@@ -9,6 +9,27 @@
 
 namespace selvane {
 
+void AppendRecord(std::span<const std::uint32_t> items, std::uint32_t support, std::string& bytes) {
+  AppendCount(static_cast<std::uint32_t>(items.size()), bytes);
+  AppendValues(items, bytes);
+  AppendValues({&support, 1}, bytes);
+}
+
+EncodedRecord TakeRecord(std::string_view& bytes) {
+  const char* const begin = bytes.data();
+  const std::optional<std::uint32_t> count = TakeCount(bytes);
+  if (!count || bytes.size() / 4 < std::size_t{*count} + 1) {
+    throw FileError("a record of itemsets is not whole; the file is damaged");
+  }
+  EncodedRecord record;
+  record.item_bytes = bytes.substr(0, std::size_t{*count} * 4);
+  bytes.remove_prefix(record.item_bytes.size());
+  record.support = ValueOf(bytes);
+  bytes.remove_prefix(4);
+  record.bytes = {begin, static_cast<std::size_t>(bytes.data() - begin)};
+  return record;
+}
+
 void ItemsetFile::OpenForWriting(const std::filesystem::path& path) {
   Close();
   writer_.emplace(path);
@@ -19,11 +40,20 @@ void ItemsetFile::OpenForReading(const std::filesystem::path& path) {
   reader_.emplace(path);
 }
 
+void ItemsetFile::ReadEncoded(std::string& records) {
+  if (!reader_) throw FileError("the itemset file is not open for reading");
+  reader_->ReadEncoded(records);
+}
+
 void ItemsetFile::Write(std::span<const std::uint32_t> items, std::uint32_t support) {
+  encoded_.clear();
+  AppendRecord(items, support, encoded_);
+  WriteEncoded(encoded_);
+}
+
+void ItemsetFile::WriteEncoded(std::string_view records) {
   if (!writer_) throw FileError("the itemset file is not open for writing");
-  writer_->WriteCount(static_cast<std::uint32_t>(items.size()));
-  writer_->WriteValues(items);
-  writer_->WriteValue(support);
+  writer_->WriteEncoded(records);
 }
 
 void ItemsetFile::ReadNext(ItemsetRecord& record) {

@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <optional>
 #include <span>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "data/object_archive.h"
@@ -18,6 +20,19 @@ struct ItemsetRecord {
   std::uint32_t support = 0;
 };
 
+// A record as it stands in a file.
+struct EncodedRecord {
+  std::string_view bytes;
+  std::string_view item_bytes;
+  std::uint32_t support = 0;
+
+  std::size_t size() const { return item_bytes.size() / 4; }
+  void CopyItems(std::vector<std::uint32_t>& items) const { CopyValues(item_bytes, items); }
+};
+// Appends a record to `bytes`; takes the first record from `bytes`, or throws FileError when it is not whole.
+void AppendRecord(std::span<const std::uint32_t> items, std::uint32_t support, std::string& bytes);
+EncodedRecord TakeRecord(std::string_view& bytes);
+
 // A plain sequence of records, opened either for writing, from its beginning, or for reading. Every operation
 // throws FileError when it fails.
 class ItemsetFile {
@@ -27,17 +42,21 @@ class ItemsetFile {
   bool IsOpen() const { return writer_.has_value() || reader_.has_value(); }
 
   void Write(std::span<const std::uint32_t> items, std::uint32_t support);
+  void WriteEncoded(std::string_view records);
   // Fails also where the file ends, so ask for no more records than there are.
   void ReadNext(ItemsetRecord& record);
   // Where the next record will be written, and where to read next: a number of bytes.
   std::uint64_t Position() const { return writer_ ? writer_->position() : 0; }
   void Seek(std::uint64_t position);
+  // Replaces `records` by as many bytes of the file as it has.
+  void ReadEncoded(std::string& records);
   // What was written is complete only when this returns.
   void Close();
 
  private:
   std::optional<ArchiveWriter> writer_;
   std::optional<ArchiveReader> reader_;
+  std::string encoded_;
 };
 
 // The itemset file of all runs: one place for a user, held under a lock for the length of a run and removed

@@ -7,7 +7,7 @@ namespace selvane {
 
 namespace {
 
-constexpr std::size_t kBlockValues = 16 * 1024;
+constexpr std::size_t kBlockBytes = std::size_t{64} << 10;
 
 }  // namespace
 
@@ -20,39 +20,31 @@ ItemsetSorter::~ItemsetSorter() {
   std::filesystem::remove(path_, ignored);
 }
 
-void ItemsetSorter::Add(std::size_t key, std::span<const std::uint32_t> items, std::uint32_t support) {
+void ItemsetSorter::Add(std::size_t key, std::initializer_list<std::string_view> records) {
+  if (buckets_.size() <= key) buckets_.resize(key + 1);
   Bucket& bucket = buckets_[key];
-  bucket.pending.push_back(static_cast<std::uint32_t>(items.size()));
-  bucket.pending.insert(bucket.pending.end(), items.begin(), items.end());
-  bucket.pending.push_back(support);
-  ++bucket.pending_records;
-  if (bucket.pending.size() >= kBlockValues) WriteOut(bucket);
+  for (const std::string_view record : records) bucket.pending += record;
+  if (bucket.pending.size() >= kBlockBytes) WriteOut(bucket);
 }
 
 void ItemsetSorter::WriteOut(Bucket& bucket) {
-  if (bucket.pending_records == 0) return;
-  bucket.blocks.push_back({file_.Position(), bucket.pending_records});
-  for (std::span<const std::uint32_t> left = bucket.pending; !left.empty();) {
-    const std::size_t size = left.front();
-    file_.Write(left.subspan(1, size), left[size + 1]);
-    left = left.subspan(size + 2);
-  }
+  if (bucket.pending.empty()) return;
+  bucket.blocks.push_back({file_.Position(), bucket.pending.size()});
+  file_.WriteEncoded(bucket.pending);
   bucket.pending.clear();
-  bucket.pending_records = 0;
 }
 
-void ItemsetSorter::ForEach(const std::function<void(const ItemsetRecord&)>& visit) {
-  for (auto& [key, bucket] : buckets_) WriteOut(bucket);
+void ItemsetSorter::ForEachBlock(const std::function<void(std::string_view records)>& visit) {
+  for (Bucket& bucket : buckets_) WriteOut(bucket);
   file_.Close();
   file_.OpenForReading(path_);
-  ItemsetRecord record;
-  for (const auto& [key, bucket] : buckets_) {
+  std::string records;
+  for (const Bucket& bucket : buckets_) {
     for (const Block& block : bucket.blocks) {
       file_.Seek(block.position);
-      for (std::uint32_t i = 0; i < block.records; ++i) {
-        file_.ReadNext(record);
-        visit(record);
-      }
+      records.resize(block.size);
+      file_.ReadEncoded(records);
+      visit(records);
     }
   }
 }

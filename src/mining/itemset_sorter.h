@@ -4,8 +4,9 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <map>
-#include <span>
+#include <initializer_list>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "mining/itemset_file.h"
@@ -22,19 +23,19 @@ class ItemsetSorter {
   ItemsetSorter& operator=(const ItemsetSorter&) = delete;
   ~ItemsetSorter();
 
-  void Add(std::size_t key, std::span<const std::uint32_t> items, std::uint32_t support);
-  // Visits all records by ascending key, those of one key in the order in which they came. Nothing can be
-  // added from then on.
-  void ForEach(const std::function<void(const ItemsetRecord&)>& visit);
+  // Adds encoded records that stay together.
+  void Add(std::size_t key, std::initializer_list<std::string_view> records);
+  // Visits all records by ascending key, those of one key in the order in which they came, in blocks of what
+  // was added together. Nothing can be added from then on.
+  void ForEachBlock(const std::function<void(std::string_view records)>& visit);
 
  private:
   struct Block {
     std::uint64_t position;
-    std::uint32_t records;
+    std::size_t size;  // bytes
   };
   struct Bucket {
-    std::vector<std::uint32_t> pending;  // of each record its size, its items and its support
-    std::uint32_t pending_records = 0;
+    std::string pending;
     std::vector<Block> blocks;
   };
 
@@ -42,7 +43,7 @@ class ItemsetSorter {
 
   std::filesystem::path path_;
   ItemsetFile file_;
-  std::map<std::size_t, Bucket> buckets_;
+  std::vector<Bucket> buckets_;  // by key
 };
 
 }  // namespace selvane

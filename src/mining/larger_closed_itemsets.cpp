@@ -4,27 +4,30 @@
 
 namespace selvane {
 
-bool LargerClosedItemsets::Implies(const RowWord* rows, std::uint32_t item, std::uint32_t other) const {
-  return !operations_.any_outside(rows, items_[item], items_[other], items_.words());
+bool LargerClosedItemsets::Implies(const ItemRows& items, const RowWord* rows, std::uint32_t item,
+                                   std::uint32_t other) const {
+  return !operations_.any_outside(rows, items[item], items[other], items.words());
 }
 
-void LargerClosedItemsets::ForEachCover(std::span<const std::uint32_t> closure, const RowWord* rows,
-                                        std::span<const ItemSupport> candidates, const Visit& visit) {
+void LargerClosedItemsets::ForEachCover(const ItemRows& items, std::span<const std::uint32_t> closure,
+                                        const RowWord* rows, std::span<const ItemSupport> candidates,
+                                        const Visit& visit) {
   sorted_.assign(candidates.begin(), candidates.end());
-  std::stable_sort(sorted_.begin(), sorted_.end(),
-                   [](const ItemSupport& a, const ItemSupport& b) { return a.support > b.support; });
+  std::sort(sorted_.begin(), sorted_.end(), [](const ItemSupport& a, const ItemSupport& b) {
+    return a.support != b.support ? a.support > b.support : a.item < b.item;
+  });
   done_.assign(sorted_.size(), false);
   for (std::size_t i = 0; i < sorted_.size(); ++i) {
     if (done_[i]) continue;
     const auto [item, support] = sorted_[i];
     // Whatever stands between is reached by an item with more rows.
     std::size_t equal = 0;
-    while (sorted_[equal].support > support && !Implies(rows, item, sorted_[equal].item)) ++equal;
+    while (sorted_[equal].support > support && !Implies(items, rows, item, sorted_[equal].item)) ++equal;
     if (sorted_[equal].support > support) continue;
     larger_.assign(closure.begin(), closure.end());
     larger_.push_back(item);
     for (std::size_t j = i + 1; j < sorted_.size() && sorted_[j].support == support; ++j) {
-      if (done_[j] || !Implies(rows, item, sorted_[j].item)) continue;
+      if (done_[j] || !Implies(items, rows, item, sorted_[j].item)) continue;
       done_[j] = true;
       larger_.push_back(sorted_[j].item);
     }
@@ -33,26 +36,27 @@ void LargerClosedItemsets::ForEachCover(std::span<const std::uint32_t> closure, 
   }
 }
 
-void LargerClosedItemsets::ForEach(std::span<const std::uint32_t> closure, const RowWord* rows,
-                                   std::span<const ItemSupport> candidates, std::uint32_t least_rows,
-                                   const Visit& visit) {
-  Extend(0, closure, rows, candidates, 0, least_rows, visit);
+void LargerClosedItemsets::ForEach(const ItemRows& items, std::span<const std::uint32_t> closure,
+                                   const RowWord* rows, std::span<const ItemSupport> candidates,
+                                   std::uint32_t least_rows, const Visit& visit) {
+  Extend(items, 0, closure, rows, candidates, 0, least_rows, visit);
 }
 
 // Extends by the candidates from `first` on.
-void LargerClosedItemsets::Extend(std::size_t depth, std::span<const std::uint32_t> closure,
-                                  const RowWord* rows, std::span<const ItemSupport> candidates,
-                                  std::size_t first, std::uint32_t least_rows, const Visit& visit) {
+void LargerClosedItemsets::Extend(const ItemRows& items, std::size_t depth,
+                                  std::span<const std::uint32_t> closure, const RowWord* rows,
+                                  std::span<const ItemSupport> candidates, std::size_t first,
+                                  std::uint32_t least_rows, const Visit& visit) {
   if (frames_.size() <= depth) frames_.emplace_back();
   Frame& frame = frames_[depth];
   for (std::size_t i = first; i < candidates.size(); ++i) {
     const auto [item, support] = candidates[i];
     // An itemset whose closure holds an earlier item is reached from that one.
     std::size_t earlier = 0;
-    while (earlier < i && !Implies(rows, item, candidates[earlier].item)) ++earlier;
+    while (earlier < i && !Implies(items, rows, item, candidates[earlier].item)) ++earlier;
     if (earlier < i) continue;
-    frame.rows.resize(items_.words());
-    operations_.store_and(rows, items_[item], frame.rows.data(), items_.words());
+    frame.rows.resize(items.words());
+    operations_.store_and(rows, items[item], frame.rows.data(), items.words());
     frame.closure.assign(closure.begin(), closure.end());
     frame.closure.push_back(item);
     frame.rest.clear();
@@ -63,7 +67,7 @@ void LargerClosedItemsets::Extend(std::size_t depth, std::span<const std::uint32
         continue;
       }
       const std::uint32_t other = candidates[j].item;
-      const std::uint32_t count = operations_.count_and(frame.rows.data(), items_[other], items_.words());
+      const std::uint32_t count = operations_.count_and(frame.rows.data(), items[other], items.words());
       if (count == support) {
         frame.closure.push_back(other);
       } else if (count >= least_rows) {
@@ -73,7 +77,7 @@ void LargerClosedItemsets::Extend(std::size_t depth, std::span<const std::uint32
     std::sort(frame.closure.begin(), frame.closure.end());
     visit(frame.closure, support);
     if (next < frame.rest.size()) {
-      Extend(depth + 1, frame.closure, frame.rows.data(), frame.rest, next, least_rows, visit);
+      Extend(items, depth + 1, frame.closure, frame.rows.data(), frame.rest, next, least_rows, visit);
     }
   }
 }

@@ -28,6 +28,39 @@ bool PlainAnyOutside(const RowWord* a, const RowWord* b, const RowWord* c, std::
   return false;
 }
 
+// Fills words from their lowest bit on.
+class WordPacker {
+ public:
+  explicit WordPacker(RowWord* next) : next_(next) {}
+  // `bits` has nothing from bit `count` on.
+  void Add(RowWord bits, unsigned count) {
+    word_ |= bits << used_;
+    if (used_ + count < 64) {
+      used_ += count;
+      return;
+    }
+    *next_++ = word_;
+    word_ = used_ == 0 ? 0 : bits >> (64 - used_);
+    used_ = used_ + count - 64;
+  }
+  void Finish() {
+    if (used_ > 0) *next_ = word_;
+  }
+
+ private:
+  RowWord* next_;
+  RowWord word_ = 0;
+  unsigned used_ = 0;
+};
+
+void PlainPack(const RowWord* a, const RowWord* mask, RowWord* result, std::size_t words) {
+  WordPacker packer(result);
+  for (std::size_t i = 0; i < words; ++i) {
+    for (RowWord left = mask[i]; left != 0; left &= left - 1) packer.Add((a[i] & left & -left) != 0, 1);
+  }
+  packer.Finish();
+}
+
 #ifdef SELVANE_HAS_AVX2
 
 #define SELVANE_AVX2 __attribute__((target("avx2,popcnt")))
@@ -103,18 +136,28 @@ SELVANE_AVX2 bool Avx2AnyOutside(const RowWord* a, const RowWord* b, const RowWo
   return false;
 }
 
+__attribute__((target("bmi2,popcnt"))) void Bmi2Pack(const RowWord* a, const RowWord* mask, RowWord* result,
+                                                     std::size_t words) {
+  WordPacker packer(result);
+  for (std::size_t i = 0; i < words; ++i) {
+    packer.Add(_pext_u64(a[i], mask[i]), static_cast<unsigned>(_mm_popcnt_u64(mask[i])));
+  }
+  packer.Finish();
+}
+
 #endif
 
 }  // namespace
 
 RowBitsOperations PlainRowBitsOperations() {
-  return {PlainCountAnd, PlainStoreAnd, PlainAnyOutside};
+  return {PlainCountAnd, PlainStoreAnd, PlainAnyOutside, PlainPack};
 }
 
 RowBitsOperations FastRowBitsOperations() {
 #ifdef SELVANE_HAS_AVX2
   if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("popcnt")) {
-    return {Avx2CountAnd, Avx2StoreAnd, Avx2AnyOutside};
+    const bool has_bmi2 = __builtin_cpu_supports("bmi2") != 0;
+    return {Avx2CountAnd, Avx2StoreAnd, Avx2AnyOutside, has_bmi2 ? Bmi2Pack : PlainPack};
   }
 #endif
   return PlainRowBitsOperations();

@@ -32,6 +32,27 @@ class RowBits {
   std::vector<RowWord> bits_;
 };
 
+// The rows of items, or the part of these rows that is left in a smaller space of rows.
+class ItemRows {
+ public:
+  // Item i has the set i. `bits` must outlive this.
+  explicit ItemRows(const RowBits& bits) : bits_(&bits) {}
+  // The item at place i of `items` has the set i.
+  ItemRows(const RowBits& bits, std::span<const std::uint32_t> items, std::size_t item_count)
+      : bits_(&bits), places_(item_count) {
+    for (std::size_t i = 0; i < items.size(); ++i) places_[items[i]] = static_cast<std::uint32_t>(i);
+  }
+
+  const RowWord* operator[](std::uint32_t item) const {
+    return (*bits_)[places_.empty() ? item : places_[item]];
+  }
+  std::size_t words() const { return bits_->words(); }
+
+ private:
+  const RowBits* bits_;
+  std::vector<std::uint32_t> places_;
+};
+
 // Operations on sets of the same number of words, a multiple of RowBits::kBlockWords, in the fastest form
 // that the processor has.
 struct RowBitsOperations {
@@ -41,6 +62,8 @@ struct RowBitsOperations {
   void (*store_and)(const RowWord* a, const RowWord* b, RowWord* result, std::size_t words);
   // True when a row of both sets is not in `c`. Ends at the first block with such a row.
   bool (*any_outside)(const RowWord* a, const RowWord* b, const RowWord* c, std::size_t words);
+  // Puts the bits of `a` that stand where `mask` has one side by side into `result`, and nothing behind them.
+  void (*pack)(const RowWord* a, const RowWord* mask, RowWord* result, std::size_t words);
 };
 
 // For this processor; and the plain form, which every processor has.

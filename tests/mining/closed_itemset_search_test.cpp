@@ -114,7 +114,8 @@ TEST(ClosedItemsetSearch, EqualsPlainEnumeration) {
       if ((rows[i / items] >> i % items & 1U) != 0) bits.Set(i % items, i / items);
     }
     const float confidences[] = {0.001F, 0.25F, 0.5F, 0.75F, 1};
-    const ClosedItemsetSearch::Options options{1 + random() % 4, confidences[random() % 5], run % 3 != 0};
+    const ClosedItemsetSearch::Options options{1 + random() % 4, confidences[random() % 5], run % 3 != 0,
+                                               run % 2 * 5 + 1};
     Findings plain;
     PlainItemsets(rows, items).Fill(options, plain);
     Findings found;
@@ -139,17 +140,24 @@ TEST_F(ItemsetSorterTest, OrdersMoreRecordsThanItHolds) {
     for (std::uint32_t i = 0; i < 60000; ++i) {
       const Items items(random() % 6, i);
       const std::size_t key = random() % 5 * random() % 3;
-      sorter.Add(key, items, i);
+      std::string record;
+      AppendRecord(items, i, record);
+      sorter.Add(key, {record});
       expected[key].emplace_back(items, i);
     }
     auto bucket = expected.begin();
     std::size_t next = 0;
-    sorter.ForEach([&](const ItemsetRecord& record) {
-      if (next == bucket->second.size()) {
-        ++bucket;
-        next = 0;
+    sorter.ForEachBlock([&](std::string_view records) {
+      while (!records.empty()) {
+        if (next == bucket->second.size()) {
+          ++bucket;
+          next = 0;
+        }
+        const EncodedRecord record = TakeRecord(records);
+        Items items;
+        record.CopyItems(items);
+        ASSERT_EQ(std::pair(items, record.support), bucket->second[next++]);
       }
-      ASSERT_EQ(std::pair(record.items, record.support), bucket->second[next++]);
     });
     EXPECT_TRUE(std::next(bucket) == expected.end() && next == bucket->second.size());
     EXPECT_GT(std::filesystem::file_size("sorted.dat"), 500000U);
