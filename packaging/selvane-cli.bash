@@ -83,7 +83,7 @@ _selvane_cli() {
     'terms build') options='--taxonomy --output --help' ;;
     'terms list') options='--table --help' ;;
     'rules extract')
-      options='--taxonomy --output --overwrite --table --min-support --min-confidence --no-generalize
+      options='--taxonomy --output --overwrite --table --min-support --min-confidence --no-generalize --closed --unreduced
                --itemsets --help'
       ;;
     'rules show') options='--taxonomy --table --format --sort --limit --help' ;;
