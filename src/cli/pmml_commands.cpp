@@ -76,6 +76,12 @@ void Import(const ImportOptions& options, const CliContext& context) {
   const TaxonomyStore taxonomy(options.taxonomy);
   std::vector<Rule> rules;
   if (options.with_rules) rules = file.ReadRules(context.progress);
+  if (options.with_rules && rules.empty() && head.declared_rules > 0) {
+    throw InputError(fmt::format(
+        "{}: the file declares {} rules and holds none that can be read; export them again, or import "
+        "without --rules",
+        options.file.string(), head.declared_rules));
+  }
   ImportRules(head, options.with_rules ? &rules : nullptr, options.output, ExistingFile::kRefuse,
               context.progress);
   context.progress.SetStatus("Completed!!");

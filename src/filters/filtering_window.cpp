@@ -151,11 +151,18 @@ void FilteringWindow::OpenRules(const std::filesystem::path& path) {
   rules_.emplace();
   info_ = OpenRulesForFiltering(*rules_, *taxonomy_, path);
   min_support_ = MinimumSupportOf(info_);
-  for (const std::string& table : rules_->ListRulesTables()) tables_->addItem(ToQt(table));
+  ListTables();
   for (const std::string& name : TaxonomiesOf(info_)) taxonomies_->addItem(ToQt(name));
   min_support_field_->setText(ToQt(SingleText(min_support_, context().decimal_sign)));
   min_confidence_field_->setText(ToQt(SingleText(MinimumConfidenceOf(info_), context().decimal_sign)));
   tables_->setFocus();
+}
+
+// Adds the tables that are not listed yet, as those that a filter has saved.
+void FilteringWindow::ListTables() {
+  for (const std::string& table : rules_->ListRulesTables()) {
+    if (tables_->findItems(ToQt(table), Qt::MatchExactly).isEmpty()) tables_->addItem(ToQt(table));
+  }
 }
 
 void FilteringWindow::ChooseTable() {
@@ -215,6 +222,7 @@ void FilteringWindow::OpenFilter() {
   if (cascade) cascade_->setEnabled(false);
   Window window(context(), this, {*rules_, *taxonomy_, info_, cascade, min_support_});
   if (window.Prepare()) window.exec();
+  ListTables();
 }
 
 bool FilteringWindow::Send(int command) {

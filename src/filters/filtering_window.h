@@ -48,6 +48,7 @@ class FilteringWindow final : public ToolWindow {
   void ForgetTable();
   void ForgetRules();
   void ChooseTable();
+  void ListTables();
   void ShowTable(const std::string& table);
   void StartCascade();
   bool CanFilter();

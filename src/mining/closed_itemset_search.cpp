@@ -64,7 +64,7 @@ void ClosedItemsetSearch::Run() {
 
 // To the generator with one more item.
 void ClosedItemsetSearch::Descend(std::size_t depth, const ItemSupport& next) {
-  if (++visited_ % 1024 == 0) progress_.Pulse();
+  if (++visited_ % 64 == 0) progress_.Pulse();
   const Frame& parent = frames_[depth];
   Frame& frame = FrameAt(depth + 1);
   generator_.push_back(next.item);
@@ -81,7 +81,7 @@ void ClosedItemsetSearch::Descend(std::size_t depth, const ItemSupport& next) {
   }
   frame.closure = parent.closure;
   frame.closure.push_back(next.item);
-  // The rows that a larger closed itemset must have, and more than which no item needs to be counted.
+  // How many rows a larger closed itemset must have. An item with fewer matters to extensions only.
   const std::uint32_t enough =
       std::max(options_.least_rows, LeastRows(options_.min_confidence, frame.support));
   CountRest(parent, next.item, enough, frame);

@@ -51,6 +51,7 @@ void FoundItemsets::ForEachPair(Progress& progress, const VisitPair& visit) {
       }
     }
   });
+  progress.SetPosition(100);
 }
 
 ClosedResultFiles::ClosedResultFiles() {

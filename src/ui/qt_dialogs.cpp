@@ -31,7 +31,7 @@ KindTraits TraitsOf(FileKind kind) {
     case FileKind::kTermDatabase:
       return {"term_database", "Term databases (*.mdb *.MDB)", "mdb"};
     case FileKind::kRulesDatabase:
-      return {"rules_database", "Rules databases (*.mdb *.MDB)", "mdb"};
+      return {"rules_database", "Rules databases (*.mdb)", "mdb"};
     case FileKind::kModelFile:  // the suffix is added by the export itself
       return {"model_file", "Association models (*.xml *.XML *.pmml)", ""};
   }

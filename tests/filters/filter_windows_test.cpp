@@ -175,6 +175,8 @@ TEST_F(FilterWindowsTest, EachFilterSavesWhatTheCommandLineSaves) {
     QTest::keyClick(threshold, Qt::Key_Tab);
     QCoreApplication::processEvents();
   });
+  EXPECT_EQ(List(*window, "Tables List in Rules Database").item(1)->text(), "Filtered_23_11_14_05_01");
+  EXPECT_EQ(Field("Table Name "), "Extracted");
   Using(FilteringWindow::kTemplateCommand, [this](QWidget& filter) {
     auto& classes = List(filter, "Antecedent Taxonomy Classes");
     Select(classes, "Bronchial Diseases");
