@@ -14,6 +14,11 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   OutputFile file(path);
   file.Write(TextOf(data, size));
   file.Close();
+  static const std::filesystem::path kTaxonomy = [] {
+    TaxonomyStore::Create(kScratch.path / "tax.mdb");
+    return kScratch.path / "tax.mdb";
+  }();
+  static const TaxonomyStore kStore(kTaxonomy);
   SilentProgress progress;
   const PmmlFile model(path);
   try {
@@ -22,7 +27,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   } catch (const InputError&) {
   }
   try {
-    for (const Rule& rule : model.ReadRules(progress)) {
+    for (const Rule& rule : model.ReadRules(kStore, progress)) {
       Require(std::isfinite(rule.support) && std::isfinite(rule.confidence));
       Require(rule.antecedent.size() == static_cast<std::size_t>(rule.aspec));
     }

@@ -8,7 +8,7 @@ set(allowed_rules "base|data|rules")
 set(allowed_mining "base|data|taxonomy|rules|mining")
 set(allowed_filters "base|data|taxonomy|rules|mining|filters")
 set(allowed_cli "base|data|taxonomy|termdb|rules|mining|filters|pmml|cli")
-set(allowed_pmml "base|data|taxonomy|rules|filters|pmml")
+set(allowed_pmml "base|data|taxonomy|rules|pmml")
 set(allowed_ui "base|ui")
 set(allowed_app "base|data|taxonomy|termdb|rules|mining|filters|pmml|ui|app")
 

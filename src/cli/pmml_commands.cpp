@@ -75,7 +75,7 @@ void Import(const ImportOptions& options, const CliContext& context) {
   const PmmlHead head = file.ReadHead(context.progress);
   const TaxonomyStore taxonomy(options.taxonomy);
   std::vector<Rule> rules;
-  if (options.with_rules) rules = file.ReadRules(context.progress);
+  if (options.with_rules) rules = file.ReadRules(taxonomy, context.progress);
   if (options.with_rules && rules.empty() && head.declared_rules > 0) {
     throw InputError(fmt::format(
         "{}: the file declares {} rules and holds none that can be read; export them again, or import "

@@ -13,6 +13,7 @@
 #include "cli/rules_output.h"
 #include "mining/closed_extraction.h"
 #include "mining/extraction.h"
+#include "rules/rule_list.h"
 #include "rules/rules_info.h"
 #include "rules/rules_store.h"
 
@@ -237,21 +238,13 @@ void Show(const ShowOptions& options, const CliContext& context) {
   store.OpenRulesDatabase(options.database);
   const TaxonomyStore taxonomy(options.taxonomy);
   store.OpenRulesTable(ChooseTable(store.ListRulesTables(), options.table, options.database));
-  const long count = store.CountRules();
   context.progress.SetStatus("Loading rules ....");
-  context.progress.SetRange(0, static_cast<int>(count));
+  const RuleList list(store, context.progress);
   std::vector<NumberedRule> rules;
-  for (long i = 1; i <= count; ++i) {
-    NumberedRule& rule = rules.emplace_back();
-    rule.index = i;
-    store.LoadRule(i, rule.rule);
-    if (i % 256 == 0) {
-      context.progress.SetPosition(static_cast<int>(i));
-      context.progress.Pulse();
-    }
-  }
+  rules.reserve(static_cast<std::size_t>(list.size()));
+  for (RuleNumber number = 1; number <= list.size(); ++number) rules.push_back({number, list[number], 0});
   SortRules(rules, options.sort);
-  if (options.limit > 0 && options.limit < count) rules.resize(static_cast<std::size_t>(options.limit));
+  if (options.limit > 0 && options.limit < list.size()) rules.resize(static_cast<std::size_t>(options.limit));
   NodeNames names(taxonomy);
   context.progress.SetStatus("Completed!!");
   WriteOut(context, PrintRules(rules, options.format, names));

@@ -5,7 +5,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "filters/rule_list.h"
+#include "filters/kept_rules.h"
 #include "mining/item_registry.h"
 
 namespace selvane {

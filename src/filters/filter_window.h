@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "filters/rule_list.h"
+#include "filters/kept_rules.h"
 #include "rules/rules_info.h"
 #include "taxonomy/node_names.h"
 #include "ui/tool_window.h"

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <optional>
 
-#include "filters/rule_list.h"
+#include "filters/kept_rules.h"
 #include "rules/rules_info.h"
 #include "taxonomy/taxonomy_store.h"
 #include "ui/tool_window.h"

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "filters/rule_list.h"
+#include "filters/kept_rules.h"
 
 namespace selvane {
 

@@ -8,7 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "filters/rule_list.h"
+#include "filters/kept_rules.h"
 #include "filters/rule_template.h"
 
 namespace selvane {

@@ -4,7 +4,7 @@
 #include <span>
 #include <vector>
 
-#include "filters/rule_list.h"
+#include "filters/kept_rules.h"
 #include "filters/rule_template.h"
 #include "taxonomy/node_names.h"
 

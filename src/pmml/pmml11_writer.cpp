@@ -5,7 +5,7 @@
 #include <unordered_map>
 
 #include "base/text.h"
-#include "filters/rule_list.h"
+#include "rules/rule_list.h"
 
 namespace selvane {
 

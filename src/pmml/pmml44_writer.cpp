@@ -6,7 +6,7 @@
 #include <set>
 
 #include "base/text.h"
-#include "filters/rule_list.h"
+#include "rules/rule_list.h"
 #include "version.h"
 
 namespace selvane {

@@ -13,6 +13,7 @@
 #include "base/text.h"
 #include "data/new_database.h"
 #include "data/sql_dialect.h"
+#include "taxonomy/taxonomy_file.h"
 
 namespace selvane {
 
@@ -235,15 +236,61 @@ PmmlHead ReadXmlHead(const std::string& text, const fs::path& path) {
   return head;
 }
 
-std::vector<Rule> ReadXmlRules(const std::string& text, const fs::path& path, Progress& progress) {
+// Which node of the taxonomy an item of the file is.
+class ItemNodes {
+ public:
+  ItemNodes(const XmlModel& xml, const TaxonomyStore& taxonomy, const fs::path& path) : xml_(xml) {
+    for (const pugi::xml_node& item : xml.node().children("Item")) {
+      const std::string id = xml.Text(item, "id");
+      const std::string value = xml.Text(item, "value");
+      const std::vector<std::string> codes = PositionCodes(item.attribute("mappedValue").value());
+      const auto node = Find(Int32Of(id), value, codes.empty() ? std::string() : codes.front(), taxonomy);
+      if (!node) {
+        throw InputError(fmt::format(
+            "{}: the taxonomy has neither the position nor the name of the item \"{}\"; choose the "
+            "taxonomy that the rules were made over",
+            path.string(), value));
+      }
+      nodes_.insert_or_assign(id, *node);
+    }
+  }
+
+  // Of an ItemRef. An item that is not declared is taken for a number.
+  NodeNumber Of(const pugi::xml_node& reference) const {
+    const auto found = nodes_.find(xml_.Text(reference, "itemRef"));
+    return found != nodes_.end() ? found->second : xml_.Number(reference, "itemRef");
+  }
+
+ private:
+  static std::optional<NodeNumber> Find(std::optional<std::int32_t> number, const std::string& value,
+                                        const std::string& code, const TaxonomyStore& taxonomy) {
+    // One term may stand twice at a position, and what is pruned keeps its number.
+    if (number) {
+      const TaxonomyStore::Node node = taxonomy.SourceNode(*number);
+      const bool is_unnamed = value == fmt::format("#{}", *number);  // as an export writes it
+      if (node.code == code && (node.canonical == value || is_unnamed)) return number;
+    }
+    std::vector<NodeNumber> nodes;
+    if (!code.empty()) nodes = taxonomy.NodesAtPosition(code);
+    if (nodes.empty()) nodes = taxonomy.NodesOfTerm(value);
+    return nodes.empty() ? std::nullopt : std::optional(nodes.front());
+  }
+
+  const XmlModel& xml_;
+  TextMap<NodeNumber> nodes_;
+};
+
+std::vector<Rule> ReadXmlRules(const std::string& text, const fs::path& path, const TaxonomyStore& taxonomy,
+                               Progress& progress) {
   const XmlModel xml(text, path);
+  const ItemNodes nodes(xml, taxonomy, path);
   TextMap<FileItemset> itemsets;
   for (const pugi::xml_node& node : xml.node().children("Itemset")) {
     FileItemset itemset;
     // The support of an itemset may be left out; it is not known then.
     if (node.attribute("support")) itemset.support = xml.Figure(node, "support");
     for (const pugi::xml_node& item : node.children("ItemRef")) {
-      itemset.items.push_back(xml.Number(item, "itemRef"));
+      itemset.items.push_back(nodes.Of(item));
     }
     itemsets.insert_or_assign(xml.Text(node, "id"), std::move(itemset));
   }
@@ -326,9 +373,10 @@ PmmlHead PmmlFile::ReadHead(Progress& progress) const {
   return IsLineOriented() ? ReadLineHead(text_, path_, progress) : ReadXmlHead(text_, path_);
 }
 
-std::vector<Rule> PmmlFile::ReadRules(Progress& progress) const {
+std::vector<Rule> PmmlFile::ReadRules(const TaxonomyStore& taxonomy, Progress& progress) const {
   progress.SetStatus("Importing rules ...");
-  return IsLineOriented() ? ReadLineRules(text_, path_, progress) : ReadXmlRules(text_, path_, progress);
+  return IsLineOriented() ? ReadLineRules(text_, path_, progress)
+                          : ReadXmlRules(text_, path_, taxonomy, progress);
 }
 
 void ImportRules(const PmmlHead& head, const std::vector<Rule>* rules, const fs::path& path,

@@ -153,13 +153,33 @@ TEST_F(PmmlTest, RulesComeBackAsTheyWentOut) {
     EXPECT_EQ(head.parameters.name + head.parameters.transactions, "R_15");
     EXPECT_EQ(head.declared_rules, 50);
     EXPECT_EQ(head.taxonomies.at(0) + head.taxonomy_codes.at(0), "DiseasesC");
-    const std::vector<Rule> rules = file.ReadRules(progress_);
+    const std::vector<Rule> rules = file.ReadRules(TaxonomyStore("tax.mdb"), progress_);
     ImportRules(head, &rules, name + ".mdb", ExistingFile::kRefuse, progress_);
     EXPECT_EQ(Rows(name + ".mdb", "SELECT * FROM R_1"), rows);
     EXPECT_EQ(ReadRulesInfo(name + ".mdb").texts.at(1), "5");
     ImportRules(head, nullptr, name + "_empty.mdb", ExistingFile::kRefuse, progress_);
     EXPECT_TRUE(Rows(name + "_empty.mdb", "SELECT * FROM R_1").empty());
   }
+}
+
+TEST_F(PmmlTest, ItemsAreTheNodesAtTheirPositionsInAnotherTaxonomy) {
+  Insert({2, 5}, {4, 1});
+  Export44();
+  // The same terms with other numbers; Fever at another position.
+  LoadText(NodeLine("Drugs", "D") + NodeLine("Sj\xC3\xB6gren \xE2\x82\xAC & <b>", "C1") +
+               NodeLine("Fever", "C7") + NodeLine("Diseases", "C"),
+           "other.mdb");
+  const TaxonomyStore other("other.mdb");
+  const std::vector<Rule> rules = PmmlFile("b.xml").ReadRules(other, progress_);
+  std::string names;
+  for (const NodeNumber node : {rules[0].antecedent[0], rules[0].antecedent[1], rules[0].consequent[0]}) {
+    names += other.Canonical(node) + '|';
+  }
+  EXPECT_EQ(names, "Sj\xC3\xB6gren \xE2\x82\xAC & <b>|Drugs|Fever|");
+  LoadText(NodeLine("Diseases", "C"), "small.mdb");
+  const TaxonomyStore small("small.mdb");
+  EXPECT_NE(MessageOf<InputError>([&] { PmmlFile("b.xml").ReadRules(small, progress_); }).find("\"Sj"),
+            std::string::npos);
 }
 
 TEST_F(PmmlTest, ReadsAnyLayoutAndSaysWhatIsMissing) {
@@ -195,9 +215,10 @@ TEST_F(PmmlTest, ReadsAnyLayoutAndSaysWhatIsMissing) {
   }
   WriteText("bad.xml", model + statistics +
                            "<AssocRule support=\"1\" confidence=\"1\" antecedent=\"1-\" consequent=\"2-\"/>");
-  EXPECT_NE(
-      MessageOf<InputError>([&] { PmmlFile("bad.xml").ReadRules(progress_); }).find("names the itemset"),
-      std::string::npos);
+  EXPECT_NE(MessageOf<InputError>([&] {
+              PmmlFile("bad.xml").ReadRules(TaxonomyStore("tax.mdb"), progress_);
+            }).find("names the itemset"),
+            std::string::npos);
   PmmlHead unnamed;
   EXPECT_THROW(ImportRules(unnamed, nullptr, "new.mdb", ExistingFile::kRefuse, progress_), InputError);
   EXPECT_FALSE(std::filesystem::exists("new.mdb"));

@@ -4,17 +4,14 @@
 
 #include <cstddef>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "base/clock.h"
 #include "base/progress.h"
+#include "rules/rule_list.h"
 #include "rules/rules_store.h"
 
 namespace selvane {
-
-// A rule's number in its table, from 1.
-using RuleNumber = long;
 
 // Which rules of a table are kept. Number 0 is never kept.
 class KeepMask {
@@ -27,24 +24,6 @@ class KeepMask {
 
  private:
   std::vector<bool> kept_;
-};
-
-// The rules 1..N of a store's source table, in memory. N is the number of rows when it was made. Where the
-// numbers have a gap, a rule has no items and the figures of the one before.
-class RuleList {
- public:
-  RuleList() = default;
-  // Moves the bar from 0 to N. Throws DatabaseError and Interrupted.
-  RuleList(const RulesStore& store, Progress& progress);
-  // Of rules that are in memory already.
-  explicit RuleList(std::vector<Rule> rules) : rules_(std::move(rules)) {}
-
-  RuleNumber size() const { return static_cast<RuleNumber>(rules_.size()); }
-  // Of 1..size().
-  const Rule& operator[](RuleNumber number) const { return rules_[static_cast<std::size_t>(number) - 1]; }
-
- private:
-  std::vector<Rule> rules_;
 };
 
 enum class RuleOrder { kDecreasingSupport, kDecreasingConfidence };

@@ -1,4 +1,4 @@
-#include "filters/rule_list.h"
+#include "filters/kept_rules.h"
 
 #include <fmt/format.h>
 
@@ -24,20 +24,6 @@ std::string TableName(const Clock& clock) {
 
 bool KeepMask::IsEmpty() const {
   return std::find(kept_.begin(), kept_.end(), true) == kept_.end();
-}
-
-RuleList::RuleList(const RulesStore& store, Progress& progress) {
-  const RuleNumber count = store.CountRules();
-  rules_.reserve(static_cast<std::size_t>(count));
-  progress.SetRange(0, static_cast<int>(count));
-  progress.SetPosition(0);
-  Rule rule;
-  for (RuleNumber number = 1; number <= count; ++number) {
-    store.LoadRule(number, rule);
-    rules_.push_back(rule);
-    progress.SetPosition(static_cast<int>(number));
-    if (number % kPulseRules == 0) progress.Pulse();
-  }
 }
 
 void OrderRules(const RuleList& rules, RuleOrder order, std::vector<RuleNumber>& numbers) {
