@@ -154,6 +154,14 @@ std::string ToLatin1(std::string_view utf8) {
   return bytes;
 }
 
+std::string Listed(std::span<const std::string> names) {
+  constexpr std::size_t kMostListed = 30;
+  const std::string shown =
+      fmt::format("{}", fmt::join(names.first(std::min(names.size(), kMostListed)), ", "));
+  return names.size() <= kMostListed ? shown
+                                     : fmt::format("{} and {} more", shown, names.size() - kMostListed);
+}
+
 std::string SingleText(float value, char decimal_sign) {
   std::string text = fmt::format("{:.7g}", static_cast<double>(value));
   std::replace(text.begin(), text.end(), '.', decimal_sign);

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -47,6 +48,9 @@ std::string ToCodePage1252(std::string_view utf8);
 // UTF-8 to ISO-8859-1; what that cannot hold becomes a numeric character reference, as &#8364;.
 std::string ToLatin1(std::string_view utf8);
 std::string FromCodePage1252(std::string_view bytes);
+
+// Names joined by ", ", the first ones of a list that may be long.
+std::string Listed(std::span<const std::string> names);
 
 // The text of a 32-bit float with at most 7 significant digits, as "0.05" or "1", with this decimal sign.
 std::string SingleText(float value, char decimal_sign = '.');

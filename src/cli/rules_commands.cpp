@@ -12,6 +12,7 @@
 #include "cli/cli.h"
 #include "cli/rules_output.h"
 #include "mining/closed_extraction.h"
+#include "mining/closed_results.h"
 #include "mining/extraction.h"
 #include "rules/rule_list.h"
 #include "rules/rules_info.h"
@@ -46,7 +47,11 @@ void CheckOutput(const ExtractOptions& options, const CliContext& context) {
                     "replace it with --overwrite",
                     options.output.string()));
   }
-  CheckRulesOutput(OutputOf(options), {options.terms, options.taxonomy, options.request.itemset_copy});
+  std::vector<fs::path> others = {options.terms, options.taxonomy, options.request.itemset_copy};
+  if (options.closed) {
+    others.insert(others.end(), ClosedResultFiles::kNames.begin(), ClosedResultFiles::kNames.end());
+  }
+  CheckRulesOutput(OutputOf(options), others);
   if (options.output.extension() != ".mdb") {
     fmt::print(context.err,
                "selvane-cli: {} is not named *.mdb, so rules list and the filtering will not take it\n",
@@ -70,7 +75,9 @@ void ReportTooMany(const RuleTally& tally, const CliContext& context) {
 }
 
 void ReportEmpty(const ExtractionReport& report, const CliContext& context) {
-  if (report.items == 0) {
+  if (report.rows == 0) {
+    fmt::print(context.err, "No extractable rules: the table is empty\n");
+  } else if (report.items == 0) {
     fmt::print(context.err,
                "No extractable rules: no row holds a term that the taxonomy knows; check that the table "
                "and the taxonomy belong together\n");
@@ -78,7 +85,7 @@ void ReportEmpty(const ExtractionReport& report, const CliContext& context) {
     fmt::print(context.err,
                "No extractable rules: no two items are frequent together, so no database was made; "
                "try a lower --min-support\n");
-  } else if (report.end == ExtractionEnd::kNoRules) {
+  } else if (report.end == ExtractionEnd::kNoRules && report.closed.too_long_rules == 0) {
     fmt::print(context.err,
                "No extracted rules: none reaches the confidence; try a lower --min-confidence\n");
   }
@@ -96,16 +103,16 @@ void ReportEnd(const ExtractionReport& report, const CliContext& context) {
 
 void ReportClosedEnd(const ExtractionReport& report, const CliContext& context) {
   const ClosedItemsetReport& closed = report.closed;
-  for (const std::string& column : closed.unknown_columns) {
-    fmt::print(context.err, "selvane-cli: the column {} has no node in the taxonomy and was left out\n",
-               column);
-  }
-  for (const std::string& item : closed.renumbered) {
-    fmt::print(context.err,
-               "selvane-cli: the number of {} in TaxonomyOrnex is that of another term in Taxonomy, so rules "
-               "show and the filters will name it wrongly\n",
-               item);
-  }
+  const auto tell = [&context](std::string_view what, const std::vector<std::string>& names) {
+    if (!names.empty()) fmt::print(context.err, "selvane-cli: {}: {}\n", what, Listed(names));
+  };
+  tell("columns without a node in the taxonomy were left out", closed.unknown_columns);
+  tell("columns of a node that an earlier column has too were joined with it", closed.joined_columns);
+  tell(
+      "TaxonomyOrnex gives these items numbers that are not theirs in Taxonomy, so rules show and the "
+      "filters "
+      "will name them wrongly",
+      closed.renumbered);
   ReportEmpty(report, context);
   if (closed.too_long_rules > 0) {
     fmt::print(

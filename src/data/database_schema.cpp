@@ -46,7 +46,7 @@ Field FieldOf(std::string name, std::string_view declared) {
     if (open < close && close != std::string::npos) {
       field.size = Int32Of(type.substr(open + 1, close - open - 1)).value_or(0);
     }
-  } else if (is("real") || is("floa") || is("doub")) {
+  } else if (is("real") || is("floa") || is("doub") || is("num") || is("dec") || is("bool")) {
     field.type = FieldType::kSingle;
   }
   return field;

@@ -9,7 +9,7 @@ namespace selvane {
 enum class FieldType {
   kInt16,    // SMALLINT
   kInt32,    // INTEGER
-  kSingle,   // REAL
+  kSingle,   // REAL, and whatever else other programs declare for numbers
   kText,     // VARCHAR(n)
   kUnknown,  // any other declared type, in files that other programs made
 };

@@ -6,6 +6,7 @@
 #include <new>
 #include <utility>
 
+#include "base/text.h"
 #include "data/database_error.h"
 #include "data/sql_dialect.h"
 
@@ -148,6 +149,13 @@ void TransactionSource::ItemRowIds(std::string_view table, int position, std::ve
     ahead_ = {};
     ahead_.fields = std::move(fields);
     ahead_.table = table;
+    const auto is_index = [](const Field& field) { return LowerCase(field.name) == "index"; };
+    if (std::none_of(ahead_.fields.begin(), ahead_.fields.end(), is_index)) {
+      ahead_ = {};
+      throw DatabaseError(file_name_, fmt::format("table {} has no column Index for the numbers of its rows; "
+                                                  "give its first column this name",
+                                                  table));
+    }
   }
   if (position < 0 || position >= static_cast<int>(ahead_.fields.size())) {
     throw DatabaseError(file_name_, fmt::format("table \"{}\" has no column {}", table, position));
@@ -156,8 +164,8 @@ void TransactionSource::ItemRowIds(std::string_view table, int position, std::ve
   field_name = field.name;
   if (field.type == FieldType::kUnknown) {
     throw DatabaseError(file_name_,
-                        fmt::format("column \"{}\" of table {} holds neither numbers nor text; give it 0 and "
-                                    "1, or make a table without it",
+                        fmt::format("column \"{}\" of table {} holds neither numbers nor text; declare it as "
+                                    "SMALLINT, or make a table without it",
                                     field_name, table));
   }
   const auto is_ahead = [this, position] {

@@ -37,6 +37,7 @@ ColumnItems ReadAndCheckItems(const TransactionSource& source, const TaxonomySto
   report.rows = items.row_count;
   report.items = items.nodes.size();
   report.closed.unknown_columns = items.unknown_columns;
+  report.closed.joined_columns = items.joined_columns;
   report.closed.renumbered = items.renumbered;
   return items;
 }
@@ -52,9 +53,22 @@ void Search(const ColumnItems& items, const ExtractionRequest& request, FoundIte
   report.closed.closed_itemsets = found.closed_itemsets();
   report.closed.generators = found.generators();
   report.closed.exact_rules = found.exact_rules();
-  report.rules_found = found.tally().total();
+  report.closed.too_long_rules = found.too_long_rules();
+  report.rules_found = found.tally().total() + found.too_long_rules();
   progress.SetStatus("Completed!!");
   progress.SetPosition(100);
+}
+
+// Writes and commits the files; `store` receives each rule, unless it is empty.
+void WriteFiles(FoundItemsets& found, ClosedResultFiles& files, const FoundItemsets::VisitPair& store,
+                Progress& progress) {
+  found.ForEachBlockOfClosed([&files](std::string_view records) { files.AddClosedItemsets(records); });
+  found.ForEachPair(progress, [&](const EncodedRecord& generator, const EncodedRecord& larger) {
+    files.AddPair(generator, larger);
+    if (store && generator.size() < larger.size()) store(generator, larger);
+  });
+  files.Close();
+  files.Commit();
 }
 
 }  // namespace
@@ -75,7 +89,11 @@ ExtractionReport ExtractClosedRules(const TransactionSource& source, const Taxon
   FoundItemsets found(hold.path().parent_path(), items.nodes, items.row_count);
   Search(items, request, found, report, progress);
   report.search_seconds = search_timer.Seconds();
-  if (found.largest_size() < 2) return report;
+  if (found.largest_size() < 2) {
+    WriteFiles(found, files, {}, progress);
+    KeepCopy(ClosedResultFiles::kNames.front(), request.itemset_copy);
+    return report;
+  }
 
   const RulesOutput output = hooks.choose_output();
   others.insert(others.end(), ClosedResultFiles::kNames.begin(), ClosedResultFiles::kNames.end());
@@ -87,22 +105,21 @@ ExtractionReport ExtractClosedRules(const TransactionSource& source, const Taxon
     rules.CreateRulesDatabase(temporary, kExtractedTable);
     rules.SetTargetTable(kExtractedTable);
     progress.SetStatus("Generating rules ....");
-    if (found.tally().total() > kMostRules && hooks.will_not_fit) hooks.will_not_fit(found.tally());
-    ClosedRuleStorer storer(items, rules, hooks.rule_line);
-    found.ForEachBlockOfClosed([&files](std::string_view records) { files.AddClosedItemsets(records); });
-    found.ForEachPair(progress, [&](const EncodedRecord& generator, const EncodedRecord& larger) {
-      files.AddPair(generator, larger);
-      if (generator.size() < larger.size()) storer.Store(generator, larger);
-    });
+    if (found.tally().total() > static_cast<std::uint64_t>(request.most_rules) && hooks.will_not_fit)
+      hooks.will_not_fit(found.tally());
+    ClosedRuleStorer storer(items, taxonomy, rules, hooks.rule_line, request.most_rules);
+    WriteFiles(
+        found, files,
+        [&storer](const EncodedRecord& generator, const EncodedRecord& larger) {
+          storer.Store(generator, larger);
+        },
+        progress);
     storer.Finish();
     report.rules_stored = storer.stored();
-    report.closed.too_long_rules = storer.too_long();
     rules.Close();
-    files.Close();
-    KeepCopy(files.closed_itemsets(), request.itemset_copy);
+    KeepCopy(ClosedResultFiles::kNames.front(), request.itemset_copy);
     WriteRulesInfo(items.in_column_order, {}, InformationTexts(request, items.row_count, {}),
                    RulesInfoBasePath(output.path));
-    files.Commit();
   });
   report.rules_seconds = rules_timer.Seconds();
   report.end = report.rules_stored > 0 ? ExtractionEnd::kRules : ExtractionEnd::kNoRules;

@@ -118,6 +118,7 @@ void ClosedItemsetSearch::TellLarger(const Frame& frame, std::uint32_t enough) {
                [enough](const ItemSupport& other) { return other.support >= enough; });
   if (candidates_.empty()) return;
   const auto tell = [this](std::span<const std::uint32_t> larger, std::uint32_t support) {
+    if (++visited_ % 64 == 0) progress_.Pulse();
     sink_.OnLarger(larger, support);
   };
   if (options_.covers_only) {

@@ -104,7 +104,7 @@ class ClosedItemsetSearch {
   std::vector<const RowWord*> generator_rows_;
   std::vector<std::uint32_t> packed_order_;
   std::vector<ItemSupport> candidates_;
-  std::uint64_t visited_ = 0;
+  std::uint64_t visited_ = 0;  // since the last pulse, and before
 };
 
 }  // namespace selvane

@@ -1,8 +1,21 @@
 #include "mining/closed_results.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <numeric>
+#include <system_error>
+
+#include "base/error.h"
 
 namespace selvane {
+
+FoundItemsets::FoundItemsets(const std::filesystem::path& folder, std::span<const NodeNumber> nodes,
+                             std::uint32_t row_count)
+    : nodes_(nodes), closed_(folder / "FC_s.dat"), pairs_(folder / "FPC_s.dat"), tally_(row_count) {
+  for (const NodeNumber node : nodes)
+    text_sizes_.push_back(static_cast<int>(ItemsetToText({&node, 1}).size()));
+}
 
 void FoundItemsets::Encode(std::span<const std::uint32_t> items, std::uint32_t support, std::string& bytes) {
   numbers_.clear();
@@ -11,30 +24,41 @@ void FoundItemsets::Encode(std::span<const std::uint32_t> items, std::uint32_t s
   AppendRecord(numbers_, support, bytes);
 }
 
+int FoundItemsets::TextSize(std::span<const std::uint32_t> items) const {
+  return std::accumulate(items.begin(), items.end(), 0,
+                         [this](int sum, std::uint32_t item) { return sum + text_sizes_[item]; });
+}
+
 void FoundItemsets::OnGenerator(std::span<const std::uint32_t> generator,
                                 std::span<const std::uint32_t> closure, std::uint32_t support,
                                 bool is_first) {
   Encode(generator, support, generator_);
-  Encode(closure, support, larger_);
+  generator_size_ = generator.size();
   generator_support_ = support;
+  generator_text_size_ = TextSize(generator);
   ++generator_count_;
-  if (is_first) {
-    closed_.Add(closure.size(), {larger_});
-    ++closed_count_;
-    largest_size_ = std::max(largest_size_, closure.size());
-  }
-  pairs_.Add(closure.size(), {generator_, larger_});
-  ++pair_count_;
-  if (generator.size() == closure.size()) return;
-  ++exact_count_;
-  tally_.Add(1, support);
+  AddPair(closure, support);
+  if (generator.size() < closure.size()) ++exact_count_;
+  if (!is_first) return;
+  closed_.Add(closure.size(), {larger_});
+  ++closed_count_;
+  largest_size_ = std::max(largest_size_, closure.size());
 }
 
 void FoundItemsets::OnLarger(std::span<const std::uint32_t> larger, std::uint32_t support) {
+  AddPair(larger, support);
+}
+
+void FoundItemsets::AddPair(std::span<const std::uint32_t> larger, std::uint32_t support) {
   Encode(larger, support, larger_);
   pairs_.Add(larger.size(), {generator_, larger_});
   ++pair_count_;
-  tally_.Add(static_cast<float>(support) / static_cast<float>(generator_support_), support);
+  if (larger.size() == generator_size_) return;
+  if (std::max(generator_text_size_, TextSize(larger) - generator_text_size_) > kLongestItemsetText) {
+    ++too_long_count_;
+  } else {
+    tally_.Add(static_cast<float>(support) / static_cast<float>(generator_support_), support);
+  }
 }
 
 void FoundItemsets::ForEachPair(Progress& progress, const VisitPair& visit) {
@@ -55,7 +79,22 @@ void FoundItemsets::ForEachPair(Progress& progress, const VisitPair& visit) {
 }
 
 ClosedResultFiles::ClosedResultFiles() {
-  for (std::size_t i = 0; i < kNames.size(); ++i) files_[i].emplace(kNames[i]);
+  for (std::size_t i = 0; i < kNames.size(); ++i) {
+    std::string reason = "a folder has this name";
+    try {
+      if (!std::filesystem::is_directory(kNames[i])) {
+        files_[i].emplace(kNames[i]);
+        continue;
+      }
+    } catch (const FileError& error) {
+      reason = error.what();
+    }
+    std::error_code gone;
+    throw FileError(fmt::format(
+        "the current folder {} cannot take {}, one of the files that this extraction leaves there: {}; "
+        "start the program in another folder",
+        std::filesystem::current_path(gone).string(), kNames[i], reason));
+  }
 }
 
 void ClosedResultFiles::AddPair(const EncodedRecord& generator, const EncodedRecord& larger) {
@@ -75,23 +114,29 @@ void ClosedResultFiles::Commit() {
   for (auto& file : files_) file->made.Commit();
 }
 
-ClosedRuleStorer::ClosedRuleStorer(const ColumnItems& items, RulesStore& rules, const RuleLine& line)
-    : items_(items), rules_(rules), line_(line), transaction_(rules.database()), rows_(items.rows.words()) {
+ClosedRuleStorer::ClosedRuleStorer(const ColumnItems& items, const TaxonomyStore& taxonomy, RulesStore& rules,
+                                   const RuleLine& line, long most_rules)
+    : items_(items),
+      taxonomy_(taxonomy),
+      rules_(rules),
+      line_(line),
+      most_rules_(most_rules),
+      transaction_(rules.database()),
+      rows_(items.rows.words()),
+      rendered_(items.nodes.size()) {
   for (const NodeNumber node : items.nodes)
     item_of_.emplace(node, static_cast<std::uint32_t>(item_of_.size()));
 }
 
 void ClosedRuleStorer::Store(const EncodedRecord& generator, const EncodedRecord& larger) {
-  if (stored_ >= kMostRules) return;
+  if (stored_ >= most_rules_) return;
   const std::vector<std::uint32_t> antecedent = ItemsOf(generator);
   std::vector<std::uint32_t> consequent;
   std::ranges::set_difference(ItemsOf(larger), antecedent, std::back_inserter(consequent));
   rule_.antecedent = NodesOf(antecedent);
   rule_.consequent = NodesOf(consequent);
   for (const auto& side : {rule_.antecedent, rule_.consequent}) {
-    if (ItemsetToText(side).size() <= std::size_t{kLongestItemsetText}) continue;
-    ++too_long_;
-    return;
+    if (ItemsetToText(side).size() > std::size_t{kLongestItemsetText}) return;
   }
   const auto rows = static_cast<float>(items_.row_count);
   rule_.support = static_cast<float>(larger.support) / rows;
@@ -127,10 +172,21 @@ std::vector<NodeNumber> ClosedRuleStorer::NodesOf(std::span<const std::uint32_t>
   return nodes;
 }
 
-std::string ClosedRuleStorer::Rendered(std::span<const std::uint32_t> items) const {
+std::string ClosedRuleStorer::Rendered(std::span<const std::uint32_t> items) {
   std::string text;
-  for (const std::uint32_t item : items) text += items_.names[item] + " AND ";
+  for (const std::uint32_t item : items) text += RenderedItem(item);
   CutLastAnd(text);
+  return text;
+}
+
+const std::string& ClosedRuleStorer::RenderedItem(std::uint32_t item) {
+  std::string& text = rendered_[item];
+  if (!text.empty()) return text;
+  const std::string& code = items_.codes[item];
+  std::vector<NodeNumber> numbers;
+  if (!code.empty()) taxonomy_.RenderOrnex({&code, 1}, text, numbers);
+  // Without that table; or another term stands first at the position.
+  if (numbers != std::vector{items_.nodes[item]}) text = items_.names[item] + " AND ";
   return text;
 }
 

@@ -30,8 +30,7 @@ class FoundItemsets final : public ClosedItemsetSink {
  public:
   // `nodes` are the numbers of the items, which the files hold, and must outlive this.
   FoundItemsets(const std::filesystem::path& folder, std::span<const NodeNumber> nodes,
-                std::uint32_t row_count)
-      : nodes_(nodes), closed_(folder / "FC_s.dat"), pairs_(folder / "FPC_s.dat"), tally_(row_count) {}
+                std::uint32_t row_count);
 
   void OnGenerator(std::span<const std::uint32_t> generator, std::span<const std::uint32_t> closure,
                    std::uint32_t support, bool is_first) override;
@@ -42,6 +41,8 @@ class FoundItemsets final : public ClosedItemsetSink {
   std::uint64_t exact_rules() const { return exact_count_; }
   // Items of the largest closed itemset.
   std::size_t largest_size() const { return largest_size_; }
+  // Rules of which one side does not fit its column in a rules table; and all that fit.
+  std::uint64_t too_long_rules() const { return too_long_count_; }
   const RuleTally& tally() const { return tally_; }
 
   // By ascending size.
@@ -55,12 +56,17 @@ class FoundItemsets final : public ClosedItemsetSink {
 
  private:
   void Encode(std::span<const std::uint32_t> items, std::uint32_t support, std::string& bytes);
+  int TextSize(std::span<const std::uint32_t> items) const;
+  void AddPair(std::span<const std::uint32_t> larger, std::uint32_t support);
 
   std::span<const NodeNumber> nodes_;
+  std::vector<int> text_sizes_;  // of each item, in the text of an itemset
   ItemsetSorter closed_;
   ItemsetSorter pairs_;
   RuleTally tally_;
+  std::size_t generator_size_ = 0;
   std::uint32_t generator_support_ = 0;
+  int generator_text_size_ = 0;
   std::string generator_;  // encoded
   std::string larger_;
   std::vector<std::uint32_t> numbers_;
@@ -68,10 +74,12 @@ class FoundItemsets final : public ClosedItemsetSink {
   std::uint64_t generator_count_ = 0;
   std::uint64_t exact_count_ = 0;
   std::uint64_t pair_count_ = 0;
+  std::uint64_t too_long_count_ = 0;
   std::size_t largest_size_ = 0;
 };
 
-// The files that stay in the current folder. They appear, all together, at the commit. Throws FileError.
+// The files that stay in the current folder. They appear, all together, at the commit. Throws FileError,
+// which names the folder when it takes no files.
 class ClosedResultFiles {
  public:
   static constexpr std::array<const char*, 5> kNames = {"FCI.dat", "Generator.dat", "ExactRules.dat",
@@ -83,7 +91,6 @@ class ClosedResultFiles {
   void AddPair(const EncodedRecord& generator, const EncodedRecord& larger);
   // What was added is complete when this returns; to be called before the rest.
   void Close();
-  const std::filesystem::path& closed_itemsets() const { return files_[kClosed]->made.temporary(); }
   void Commit();
 
  private:
@@ -99,34 +106,37 @@ class ClosedResultFiles {
   std::array<std::optional<File>, kNames.size()> files_;
 };
 
-// Stores rules in the target table of a rules database, as long as there is room, in one transaction.
+// Stores the first rules in the target table of a rules database, in one transaction.
 class ClosedRuleStorer {
  public:
   // `line` receives the display line of each stored rule, unless it is empty. All must outlive the storer.
-  ClosedRuleStorer(const ColumnItems& items, RulesStore& rules, const RuleLine& line);
+  ClosedRuleStorer(const ColumnItems& items, const TaxonomyStore& taxonomy, RulesStore& rules,
+                   const RuleLine& line, long most_rules);
 
-  // generator => the other items of `larger`. Throws DatabaseError.
+  // generator => the other items of `larger`, unless a side is too long. Throws DatabaseError.
   void Store(const EncodedRecord& generator, const EncodedRecord& larger);
   void Finish() { transaction_.Commit(); }
   long stored() const { return stored_; }
-  std::uint64_t too_long() const { return too_long_; }
 
  private:
   std::uint32_t SupportOf(std::span<const std::uint32_t> items);
   std::vector<std::uint32_t> ItemsOf(const EncodedRecord& record) const;
   std::vector<NodeNumber> NodesOf(std::span<const std::uint32_t> items) const;
-  std::string Rendered(std::span<const std::uint32_t> items) const;
+  std::string Rendered(std::span<const std::uint32_t> items);
+  const std::string& RenderedItem(std::uint32_t item);
 
   const ColumnItems& items_;
+  const TaxonomyStore& taxonomy_;
   RulesStore& rules_;
   const RuleLine& line_;
+  const long most_rules_;
   Transaction transaction_;
   const RowBitsOperations operations_ = FastRowBitsOperations();
   std::unordered_map<NodeNumber, std::uint32_t> item_of_;
   std::vector<RowWord> rows_;
   Rule rule_;
+  std::vector<std::string> rendered_;  // the name of each item with its AND, once it was asked for
   long stored_ = 0;
-  std::uint64_t too_long_ = 0;
 };
 
 }  // namespace selvane

@@ -1,10 +1,15 @@
 #include "mining/column_items.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
-#include <array>
 #include <numeric>
 #include <optional>
 #include <unordered_map>
+
+#include "base/text.h"
+#include "data/database_error.h"
+#include "rules/rules_info.h"
 
 namespace selvane {
 
@@ -13,37 +18,54 @@ namespace {
 struct NamedNode {
   NodeNumber node;
   std::string name;
+  std::string code;
 };
 
 // Finds the node of a term.
 class NodeFinder {
  public:
-  explicit NodeFinder(const TaxonomyStore& taxonomy) : taxonomy_(taxonomy), has_ornex_(taxonomy.HasOrnex()) {}
+  explicit NodeFinder(const TaxonomyStore& taxonomy) : taxonomy_(taxonomy), has_ornex_(taxonomy.HasOrnex()) {
+    // Other programs make the table, so it may have no index: it is read once.
+    if (!has_ornex_) return;
+    taxonomy.ForEachOrnexNode([this](const std::string& number, std::string code, std::string term) {
+      ornex_.try_emplace(std::move(term), OrnexNode{number, std::move(code)});
+    });
+  }
 
-  std::optional<NamedNode> Find(const std::string& term) const {
+  std::optional<NamedNode> Find(const std::string& column) const {
+    const std::string term = WithoutQuotes(column);
     if (has_ornex_) return FindOrnex(term);
     const std::vector<NodeNumber> nodes = taxonomy_.NodesOfTerm(term);
     if (nodes.empty()) return std::nullopt;
-    return NamedNode{nodes.front(), taxonomy_.Canonical(nodes.front())};
+    return NamedNode{nodes.front(), taxonomy_.Canonical(nodes.front()), {}};
   }
   bool IsRenumbered(const NamedNode& item) const {
     return has_ornex_ && taxonomy_.Canonical(item.node) != item.name;
   }
 
  private:
+  struct OrnexNode {
+    std::string number;
+    std::string code;
+  };
+
   std::optional<NamedNode> FindOrnex(const std::string& term) const {
-    const std::vector<std::string> positions = taxonomy_.OrnexPositionsOfTerm(term);
-    if (positions.empty()) return std::nullopt;
-    std::string text;
-    std::vector<NodeNumber> numbers;
-    taxonomy_.RenderOrnex(std::array{positions.front()}, text, numbers);
-    if (numbers.empty()) return std::nullopt;
-    text.erase(text.rfind(" AND "));
-    return NamedNode{numbers.front(), text};
+    const auto found = ornex_.find(term);
+    if (found == ornex_.end()) return std::nullopt;
+    const std::optional<std::int32_t> number = Int32Of(found->second.number);
+    if (!number || *number < 0 || *number >= kMostItems) {
+      throw DatabaseError(
+          taxonomy_.path(),
+          fmt::format("the table TaxonomyOrnex gives \"{}\" the Index \"{}\"; it must be a number "
+                      "of 0..{}: correct the table, or drop it to use Taxonomy instead",
+                      term, found->second.number, kMostItems - 1));
+    }
+    return NamedNode{*number, term, found->second.code};
   }
 
   const TaxonomyStore& taxonomy_;
   bool has_ornex_;
+  TextMap<OrnexNode> ornex_;  // the first row of each term
 };
 
 // Places for row ids, in order of first appearance.
@@ -64,8 +86,8 @@ class RowPlaces {
 // Items with the places of their rows, in the order of the columns.
 class ItemCollector {
  public:
-  // Two columns of one node are one item.
-  void Add(NamedNode item, const std::vector<std::uint16_t>& ids) {
+  // Two columns of one node are one item: returns false for the second.
+  bool Add(NamedNode item, const std::vector<std::uint16_t>& ids) {
     const auto [found, is_new] = of_node_.emplace(item.node, rows_.size());
     if (is_new) {
       items_.push_back(std::move(item));
@@ -73,6 +95,7 @@ class ItemCollector {
     }
     std::vector<std::uint16_t>& rows = rows_[found->second];
     for (const std::uint16_t id : ids) rows.push_back(places_.PlaceOf(id));
+    return is_new;
   }
 
   void MoveTo(ColumnItems& result) {
@@ -85,6 +108,7 @@ class ItemCollector {
     for (std::size_t i = 0; i < order.size(); ++i) {
       result.nodes.push_back(items_[order[i]].node);
       result.names.push_back(std::move(items_[order[i]].name));
+      result.codes.push_back(std::move(items_[order[i]].code));
       for (const std::uint16_t row : rows_[order[i]]) result.rows.Set(i, row);
     }
   }
@@ -114,7 +138,7 @@ ColumnItems ReadColumnItems(const TransactionSource& source, std::string_view ta
     if (std::optional<NamedNode> item = finder.Find(columns[i])) {
       if (finder.IsRenumbered(*item)) result.renumbered.push_back(item->name);
       source.ItemRowIds(table, static_cast<int>(i) + 1, ids, name);
-      if (!ids.empty()) collector.Add(std::move(*item), ids);
+      if (!ids.empty() && !collector.Add(std::move(*item), ids)) result.joined_columns.push_back(columns[i]);
     } else {
       result.unknown_columns.push_back(columns[i]);
     }

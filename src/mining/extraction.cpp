@@ -99,11 +99,13 @@ ExtractionReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy
     rules.CreateRulesDatabase(temporary, kExtractedTable);
     rules.SetTargetTable(kExtractedTable);
     progress.SetStatus("Generating rules ....");
-    RuleGenerator generator(request.min_confidence, taxonomy, engine.row_count(),
-                            {hold.path(), engine.itemsets_written()});
+    RuleGenerator::Options options{hold.path(), engine.itemsets_written()};
+    options.most_rules = request.most_rules;
+    RuleGenerator generator(request.min_confidence, taxonomy, engine.row_count(), std::move(options));
     const RuleTally tally = generator.Tally(progress);
     report.rules_found = tally.total();
-    if (tally.total() > kMostRules && hooks.will_not_fit) hooks.will_not_fit(tally);
+    if (tally.total() > static_cast<std::uint64_t>(request.most_rules) && hooks.will_not_fit)
+      hooks.will_not_fit(tally);
     report.rules_stored = generator.Generate(rules, hooks.rule_line, progress);
     rules.Close();
     WriteRulesInfo(

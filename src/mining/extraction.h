@@ -37,6 +37,7 @@ struct ExtractionRequest {
   std::filesystem::path itemset_copy{};
   // Of closed itemsets: of the approximate rules only those to the next larger closed itemsets.
   bool covers_only = true;
+  long most_rules = kMostRules;  // what the table is to hold
 };
 
 // Where the rules go, asked for when there are itemsets to make rules from.
@@ -67,7 +68,8 @@ struct ClosedItemsetReport {
   // Rules of which one side has more items than the table has room for. They stand in the files only.
   std::uint64_t too_long_rules = 0;
   std::vector<std::string> unknown_columns;  // left out, having no node in the taxonomy
-  std::vector<std::string> renumbered;       // items whose numbers `Taxonomy` gives to other terms
+  std::vector<std::string> joined_columns;   // taken as one item with an earlier column of the same node
+  std::vector<std::string> renumbered;       // items whose numbers are not theirs in `Taxonomy`
 };
 
 struct ExtractionReport {
@@ -77,7 +79,7 @@ struct ExtractionReport {
   std::size_t items = 0;  // nodes found for terms and, when generalizing, their ancestors
   std::uint32_t itemsets = 0;
   std::uint64_t rules_found = 0;
-  long rules_stored = 0;  // the first kMostRules of those found
+  long rules_stored = 0;  // the first of those found, as many as the table is to hold
   SearchWork work;
   ClosedItemsetReport closed;  // of an extraction by closed itemsets
   double check_seconds = 0;    // of checking and restoring items

@@ -43,7 +43,9 @@ void CheckRequest(const TransactionSource& source, const ExtractionRequest& requ
 }
 
 bool IsSamePlace(const fs::path& a, const fs::path& b) {
-  return IsSameFile(a, b) || fs::absolute(a).lexically_normal() == fs::absolute(b).lexically_normal();
+  std::error_code gone;  // the current folder, in which case making a file says so
+  return IsSameFile(a, b) ||
+         fs::absolute(a, gone).lexically_normal() == fs::absolute(b, gone).lexically_normal();
 }
 
 void KeepCopy(const fs::path& itemsets, const fs::path& copy) {

@@ -27,15 +27,6 @@ namespace fs = std::filesystem;
 
 const char* const kCaption = "Extracting Rules";
 const char* const kShortCaption = "Extracting";
-constexpr std::size_t kMostListed = 30;
-
-// The first names of a list that may be long.
-QString Listed(const std::vector<std::string>& names) {
-  QStringList shown;
-  for (std::size_t i = 0; i < std::min(names.size(), kMostListed); ++i) shown.append(ToQt(names[i]));
-  const QString more = QString(" and %1 more").arg(names.size() - static_cast<std::size_t>(shown.size()));
-  return shown.join(", ") + (names.size() > kMostListed ? more : QString());
-}
 
 }  // namespace
 
@@ -279,11 +270,12 @@ void ExtractionWindow::WarnOfTooMany(const RuleTally& tally) {
 void ExtractionWindow::ShowEnd(const ExtractionReport& report) {
   if (report.end == ExtractionEnd::kOnlySingleItems) {
     ShowMessage(MessageIcon::kInformation, kCaption, "No extractable rules",
-                report.items == 0
+                report.rows == 0 ? "The table is empty."
+                : report.items == 0
                     ? "No row holds a term that the taxonomy knows. Do the table and the taxonomy belong "
                       "together?"
                     : "No two items are frequent together, so no database was made. Try a lower support.");
-  } else if (report.end == ExtractionEnd::kNoRules) {
+  } else if (report.end == ExtractionEnd::kNoRules && report.closed.too_long_rules == 0) {
     ShowMessage(MessageIcon::kInformation, kCaption, "No extracted rules",
                 "None reaches the minimum confidence. Try a lower one.");
   }
@@ -299,17 +291,18 @@ void ExtractionWindow::ReportRestored(const QStringList& entries) {
 
 // What became of the items of an extraction with ORNEX.
 void ExtractionWindow::ReportItems(const ClosedItemsetReport& report) {
-  if (!report.unknown_columns.empty()) {
-    ShowMessage(MessageIcon::kInformation, kCaption,
-                "Columns without a node in the taxonomy were left out: " + Listed(report.unknown_columns));
-  }
-  if (!report.renumbered.empty()) {
-    ShowMessage(
-        MessageIcon::kWarning, kCaption,
-        "The table TaxonomyOrnex gives these items numbers that belong to other terms in Taxonomy, so "
-        "filters will name them wrongly: " +
-            Listed(report.renumbered));
-  }
+  const auto tell = [this](MessageIcon icon, const char* what, const std::vector<std::string>& names) {
+    if (!names.empty()) ShowMessage(icon, kCaption, what + ToQt(": " + Listed(names)));
+  };
+  tell(MessageIcon::kInformation, "Columns without a node in the taxonomy were left out",
+       report.unknown_columns);
+  tell(MessageIcon::kInformation, "Columns of a node that an earlier column has too were joined with it",
+       report.joined_columns);
+  tell(MessageIcon::kWarning,
+       "The table TaxonomyOrnex gives these items numbers that are not theirs in Taxonomy, so filters will "
+       "name "
+       "them wrongly",
+       report.renumbered);
   if (report.too_long_rules > 0) {
     ShowMessage(MessageIcon::kInformation, kCaption,
                 QString("%1 rules have more items than a table has room for. They are in the file Rules.dat "

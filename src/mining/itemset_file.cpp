@@ -95,7 +95,13 @@ ItemsetFileHold::ItemsetFileHold(const std::filesystem::path& folder) : path_(fo
                     folder.string(), error.message()));
   }
   lock_.emplace(folder / "ItemSets.lock");
-  if (lock_->IsHeld()) return;
+  if (lock_->IsHeld()) {
+    // What a run that was killed has left behind.
+    for (const char* const name : {"ItemSets.dat", "FC_s.dat", "FPC_s.dat"}) {
+      std::filesystem::remove(folder / name, error);
+    }
+    return;
+  }
   path_.clear();  // another run's file is not ours to remove
   throw FileError("another extraction is going on; wait until it has ended, then try again");
 }

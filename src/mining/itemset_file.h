@@ -66,7 +66,8 @@ class ItemsetFileHold {
   // `$XDG_STATE_HOME/selvane`, by default `~/.local/state/selvane`. Throws FileError when there is neither.
   static std::filesystem::path DefaultFolder();
 
-  // Makes the folder and takes the lock. Throws FileError when another run holds it.
+  // Makes the folder, takes the lock and removes what a killed run has left there. Throws FileError when
+  // another run holds the lock.
   explicit ItemsetFileHold(const std::filesystem::path& folder);
   ItemsetFileHold(const ItemsetFileHold&) = delete;
   ItemsetFileHold& operator=(const ItemsetFileHold&) = delete;

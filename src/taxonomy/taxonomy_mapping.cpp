@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "data/database_error.h"
 #include "data/recordset.h"
 #include "taxonomy/taxonomy_store.h"
 
@@ -85,8 +86,25 @@ bool TaxonomyStore::HasOrnex() const {
   return database_.HasTable(TableName(1));
 }
 
-std::vector<std::string> TaxonomyStore::OrnexPositionsOfTerm(std::string_view term) const {
-  return Texts(fmt::format("SELECT {} FROM {} WHERE {}='", FieldName(1), TableName(1), FieldName(2)), term);
+void TaxonomyStore::ForEachOrnexNode(const VisitOrnexNode& visit) const {
+  std::string columns;
+  const std::vector<Field> fields = database_.Fields(TableName(1));
+  for (const int number : {0, 1, 2}) {
+    const auto is_there = [number](const Field& field) {
+      return LowerCase(field.name) == LowerCase(FieldName(number));
+    };
+    if (std::none_of(fields.begin(), fields.end(), is_there)) {
+      throw DatabaseError(database_.path(),
+                          fmt::format("the table {} has no column {}; complete it, or drop it to "
+                                      "use Taxonomy instead",
+                                      TableName(1), FieldName(number)));
+    }
+    columns += fmt::format("{}{}", number == 0 ? "" : ",", FieldName(number));
+  }
+  for (Recordset rows = database_.OpenRecordset(fmt::format("SELECT {} FROM {} ", columns, TableName(1)));
+       !rows.AtEnd(); rows.MoveNext()) {
+    visit(std::string(rows.Text(0)), std::string(rows.Text(1)), std::string(rows.Text(2)));
+  }
 }
 
 void TaxonomyStore::RenderOrnex(std::span<const std::string> codes, std::string& text,

@@ -93,9 +93,12 @@ class TaxonomyStore {
   // The nodes that RecordAncestors would visit for one term, in its order and as often.
   std::vector<NodeNumber> AncestorsOfTerm(std::string_view term) const;
 
-  // Whether the file has a table `TaxonomyOrnex`, which other programs make; and the positions of a term in it.
+  // Whether the file has a table `TaxonomyOrnex`, which other programs make; and a walk over its rows. The
+  // number is a text that may be anything.
   bool HasOrnex() const;
-  std::vector<std::string> OrnexPositionsOfTerm(std::string_view term) const;
+  using VisitOrnexNode =
+      std::function<void(const std::string& number, std::string code, std::string canonical)>;
+  void ForEachOrnexNode(const VisitOrnexNode& visit) const;
 
   // Appends the canonical texts of the nodes to `text`, each followed by " AND ". Unknown nodes are left out.
   void RenderWithAnd(std::span<const NodeNumber> nodes, std::string& text) const;

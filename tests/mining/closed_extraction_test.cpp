@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <map>
+#include <optional>
 #include <random>
 #include <set>
 
@@ -75,60 +76,85 @@ class ClosedExtractionTest : public FolderTest {
   RecordingProgress progress_;
 };
 
-// Derives rules from the bases, as the guide tells how to: closures by the exact rules, the way to larger
-// itemsets by the approximate ones.
+// Derives rules from the bases as the guide tells how to.
 class Derivation {
  public:
   Derivation(float rows, float confidence) : rows_(rows), confidence_(confidence) {
-    const std::vector<ItemsetRecord> exact = Records("ExactRules.dat");
-    for (std::size_t i = 0; i < exact.size(); i += 2) {
-      exact_.emplace_back(SetOf(exact[i]), SetOf(exact[i + 1]));
-      EXPECT_EQ(exact[i].support, exact[i + 1].support);
-    }
-    const std::vector<ItemsetRecord> approximate = Records("ApproxRules.dat");
-    for (std::size_t i = 0; i < approximate.size(); i += 2) {
-      larger_[ClosureOf(SetOf(approximate[i]))].insert(SetOf(approximate[i + 1]));
-    }
-    for (const ItemsetRecord& closed : Records("FCI.dat")) support_[SetOf(closed)] = closed.support;
+    exact_ = RulesIn("ExactRules.dat");
+    for (const BaseRule& rule : RulesIn("ApproxRules.dat")) from_[ClosureOf(rule.left)].push_back(rule);
+    for (const ItemsetRecord& closed : Records("FCI.dat"))
+      closed_.emplace_back(SetOf(closed), closed.support);
   }
 
   // The rule as a line of the table, empty when it is none.
   std::string Rule(const Texts& sides, const Set& antecedent, const Set& consequent) const {
-    const Set closure = ClosureOf(antecedent);
     Set both = antecedent;
     both.insert(consequent.begin(), consequent.end());
-    both = ClosureOf(both);
-    if (!support_.contains(closure) || !Leads(closure, both)) return {};
-    const auto a = static_cast<float>(support_.at(closure));
-    const auto all = static_cast<float>(support_.at(both));
-    if (all / a < confidence_) return {};
+    const Set start = ClosureOf(antecedent);
+    std::optional<BaseRule> way;
+    if (Contains(start, both)) {
+      way = *std::ranges::find(exact_, start, &BaseRule::both);
+    } else {
+      way = Way(start, ClosureOf(both));
+    }
+    if (!way) return {};
+    const auto all = static_cast<float>(way->both_rows);
+    const auto left = static_cast<float>(way->left_rows);
+    if (all / left < confidence_) return {};
     const auto figure = [](float value) { return std::stod(fmt::format("{:.6f}", value)); };
-    const float h = static_cast<float>(support_.at(ClosureOf(consequent)));
-    return fmt::format("{}|{}|{}|{}|{}|{}|{}|{}", sides[0], sides[1], figure(all / rows_), figure(all / a),
-                       figure(a / rows_), figure(h / rows_), antecedent.size(), consequent.size());
+    return fmt::format("{}|{}|{}|{}|{}|{}|{}|{}", sides[0], sides[1], figure(all / rows_), figure(all / left),
+                       figure(left / rows_), figure(RowsOf(consequent) / rows_), antecedent.size(),
+                       consequent.size());
   }
 
  private:
-  Set ClosureOf(Set items) const {
-    const Set start = items;
-    for (const auto& [generator, closure] : exact_) {
-      if (Contains(start, generator)) items.insert(closure.begin(), closure.end());
+  struct BaseRule {
+    Set left;
+    Set both;
+    std::uint32_t left_rows;
+    std::uint32_t both_rows;
+  };
+  static std::vector<BaseRule> RulesIn(const std::string& path) {
+    std::vector<BaseRule> rules;
+    const std::vector<ItemsetRecord> records = Records(path);
+    for (std::size_t i = 0; i < records.size(); i += 2) {
+      rules.push_back({SetOf(records[i]), SetOf(records[i + 1]), records[i].support, records[i + 1].support});
+      EXPECT_EQ(path == "ExactRules.dat", records[i].support == records[i + 1].support);
     }
-    return items;
+    return rules;
   }
-  bool Leads(const Set& from, const Set& to) const {
-    if (from == to) return true;
-    const auto next = larger_.find(from);
-    return next != larger_.end() && std::ranges::any_of(next->second, [&](const Set& step) {
-             return Contains(to, step) && Leads(step, to);
-           });
+  Set ClosureOf(const Set& items) const {
+    const auto rule = std::ranges::find_if(exact_, [&items](const BaseRule& exact) {
+      return Contains(items, exact.left) && Contains(exact.both, items);
+    });
+    return rule == exact_.end() ? items : rule->both;
+  }
+  // The steps from one closure to a larger one, as one rule: confidences multiply.
+  std::optional<BaseRule> Way(const Set& from, const Set& to) const {
+    const auto steps = from_.find(from);
+    if (steps == from_.end()) return std::nullopt;
+    for (const BaseRule& step : steps->second) {
+      if (step.both == to) return step;
+      if (!Contains(to, step.both)) continue;
+      if (auto rest = Way(step.both, to)) return BaseRule{step.left, to, step.left_rows, rest->both_rows};
+    }
+    return std::nullopt;
+  }
+  // The probability of the right side alone is in no rule: it is that of the smallest closed itemset around
+  // it.
+  float RowsOf(const Set& items) const {
+    std::uint32_t rows = 0;
+    for (const auto& [closed, support] : closed_) {
+      if (Contains(closed, items)) rows = std::max(rows, support);
+    }
+    return static_cast<float>(rows);
   }
 
   float rows_;
   float confidence_;
-  std::vector<std::pair<Set, Set>> exact_;
-  std::map<Set, std::set<Set>> larger_;
-  std::map<Set, std::uint32_t> support_;
+  std::vector<BaseRule> exact_;
+  std::map<Set, std::vector<BaseRule>> from_;
+  std::vector<std::pair<Set, std::uint32_t>> closed_;
 };
 
 TEST_F(ClosedExtractionTest, AllRulesOfTheOtherExtractionFollowFromTheBases) {
@@ -211,17 +237,24 @@ TEST_F(ClosedExtractionTest, TellsOfTheRunAsTheOtherExtractionDoes) {
 }
 
 TEST_F(ClosedExtractionTest, NamesItemsByTheOtherTaxonomyWhereThereIsOne) {
-  MakeTaxonomy({"Asthma", "Cough"});
+  MakeTaxonomy({"Asthma", "Cough", "Other"});
+  // Fever is not the first at its position, nor is the first row of Asthma the one with its number in
+  // Taxonomy.
   MakeForeignDatabase("tax.mdb", R"(CREATE TABLE TaxonomyOrnex(Canonical, "Index", FatherId, More);
-      INSERT INTO TaxonomyOrnex VALUES ('Fever', '7', 'X.2', ''), ('Asthma', '2', 'X.1', ''),
-          ('Asthma', '1', 'X.0', ''), ('Other', '3', 'X.2', '');)");
-  MakeTerms(R"(CREATE TABLE T("Index", Fever SMALLINT, Asthma SMALLINT, Cough SMALLINT);
-      INSERT INTO T VALUES (1,1,1,1),(2,1,1,1),(3,0,1,1);)");
+      INSERT INTO TaxonomyOrnex VALUES ('Other', '3', 'X.2', ''), ('Fever', '7', 'X.2', ''),
+          ('Asthma', '2', 'X.1', ''), ('Asthma', '1', 'X.0', ''), ('Zoster', '7', 'X.3', ''),
+          ('Odd', 'one', NULL, '');)");
+  MakeTerms(R"(CREATE TABLE T("Index", Fever SMALLINT, Asthma SMALLINT, Cough SMALLINT, Zoster NUMERIC);
+      INSERT INTO T VALUES (1,1,1,1,0),(2,1,1,1,0),(3,0,1,1,0),(4,0,1,1,1);)");
   const ExtractionReport report = Extract();
   EXPECT_EQ(lines_, (Texts{"Asthma   => Fever  ", "Fever   => Asthma  "}));
-  EXPECT_EQ(Rows("Run.mdb", "SELECT ANTECEDENT FROM Extracted"), (Texts{"2-", "7-"}));
+  EXPECT_EQ(Rows("Run.mdb", "SELECT ANTECEDENT,SUPPORT FROM Extracted"), (Texts{"2-|0.75", "7-|0.75"}));
   EXPECT_EQ(report.closed.unknown_columns, Texts{"Cough"});
-  EXPECT_EQ(report.closed.renumbered, Texts{"Fever"});
+  EXPECT_EQ(report.closed.joined_columns, Texts{"Zoster"});
+  EXPECT_EQ(report.closed.renumbered, (Texts{"Fever", "Zoster"}));
+  MakeTerms(R"(CREATE TABLE T("Index", Odd SMALLINT); INSERT INTO T VALUES (1,1);)");
+  EXPECT_NE(MessageOf<DatabaseError>([this] { Extract(); }).find("gives \"Odd\" the Index \"one\""),
+            std::string::npos);
 }
 
 TEST_F(ClosedExtractionTest, OddTables) {
@@ -261,6 +294,7 @@ TEST_F(ClosedExtractionTest, OddTables) {
     request_.min_support = one.min_support;
     EXPECT_EQ(Extract().end, one.end) << one.table;
     EXPECT_EQ(std::filesystem::exists("Run.mdb"), one.end != ExtractionEnd::kOnlySingleItems) << one.table;
+    EXPECT_EQ(Records("Rules.dat").empty(), one.rules.empty()) << one.table;  // never that of the run before
     if (one.end == ExtractionEnd::kRules) {
       EXPECT_EQ(Rows("Run.mdb", "SELECT ANTECEDENT,CONSEQUENT,SUPPORT,CONFIDENCE FROM Extracted"), one.rules);
     }
@@ -281,34 +315,77 @@ TEST_F(ClosedExtractionTest, OddTables) {
   MakeTerms("CREATE TABLE T(\"Index\"" + columns + ");INSERT INTO T VALUES (1" + ones + ");");
   const ExtractionReport report = Extract();
   EXPECT_EQ(report.closed.too_long_rules, 90U);
-  EXPECT_EQ(report.rules_stored, 0);
+  EXPECT_EQ(report.end, ExtractionEnd::kNoRules);
   EXPECT_EQ(Records("Rules.dat").size(), 180U);
 }
 
-TEST_F(ClosedExtractionTest, InterruptionsAndWrongNamesLeaveNothingHalfMade) {
-  MakeTaxonomy({"Asthma", "Steroid", "Smoking"});
-  MakeTerms(R"(CREATE TABLE T("Index", Smoking SMALLINT, Asthma SMALLINT, Steroid SMALLINT);
-      INSERT INTO T VALUES (1,0,1,1),(2,0,1,1),(3,1,1,0),(4,1,1,1);)");
+// Ten terms at random in 60 rows.
+class LargeExtractionTest : public ClosedExtractionTest {
+ protected:
+  LargeExtractionTest() {
+    Texts terms;
+    std::string sql = "CREATE TABLE T(\"Index\"";
+    for (int i = 1; i <= 10; ++i) {
+      terms.push_back(fmt::format("N{}", i));
+      sql += fmt::format(", N{} SMALLINT", i);
+    }
+    sql += ");";
+    MakeTaxonomy(terms);
+    std::mt19937 random(9);
+    for (int row = 1; row <= 60; ++row) {
+      sql += fmt::format("INSERT INTO T VALUES ({}", row);
+      for (int i = 1; i <= 10; ++i) sql += random() % 4 != 0 ? ",1" : ",0";
+      sql += ");";
+    }
+    MakeTerms(sql);
+  }
+};
+
+TEST_F(LargeExtractionTest, StoresTheShortestRulesWhenNotAllFit) {
+  request_.min_confidence = 0.01F;
+  request_.covers_only = false;
+  request_.min_support = 0.3F;
+  request_.most_rules = 1000;
+  std::uint64_t told = 0;
+  hooks_.will_not_fit = [&told](const RuleTally& tally) { told = tally.total(); };
+  const ExtractionReport report = Extract();
+  EXPECT_EQ(report.rules_stored, 1000);
+  EXPECT_EQ(report.rules_found, told);
+  EXPECT_EQ(Records("Rules.dat").size(), 2 * told);
+  EXPECT_GT(told, 2000U);
+  const Texts sizes = Rows("Run.mdb", "SELECT ASPEC+CSPEC FROM Extracted");
+  EXPECT_TRUE(std::ranges::is_sorted(sizes, {}, [](const std::string& text) { return std::stoi(text); }));
+}
+
+TEST_F(LargeExtractionTest, InterruptionsAndWrongNamesLeaveNothingHalfMade) {
   const Texts before = {"state", "tax.mdb", "terms.mdb"};
-  for (int pulse = 0;; ++pulse) {
-    ASSERT_LT(pulse, 100);
+  request_.min_support = 0.02F;
+  request_.min_confidence = 0.01F;
+  std::set<std::string> stages;
+  for (int pulse = 0;; pulse += 1 + pulse / 10) {
     RecordingProgress stopping;
     stopping.interrupt_at = pulse;
     try {
       Extract(stopping, true);
       break;
     } catch (const Interrupted&) {
+      stages.insert(stopping.statuses.back());
       EXPECT_EQ(FileNames("."), before) << pulse;
       EXPECT_EQ(FileNames("state"), Texts{"ItemSets.lock"});
     }
   }
+  EXPECT_EQ(stages, (std::set<std::string>{"Checking items presence ...", "Searching for closed itemsets...",
+                                           "Generating rules ...."}));
   EXPECT_EQ(FileNames("."), kMade);
   output_.path = "Rules.dat";
   EXPECT_NE(MessageOf<InputError>([this] { Extract(); }).find("would replace"), std::string::npos);
-  std::filesystem::copy_file("terms.mdb", "FCI.dat", std::filesystem::copy_options::overwrite_existing);
-  std::filesystem::remove("terms.mdb");
+  std::filesystem::rename("terms.mdb", "FCI.dat");
   std::filesystem::create_symlink("FCI.dat", "terms.mdb");
   EXPECT_NE(MessageOf<InputError>([this] { Extract(); }).find("would replace this file"), std::string::npos);
+  std::filesystem::rename("FCI.dat", "terms.mdb");
+  std::filesystem::remove("Generator.dat");
+  std::filesystem::create_directory("Generator.dat");
+  EXPECT_NE(MessageOf<FileError>([this] { Extract(); }).find("cannot take Generator.dat"), std::string::npos);
 }
 
 }  // namespace selvane::tests
