@@ -2,10 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <array>
 
 #include "base/error.h"
-#include "data/new_database.h"
 #include "mining/closed_itemset_search.h"
 #include "mining/closed_results.h"
 #include "mining/extraction_steps.h"
@@ -95,35 +93,19 @@ ExtractionReport ExtractClosedRules(const TransactionSource& source, const Taxon
     return report;
   }
 
-  const RulesOutput output = hooks.choose_output();
   others.insert(others.end(), ClosedResultFiles::kNames.begin(), ClosedResultFiles::kNames.end());
-  CheckRulesOutput(output, others);
-  report.output = output.path;
-  const StageTimer rules_timer;
-  MakeDatabase(output.path, output.existing, [&](const fs::path& temporary) {
-    RulesStore rules;
-    rules.CreateRulesDatabase(temporary, kExtractedTable);
-    rules.SetTargetTable(kExtractedTable);
-    progress.SetStatus("Generating rules ....");
-    if (found.tally().total() > static_cast<std::uint64_t>(request.most_rules) && hooks.will_not_fit)
-      hooks.will_not_fit(found.tally());
+  const RunInformation information{items.in_column_order, {}, InformationTexts(request, items.row_count, {})};
+  StoreRules(hooks, others, information, report, progress, [&](RulesStore& rules) {
+    TellWhetherFits(found.tally(), request, hooks);
     ClosedRuleStorer storer(items, taxonomy, rules, hooks.rule_line, request.most_rules);
-    WriteFiles(
-        found, files,
-        [&storer](const EncodedRecord& generator, const EncodedRecord& larger) {
-          storer.Store(generator, larger);
-        },
-        progress);
+    const auto store = [&storer](const EncodedRecord& generator, const EncodedRecord& larger) {
+      storer.Store(generator, larger);
+    };
+    WriteFiles(found, files, store, progress);
     storer.Finish();
     report.rules_stored = storer.stored();
-    rules.Close();
     KeepCopy(ClosedResultFiles::kNames.front(), request.itemset_copy);
-    WriteRulesInfo(items.in_column_order, {}, InformationTexts(request, items.row_count, {}),
-                   RulesInfoBasePath(output.path));
   });
-  report.rules_seconds = rules_timer.Seconds();
-  report.end = report.rules_stored > 0 ? ExtractionEnd::kRules : ExtractionEnd::kNoRules;
-  progress.SetStatus("Completed!!");
   return report;
 }
 

@@ -1,15 +1,8 @@
 #include "mining/extraction.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
-#include <chrono>
 
 #include "base/error.h"
-#include "base/text.h"
-#include "data/database_error.h"
-#include "data/new_database.h"
-#include "data/sql_dialect.h"
 #include "mining/extraction_steps.h"
 #include "mining/generalized_apriori.h"
 #include "rules/rules_info.h"
@@ -90,33 +83,20 @@ ExtractionReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy
     return report;
   }
 
-  const RulesOutput output = hooks.choose_output();
-  CheckRulesOutput(output, {source.file_name(), taxonomy.database().path(), request.itemset_copy});
-  report.output = output.path;
-  const StageTimer rules_timer;
-  MakeDatabase(output.path, output.existing, [&](const fs::path& temporary) {
-    RulesStore rules;
-    rules.CreateRulesDatabase(temporary, kExtractedTable);
-    rules.SetTargetTable(kExtractedTable);
-    progress.SetStatus("Generating rules ....");
+  const RunInformation information{
+      engine.direct_items(), engine.generalized_items(),
+      InformationTexts(request, engine.row_count(),
+                       request.generalize ? taxonomy.TaxonomiesInUse() : std::vector<std::string>())};
+  const std::vector<fs::path> others = {source.file_name(), taxonomy.path(), request.itemset_copy};
+  StoreRules(hooks, others, information, report, progress, [&](RulesStore& rules) {
     RuleGenerator::Options options{hold.path(), engine.itemsets_written()};
     options.most_rules = request.most_rules;
     RuleGenerator generator(request.min_confidence, taxonomy, engine.row_count(), std::move(options));
     const RuleTally tally = generator.Tally(progress);
     report.rules_found = tally.total();
-    if (tally.total() > static_cast<std::uint64_t>(request.most_rules) && hooks.will_not_fit)
-      hooks.will_not_fit(tally);
+    TellWhetherFits(tally, request, hooks);
     report.rules_stored = generator.Generate(rules, hooks.rule_line, progress);
-    rules.Close();
-    WriteRulesInfo(
-        engine.direct_items(), engine.generalized_items(),
-        InformationTexts(request, engine.row_count(),
-                         request.generalize ? taxonomy.TaxonomiesInUse() : std::vector<std::string>()),
-        RulesInfoBasePath(output.path));
   });
-  report.rules_seconds = rules_timer.Seconds();
-  report.end = report.rules_stored > 0 ? ExtractionEnd::kRules : ExtractionEnd::kNoRules;
-  progress.SetStatus("Completed!!");
   hold.Remove();
   return report;
 }

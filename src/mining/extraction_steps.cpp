@@ -8,6 +8,7 @@
 #include "base/error.h"
 #include "base/text.h"
 #include "data/database_error.h"
+#include "data/new_database.h"
 #include "data/sql_dialect.h"
 #include "rules/rules_info.h"
 
@@ -56,6 +57,34 @@ void KeepCopy(const fs::path& itemsets, const fs::path& copy) {
   if (error)
     throw FileError(fmt::format("{}: cannot keep the itemset file: {}", copy.string(), error.message()));
   file.Commit();
+}
+
+void TellWhetherFits(const RuleTally& tally, const ExtractionRequest& request, const ExtractionHooks& hooks) {
+  if (tally.total() <= static_cast<std::uint64_t>(request.most_rules) || !hooks.will_not_fit) return;
+  hooks.will_not_fit(tally);
+}
+
+void StoreRules(const ExtractionHooks& hooks, const std::vector<fs::path>& others,
+                const RunInformation& information, ExtractionReport& report, Progress& progress,
+                const std::function<void(RulesStore& rules)>& fill) {
+  constexpr const char* kTable = "Extracted";
+  const RulesOutput output = hooks.choose_output();
+  CheckRulesOutput(output, others);
+  report.output = output.path;
+  const StageTimer timer;
+  MakeDatabase(output.path, output.existing, [&](const fs::path& temporary) {
+    RulesStore rules;
+    rules.CreateRulesDatabase(temporary, kTable);
+    rules.SetTargetTable(kTable);
+    progress.SetStatus("Generating rules ....");
+    fill(rules);
+    rules.Close();
+    WriteRulesInfo(information.direct_items, information.generalized_items, information.texts,
+                   RulesInfoBasePath(output.path));
+  });
+  report.rules_seconds = timer.Seconds();
+  report.end = report.rules_stored > 0 ? ExtractionEnd::kRules : ExtractionEnd::kNoRules;
+  progress.SetStatus("Completed!!");
 }
 
 std::vector<std::string> InformationTexts(const ExtractionRequest& request, std::uint32_t rows,

@@ -4,16 +4,16 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "data/transaction_source.h"
 #include "mining/extraction.h"
+#include "rules/rules_store.h"
 
 namespace selvane {
-
-// The rules table that an extraction makes.
-inline constexpr const char* kExtractedTable = "Extracted";
 
 class StageTimer {
  public:
@@ -35,7 +35,24 @@ bool IsSamePlace(const std::filesystem::path& a, const std::filesystem::path& b)
 // Copies the itemset file, unless `copy` is empty. Throws FileError.
 void KeepCopy(const std::filesystem::path& itemsets, const std::filesystem::path& copy);
 
-// What the information file tells of the run.
+// Tells of it when the rules will not fit the table.
+void TellWhetherFits(const RuleTally& tally, const ExtractionRequest& request, const ExtractionHooks& hooks);
+
+// What goes into the information file.
+struct RunInformation {
+  std::span<const NodeNumber> direct_items;
+  std::span<const NodeNumber> generalized_items;
+  std::vector<std::string> texts;
+};
+
+// Asks for the output, checks it against the other files of the run, and makes the rules database, whose
+// table `fill` fills, with its information file. Puts into the report where the rules went, how the run ended
+// and how long this took. Throws as CheckRulesOutput, MakeDatabase, WriteRulesInfo and `fill` do.
+void StoreRules(const ExtractionHooks& hooks, const std::vector<std::filesystem::path>& others,
+                const RunInformation& information, ExtractionReport& report, Progress& progress,
+                const std::function<void(RulesStore& rules)>& fill);
+
+// The texts of the information file.
 std::vector<std::string> InformationTexts(const ExtractionRequest& request, std::uint32_t rows,
                                           std::vector<std::string> taxonomies);
 

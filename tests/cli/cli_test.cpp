@@ -69,6 +69,31 @@ TEST_F(CliTest, RunsTheWholeWayOnTheSamples) {
   EXPECT_TRUE(rules[1]["confidence"] == 0.75 && rules[1]["lift"] == 1.406251) << rules[1];
 }
 
+TEST_F(CliTest, ExtractsBasesThatCanBeFilteredAndExchanged) {
+  MakeSampleRules();
+  EXPECT_EQ(Run("taxonomy prune tax.mdb F.01.145.805"), 0);
+  const std::string extract = "rules extract terms.mdb --taxonomy tax.mdb --output ";
+  EXPECT_EQ(Run(extract + "bases.mdb --closed --itemsets copy.dat"), 0);
+  EXPECT_TRUE(
+      err_.starts_with("selvane-cli: columns without a node in the taxonomy were left out: Smoking\n"
+                       "30 rows, 9 items, 32 closed itemsets, 32 generators, 30 rules (0 exact and 30 "
+                       "approximate found); checking "))
+      << err_;
+  EXPECT_EQ(ReadFile("copy.dat"), ReadFile("FCI.dat"));
+  EXPECT_EQ(Run("rules filter template bases.mdb --taxonomy tax.mdb --inclusive Atenolol=>[Any]"), 0);
+  EXPECT_NE(out_.find("Atenolol => "), std::string::npos);
+  EXPECT_EQ(Run("pmml export bases.mdb --taxonomy tax.mdb --output m.xml --pmml-version 4.4"), 0);
+  EXPECT_EQ(Run("pmml import m.xml --taxonomy tax.mdb --output back.mdb --rules"), 0);
+  EXPECT_EQ(Rows("back.mdb", "SELECT * FROM Extracted"), Rows("bases.mdb", "SELECT * FROM Extracted"));
+  EXPECT_EQ(Run(extract + "all.mdb --closed --unreduced --min-confidence 0.1"), 0);
+  const auto all = Rows("all.mdb", "SELECT * FROM Extracted").size();
+  EXPECT_EQ(Run(extract + "next.mdb --closed --min-confidence 0.1"), 0);
+  EXPECT_LT(Rows("next.mdb", "SELECT * FROM Extracted").size(), all);
+  EXPECT_EQ(Run(extract + "FCI.dat --overwrite --closed"), 1);
+  EXPECT_NE(err_.find("would replace a file that the run needs"), std::string::npos) << err_;
+  EXPECT_EQ(Run(extract + "x.mdb --unreduced"), 2);
+}
+
 TEST_F(CliTest, ListsPrunesAndRestoresTaxonomies) {
   ASSERT_EQ(Run("taxonomy load " + kSamples + "/taxonomy.xml tax.mdb"), 0);
   EXPECT_EQ(Run("taxonomy list tax.mdb --under C08.127 --depth 2"), 0);
