@@ -10,7 +10,7 @@ namespace selvane {
 
 namespace {
 
-const char* const kTitle = "Kovril";
+constexpr const char* kTitle = "Kovril";
 
 QString ReasonOf(const DatabaseError& error) {
   const QString reason = ToQt(error.reason());

@@ -33,10 +33,10 @@ constexpr int kSmallestPicture = 48;
 constexpr int kGreatestPicture = 192;
 constexpr int kPictureMargin = 12;
 constexpr int kButtonColumns = 4;
-const char* const kAboutText = "Infor&mazioni su Selvane...";
-const char* const kSizeKey = "windows/main";
-const char* const kDatabase = "&Database";
-const char* const kRules = "&AssociationRules";
+constexpr const char* kAboutText = "Infor&mazioni su Selvane...";
+constexpr const char* kSizeKey = "windows/main";
+constexpr const char* kDatabase = "&Database";
+constexpr const char* kRules = "&AssociationRules";
 
 QIcon Picture(const char* name) {
   return QIcon(QString(":/pictures/%1.svg").arg(name));

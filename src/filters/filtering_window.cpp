@@ -27,7 +27,7 @@ namespace selvane {
 
 namespace {
 
-const char* const kCaption = "Filtering Rules";
+constexpr const char* kCaption = "Filtering Rules";
 
 }  // namespace
 

@@ -115,6 +115,7 @@ std::vector<SpecificityStep> WalkSpecificity(SpecificityFilter& filter, const Ru
   std::vector<RuleNumber> found = filter.MostGeneral(ground, side, progress);
   OrderRules(rules, order, found);
   std::vector<SpecificityStep> steps;
+  steps.reserve(found.size());
   for (const RuleNumber number : found) steps.push_back({number, 0});
   for (int level = 0; level < depth; ++level) {
     std::vector<SpecificityStep> longer;

@@ -18,7 +18,7 @@ namespace selvane {
 
 namespace {
 
-const char* const kCaption = "Using Specificity";
+constexpr const char* kCaption = "Using Specificity";
 
 }  // namespace
 

@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-
 #include "base/error.h"
 #include "mining/closed_itemset_search.h"
 #include "mining/closed_results.h"

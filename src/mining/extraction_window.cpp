@@ -25,8 +25,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const char* const kCaption = "Extracting Rules";
-const char* const kShortCaption = "Extracting";
+constexpr const char* kCaption = "Extracting Rules";
+constexpr const char* kShortCaption = "Extracting";
 
 }  // namespace
 
@@ -239,9 +239,9 @@ ExtractionReport ExtractionWindow::ExtractWith(Extractor extractor, QStringList&
 }
 
 fs::path ExtractionWindow::ChooseOutput(Extractor extractor) {
-  const fs::path path = context().dialogs.SaveFile(this, FileKind::kRulesDatabase,
-                                                   "Saving extracted rules :", OverwriteQuestion::kAsked,
-                                                   extractor == Extractor::kOrnex ? "RulesORNEX" : "");
+  fs::path path = context().dialogs.SaveFile(this, FileKind::kRulesDatabase,
+                                             "Saving extracted rules :", OverwriteQuestion::kAsked,
+                                             extractor == Extractor::kOrnex ? "RulesORNEX" : "");
   if (!path.empty() && path.extension() != ".mdb") {
     ShowMessage(MessageIcon::kWarning, kCaption,
                 QString("%1 is not named *.mdb, so the filtering will not take it. Rename it, with the file "

@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const char* const kCaption = "Importing/Exporting rules";
+constexpr const char* kCaption = "Importing/Exporting rules";
 
 }  // namespace
 

@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const char* const kCaption = "Creating Mesh-Terms DB";
+constexpr const char* kCaption = "Creating Mesh-Terms DB";
 
 QString Described(const TermTableReport& report, const fs::path& database) {
   QStringList columns;
