@@ -65,9 +65,9 @@ QStringList QtDialogs::Ask(QFileDialog& dialog, FileKind kind) {
   // Not for opening: the file may well have a name without a suffix.
   if (dialog.acceptMode() == QFileDialog::AcceptSave) dialog.setDefaultSuffix(traits.suffix);
   if (dialog.exec() != QDialog::Accepted) return {};
-  const QStringList chosen = dialog.selectedFiles();
+  QStringList chosen = dialog.selectedFiles();
   // The folder of the file, which may have been typed with another one than the dialog shows.
-  if (!chosen.isEmpty()) settings_.setValue(key, QFileInfo(chosen.front()).absolutePath());
+  if (!chosen.isEmpty()) settings_.setValue(key, QFileInfo(chosen.constFirst()).absolutePath());
   kinds_used_.insert(traits.name);
   return chosen;
 }
