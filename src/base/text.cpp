@@ -157,7 +157,7 @@ std::string ToLatin1(std::string_view utf8) {
 std::string Listed(std::span<const std::string> names) {
   constexpr std::size_t kMostListed = 30;
   const std::string shown =
-      fmt::format("{}", fmt::join(names.first(std::min(names.size(), kMostListed)), ", "));
+      fmt::format("{}", fmt::join(names.first(std::min(names.size(), kMostListed)), "; "));
   return names.size() <= kMostListed ? shown
                                      : fmt::format("{} and {} more", shown, names.size() - kMostListed);
 }

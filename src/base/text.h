@@ -49,7 +49,7 @@ std::string ToCodePage1252(std::string_view utf8);
 std::string ToLatin1(std::string_view utf8);
 std::string FromCodePage1252(std::string_view bytes);
 
-// Names joined by ", ", the first ones of a list that may be long.
+// Names joined by "; ", since terms hold commas; the first ones of a list that may be long.
 std::string Listed(std::span<const std::string> names);
 
 // The text of a 32-bit float with at most 7 significant digits, as "0.05" or "1", with this decimal sign.

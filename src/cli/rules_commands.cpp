@@ -109,15 +109,15 @@ void ReportClosedEnd(const ExtractionReport& report, const CliContext& context) 
   tell("columns without a node in the taxonomy were left out", closed.unknown_columns);
   tell("columns of a node that an earlier column has too were joined with it", closed.joined_columns);
   tell(
-      "TaxonomyOrnex gives these items numbers that are not theirs in Taxonomy, so rules show and the "
-      "filters "
-      "will name them wrongly",
+      "Taxonomy does not have these items of TaxonomyOrnex under the same numbers, as they were pruned or "
+      "the "
+      "tables differ; rules show and the filters will not name them rightly",
       closed.renumbered);
   ReportEmpty(report, context);
   if (closed.too_long_rules > 0) {
     fmt::print(
         context.err,
-        "selvane-cli: {} rules have more items than a table has room for; they are in Rules.dat only\n",
+        "selvane-cli: rules with more items than a table has room for: {}; they are in Rules.dat only\n",
         closed.too_long_rules);
   }
   fmt::print(context.err,
@@ -179,7 +179,9 @@ void AddExtract(CLI::App& group, const CliContext& context) {
       ->add_flag("--unreduced", options->unreduced,
                  "With --closed: approximate rules to all larger closed itemsets, not only to the next ones")
       ->needs(closed);
-  command->add_option("--itemsets", options->request.itemset_copy, "Keep a copy of the itemset file")
+  command
+      ->add_option("--itemsets", options->request.itemset_copy,
+                   "Keep a copy of the itemset file, or with --closed of the file of closed itemsets")
       ->type_name("FILE");
   command->footer(
       "Example:\n  selvane-cli rules extract terms.mdb --taxonomy tax.mdb --output rules.mdb --min-support "

@@ -15,14 +15,18 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void CheckInputs(const std::vector<fs::path>& inputs) {
+// None of the files that the run makes may be one that it reads, or the copy.
+void CheckNames(const fs::path& terms, const fs::path& taxonomy, const fs::path& copy) {
   for (const char* const made : ClosedResultFiles::kNames) {
-    for (const fs::path& input : inputs) {
-      if (input.empty() || !IsSamePlace(made, input)) continue;
+    for (const fs::path& input : {terms, taxonomy}) {
+      if (!IsSamePlace(made, input)) continue;
       throw InputError(
           fmt::format("{}: the run would replace this file; start it in another folder, or rename the file",
                       input.string()));
     }
+    if (copy.empty() || !IsSamePlace(made, copy)) continue;
+    throw InputError(fmt::format(
+        "{}: the run makes a file of this name anyway; choose another name for the copy", copy.string()));
   }
 }
 
@@ -56,16 +60,16 @@ void Search(const ColumnItems& items, const ExtractionRequest& request, FoundIte
   progress.SetPosition(100);
 }
 
-// Writes and commits the files; `store` receives each rule, unless it is empty.
-void WriteFiles(FoundItemsets& found, ClosedResultFiles& files, const FoundItemsets::VisitPair& store,
-                Progress& progress) {
+// Writes the files and keeps the copy; `store` receives each rule, unless it is empty.
+void WriteFiles(FoundItemsets& found, ClosedResultFiles& files, const fs::path& copy,
+                const FoundItemsets::VisitPair& store, Progress& progress) {
   found.ForEachBlockOfClosed([&files](std::string_view records) { files.AddClosedItemsets(records); });
   found.ForEachPair(progress, [&](const EncodedRecord& generator, const EncodedRecord& larger) {
     files.AddPair(generator, larger);
     if (store && generator.size() < larger.size()) store(generator, larger);
   });
   files.Close();
-  files.Commit();
+  KeepCopy(files.closed_itemsets(), copy);
 }
 
 }  // namespace
@@ -75,7 +79,7 @@ ExtractionReport ExtractClosedRules(const TransactionSource& source, const Taxon
                                     const ExtractionHooks& hooks, Progress& progress) {
   CheckRequest(source, request);
   std::vector<fs::path> others = {source.file_name(), taxonomy.path(), request.itemset_copy};
-  CheckInputs(others);
+  CheckNames(source.file_name(), taxonomy.path(), request.itemset_copy);
   ClosedResultFiles files;  // made first, so that a folder that takes no files is told of at once
   ExtractionReport report;
   const StageTimer check_timer;
@@ -87,8 +91,8 @@ ExtractionReport ExtractClosedRules(const TransactionSource& source, const Taxon
   Search(items, request, found, report, progress);
   report.search_seconds = search_timer.Seconds();
   if (found.largest_size() < 2) {
-    WriteFiles(found, files, {}, progress);
-    KeepCopy(ClosedResultFiles::kNames.front(), request.itemset_copy);
+    WriteFiles(found, files, request.itemset_copy, {}, progress);
+    files.Commit();
     return report;
   }
 
@@ -100,11 +104,11 @@ ExtractionReport ExtractClosedRules(const TransactionSource& source, const Taxon
     const auto store = [&storer](const EncodedRecord& generator, const EncodedRecord& larger) {
       storer.Store(generator, larger);
     };
-    WriteFiles(found, files, store, progress);
+    WriteFiles(found, files, request.itemset_copy, store, progress);
     storer.Finish();
     report.rules_stored = storer.stored();
-    KeepCopy(ClosedResultFiles::kNames.front(), request.itemset_copy);
   });
+  files.Commit();
   return report;
 }
 

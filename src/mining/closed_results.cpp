@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "base/error.h"
+#include "data/database_error.h"
 
 namespace selvane {
 
@@ -82,7 +83,8 @@ ClosedResultFiles::ClosedResultFiles() {
   for (std::size_t i = 0; i < kNames.size(); ++i) {
     std::string reason = "a folder has this name";
     try {
-      if (!std::filesystem::is_directory(kNames[i])) {
+      std::error_code error;
+      if (!std::filesystem::is_directory(kNames[i], error)) {
         files_[i].emplace(kNames[i]);
         continue;
       }
@@ -184,7 +186,11 @@ const std::string& ClosedRuleStorer::RenderedItem(std::uint32_t item) {
   if (!text.empty()) return text;
   const std::string& code = items_.codes[item];
   std::vector<NodeNumber> numbers;
-  if (!code.empty()) taxonomy_.RenderOrnex({&code, 1}, text, numbers);
+  try {
+    if (!code.empty()) taxonomy_.RenderOrnex({&code, 1}, text, numbers);
+  } catch (const DatabaseError&) {
+    numbers.clear();  // a row of another term, whose number is none
+  }
   // Without that table; or another term stands first at the position.
   if (numbers != std::vector{items_.nodes[item]}) text = items_.names[item] + " AND ";
   return text;

@@ -91,6 +91,8 @@ class ClosedResultFiles {
   void AddPair(const EncodedRecord& generator, const EncodedRecord& larger);
   // What was added is complete when this returns; to be called before the rest.
   void Close();
+  // The file of closed itemsets before the commit.
+  const std::filesystem::path& closed_itemsets() const { return files_[kClosed]->made.temporary(); }
   void Commit();
 
  private:

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <numeric>
 #include <optional>
 #include <unordered_map>
@@ -52,15 +53,15 @@ class NodeFinder {
   std::optional<NamedNode> FindOrnex(const std::string& term) const {
     const auto found = ornex_.find(term);
     if (found == ornex_.end()) return std::nullopt;
-    const std::optional<std::int32_t> number = Int32Of(found->second.number);
-    if (!number || *number < 0 || *number >= kMostItems) {
+    const std::optional<double> number = NumberOf(found->second.number);  // it may be a column of any type
+    if (!number || *number != std::floor(*number) || *number < 0 || *number >= kMostItems) {
       throw DatabaseError(
           taxonomy_.path(),
           fmt::format("the table TaxonomyOrnex gives \"{}\" the Index \"{}\"; it must be a number "
                       "of 0..{}: correct the table, or drop it to use Taxonomy instead",
                       term, found->second.number, kMostItems - 1));
     }
-    return NamedNode{*number, term, found->second.code};
+    return NamedNode{static_cast<NodeNumber>(*number), term, found->second.code};
   }
 
   const TaxonomyStore& taxonomy_;

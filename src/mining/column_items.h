@@ -25,7 +25,8 @@ struct ColumnItems {
   std::uint32_t row_count = 0;              // of the table
   std::vector<std::string> unknown_columns;  // those without a node, which are left out
   std::vector<std::string> joined_columns;   // those whose node an earlier column has: both are one item
-  // Items of `TaxonomyOrnex` whose numbers `Taxonomy`, where filters look them up, does not give to them.
+  // Items of `TaxonomyOrnex` whose numbers `Taxonomy`, where filters look them up, has for other terms or
+  // none.
   std::vector<std::string> renumbered;
 };
 

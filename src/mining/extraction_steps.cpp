@@ -44,9 +44,12 @@ void CheckRequest(const TransactionSource& source, const ExtractionRequest& requ
 }
 
 bool IsSamePlace(const fs::path& a, const fs::path& b) {
-  std::error_code gone;  // the current folder, in which case making a file says so
-  return IsSameFile(a, b) ||
-         fs::absolute(a, gone).lexically_normal() == fs::absolute(b, gone).lexically_normal();
+  // Through links of folders too. When the current folder is gone, making a file says so.
+  const auto place = [](const fs::path& path) {
+    std::error_code error;
+    return fs::weakly_canonical(fs::absolute(path, error), error);
+  };
+  return IsSameFile(a, b) || place(a) == place(b);
 }
 
 void KeepCopy(const fs::path& itemsets, const fs::path& copy) {

@@ -286,7 +286,7 @@ void ExtractionWindow::ReportRestored(const QStringList& entries) {
   ShowMessage(MessageIcon::kInformation, kCaption,
               QString("Terms of the table had been pruned from the taxonomy, and were brought back with all "
                       "that is below them: %1")
-                  .arg(entries.join(", ")));
+                  .arg(entries.join("; ")));
 }
 
 // What became of the items of an extraction with ORNEX.
@@ -299,15 +299,15 @@ void ExtractionWindow::ReportItems(const ClosedItemsetReport& report) {
   tell(MessageIcon::kInformation, "Columns of a node that an earlier column has too were joined with it",
        report.joined_columns);
   tell(MessageIcon::kWarning,
-       "The table TaxonomyOrnex gives these items numbers that are not theirs in Taxonomy, so filters will "
-       "name "
-       "them wrongly",
+       "Taxonomy does not have these items of TaxonomyOrnex under the same numbers, as they were pruned or "
+       "the "
+       "tables differ; filters will not name them rightly",
        report.renumbered);
   if (report.too_long_rules > 0) {
-    ShowMessage(MessageIcon::kInformation, kCaption,
-                QString("%1 rules have more items than a table has room for. They are in the file Rules.dat "
-                        "only.")
-                    .arg(report.too_long_rules));
+    ShowMessage(
+        MessageIcon::kInformation, kCaption,
+        QString("Rules with more items than a table has room for: %1. They are in the file Rules.dat only.")
+            .arg(report.too_long_rules));
   }
 }
 

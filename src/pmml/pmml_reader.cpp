@@ -246,10 +246,18 @@ class ItemNodes {
       const std::vector<std::string> codes = PositionCodes(item.attribute("mappedValue").value());
       const auto node = Find(Int32Of(id), value, codes.empty() ? std::string() : codes.front(), taxonomy);
       if (!node) {
-        throw InputError(fmt::format(
-            "{}: the taxonomy has neither the position nor the name of the item \"{}\"; choose the "
-            "taxonomy that the rules were made over",
-            path.string(), value));
+        throw InputError(
+            fmt::format("{}: the taxonomy does not have the item \"{}\"; choose the taxonomy that the rules "
+                        "were made over",
+                        path.string(), value));
+      }
+      const auto [other, is_new] = ids_.emplace(*node, id);
+      if (!is_new && other->second != id) {
+        throw InputError(
+            fmt::format("{}: the items {} and {}, \"{}\", are one node in the taxonomy; choose the taxonomy "
+                        "that the rules "
+                        "were made over",
+                        path.string(), other->second, id, value));
       }
       nodes_.insert_or_assign(id, *node);
     }
@@ -264,20 +272,23 @@ class ItemNodes {
  private:
   static std::optional<NodeNumber> Find(std::optional<std::int32_t> number, const std::string& value,
                                         const std::string& code, const TaxonomyStore& taxonomy) {
-    // One term may stand twice at a position, and what is pruned keeps its number.
+    const bool is_unnamed = number && value == fmt::format("#{}", *number);  // as an export writes it
     if (number) {
+      // What is pruned keeps its number, and an item without a position is known by its number and its name.
       const TaxonomyStore::Node node = taxonomy.SourceNode(*number);
-      const bool is_unnamed = value == fmt::format("#{}", *number);  // as an export writes it
-      if (node.code == code && (node.canonical == value || is_unnamed)) return number;
+      if ((code.empty() || node.code == code) && (node.canonical == value || is_unnamed)) return number;
     }
     std::vector<NodeNumber> nodes;
     if (!code.empty()) nodes = taxonomy.NodesAtPosition(code);
+    // Another term may stand there in this taxonomy.
+    std::erase_if(nodes, [&](NodeNumber node) { return !is_unnamed && taxonomy.Canonical(node) != value; });
     if (nodes.empty()) nodes = taxonomy.NodesOfTerm(value);
     return nodes.empty() ? std::nullopt : std::optional(nodes.front());
   }
 
   const XmlModel& xml_;
   TextMap<NodeNumber> nodes_;
+  std::unordered_map<NodeNumber, std::string> ids_;
 };
 
 std::vector<Rule> ReadXmlRules(const std::string& text, const fs::path& path, const TaxonomyStore& taxonomy,

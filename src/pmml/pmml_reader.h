@@ -36,9 +36,9 @@ class PmmlFile {
   // versions as XML. Moves the bar along the items. Throws InputError, naming what is missing.
   PmmlHead ReadHead(Progress& progress) const;
   // The rules in their order; those of version 1.1 only as our own writer lays them out, with the item
-  // numbers of the file. An item of version 4 becomes the taxonomy's node at its position, or else the first
-  // node of its name, so that the file may come from another taxonomy database. Throws InputError, also for
-  // an item that the taxonomy does not have.
+  // numbers   // of the file. An item of version 4 becomes the taxonomy's node of its name, the one at its
+  // position where there are several, so that the file may come from another taxonomy database. Throws
+  // InputError, also for an item that the taxonomy does not have, and for two items that are one node there.
   std::vector<Rule> ReadRules(const TaxonomyStore& taxonomy, Progress& progress) const;
 
  private:

@@ -241,9 +241,10 @@ TEST_F(ClosedExtractionTest, NamesItemsByTheOtherTaxonomyWhereThereIsOne) {
   // Fever is not the first at its position, nor is the first row of Asthma the one with its number in
   // Taxonomy.
   MakeForeignDatabase("tax.mdb", R"(CREATE TABLE TaxonomyOrnex(Canonical, "Index", FatherId, More);
-      INSERT INTO TaxonomyOrnex VALUES ('Other', '3', 'X.2', ''), ('Fever', '7', 'X.2', ''),
+      INSERT INTO TaxonomyOrnex VALUES ('Other', '3', 'X.2', ''), ('Fever', '7.0', 'X.2', ''),
+          ('Odd', 'one', 'X.1', ''),
           ('Asthma', '2', 'X.1', ''), ('Asthma', '1', 'X.0', ''), ('Zoster', '7', 'X.3', ''),
-          ('Odd', 'one', NULL, '');)");
+          ('Odd', 'two', NULL, '');)");
   MakeTerms(R"(CREATE TABLE T("Index", Fever SMALLINT, Asthma SMALLINT, Cough SMALLINT, Zoster NUMERIC);
       INSERT INTO T VALUES (1,1,1,1,0),(2,1,1,1,0),(3,0,1,1,0),(4,0,1,1,1);)");
   const ExtractionReport report = Extract();

@@ -162,23 +162,40 @@ TEST_F(PmmlTest, RulesComeBackAsTheyWentOut) {
   }
 }
 
-TEST_F(PmmlTest, ItemsAreTheNodesAtTheirPositionsInAnotherTaxonomy) {
-  Insert({2, 5}, {4, 1});
-  Export44();
-  // The same terms with other numbers; Fever at another position.
-  LoadText(NodeLine("Drugs", "D") + NodeLine("Sj\xC3\xB6gren \xE2\x82\xAC & <b>", "C1") +
-               NodeLine("Fever", "C7") + NodeLine("Diseases", "C"),
-           "other.mdb");
-  const TaxonomyStore other("other.mdb");
-  const std::vector<Rule> rules = PmmlFile("b.xml").ReadRules(other, progress_);
-  std::string names;
-  for (const NodeNumber node : {rules[0].antecedent[0], rules[0].antecedent[1], rules[0].consequent[0]}) {
-    names += other.Canonical(node) + '|';
-  }
-  EXPECT_EQ(names, "Sj\xC3\xB6gren \xE2\x82\xAC & <b>|Drugs|Fever|");
-  LoadText(NodeLine("Diseases", "C"), "small.mdb");
-  const TaxonomyStore small("small.mdb");
-  EXPECT_NE(MessageOf<InputError>([&] { PmmlFile("b.xml").ReadRules(small, progress_); }).find("\"Sj"),
+TEST_F(PmmlTest, ItemsAreFoundByNameAndPositionInAnotherTaxonomy) {
+  const auto item = [](const char* id, const char* value, const char* code) {
+    return fmt::format("<Item id=\"{}\" value=\"{}\" mappedValue=\"{}\"/>", id, value, code);
+  };
+  // What the items x and y are, as the codes of their nodes; or what is wrong with them.
+  const auto import = [this](const std::string& items, const char* x, const char* y) -> std::string {
+    WriteText(
+        "m.xml",
+        fmt::format("<PMML version=\"4.4\"><AssociationModel>{}<Itemset id=\"1\"><ItemRef itemRef=\"{}\"/>"
+                    "</Itemset><Itemset id=\"2\"><ItemRef itemRef=\"{}\"/></Itemset><AssociationRule "
+                    "antecedent=\"1\" consequent=\"2\" support=\"1\" confidence=\"1\"/>"
+                    "</AssociationModel></PMML>",
+                    items, x, y));
+    const TaxonomyStore taxonomy("other.mdb");
+    try {
+      const Rule rule = PmmlFile("m.xml").ReadRules(taxonomy, progress_).at(0);
+      return taxonomy.FatherCode(rule.antecedent[0]) + ' ' + taxonomy.FatherCode(rule.consequent[0]);
+    } catch (const InputError& error) {
+      return error.what();
+    }
+  };
+  // 1 is the category; 2 Asthma, 3 Fever, 4 Asthma again, 5 Cough.
+  LoadText(
+      NodeLine("Asthma", "C1") + NodeLine("Fever", "C2") + NodeLine("Asthma", "C3") + NodeLine("Cough", "C4"),
+      "other.mdb");
+  EXPECT_EQ(import(item("a", "Asthma", "C3") + item("2", "Asthma", "C1"), "a", "2"), "C.3 C.1");
+  EXPECT_EQ(import(item("5", "Fever", "C9") + item("3", "Cough", "C2"), "5", "3"), "C.2 C.4");  // by name
+  EXPECT_EQ(import(item("2", "Asthma", "") + item("4", "Asthma", ""), "4", "2"),
+            "C.3 C.1");  // by number and name
+  EXPECT_EQ(import(item("9", "#9", "C4"), "9", "3"),
+            "C.4 C.2");  // a node that had no name; and none declared
+  EXPECT_NE(import(item("1", "Measles", "C1"), "1", "1").find("does not have the item \"Measles\""),
+            std::string::npos);
+  EXPECT_NE(import(item("a", "Cough", "C4") + item("b", "Cough", "C8"), "a", "b").find("are one node"),
             std::string::npos);
 }
 
