@@ -120,37 +120,46 @@ std::string FromCodePage1252(std::string_view bytes) {
   return utf8;
 }
 
-std::string ToCodePage1252(std::string_view utf8) {
-  std::string bytes;
-  bytes.reserve(utf8.size());
+namespace {
+
+// Visits each character of a text as its code, and each byte that is no UTF-8 as nothing.
+template <typename Visit>
+void ForEachCode(std::string_view utf8, const Visit& visit) {
   while (!utf8.empty()) {
     char32_t code = 0;
     const std::size_t length = SequenceLength(utf8, code);
     utf8.remove_prefix(std::max<std::size_t>(length, 1));
+    visit(length > 0 ? std::optional(code) : std::nullopt);
+  }
+}
+
+}  // namespace
+
+std::string ToCodePage1252(std::string_view utf8) {
+  std::string bytes;
+  bytes.reserve(utf8.size());
+  ForEachCode(utf8, [&bytes](std::optional<char32_t> code) {
     const auto control = std::find(kUpperControls.begin(), kUpperControls.end(), code);
-    const bool same_byte = length > 0 && (code < 0x80 || (code >= 0xA0 && code <= 0xFF));
-    if (length > 0 && control != kUpperControls.end()) {
+    if (control != kUpperControls.end()) {
       bytes.push_back(static_cast<char>(0x80 + (control - kUpperControls.begin())));
     } else {
-      bytes.push_back(same_byte ? static_cast<char>(code) : '?');
+      const bool same_byte = code && (*code < 0x80 || (*code >= 0xA0 && *code <= 0xFF));
+      bytes.push_back(same_byte ? static_cast<char>(*code) : '?');
     }
-  }
+  });
   return bytes;
 }
 
 std::string ToLatin1(std::string_view utf8) {
   std::string bytes;
   bytes.reserve(utf8.size());
-  while (!utf8.empty()) {
-    char32_t code = 0;
-    const std::size_t length = SequenceLength(utf8, code);
-    utf8.remove_prefix(std::max<std::size_t>(length, 1));
-    if (length > 0 && code < 0x100) {
-      bytes.push_back(static_cast<char>(code));
+  ForEachCode(utf8, [&bytes](std::optional<char32_t> code) {
+    if (code && *code < 0x100) {
+      bytes.push_back(static_cast<char>(*code));
     } else {
-      bytes += length == 0 ? "?" : fmt::format("&#{};", static_cast<std::uint32_t>(code));
+      bytes += code ? fmt::format("&#{};", static_cast<std::uint32_t>(*code)) : "?";
     }
-  }
+  });
   return bytes;
 }
 

@@ -51,7 +51,6 @@ void ClosedItemsetSearch::Run() {
   root.has_critical = true;
   for (std::uint32_t item = 0; item < bits_.size(); ++item) {
     const std::uint32_t support = operations_.count_and(items_[item], items_[item], items_.words());
-    root.support = std::max(root.support, support);
     if (support >= options_.least_rows) root.rest.push_back({item, support});
   }
   for (std::size_t i = 0; i < root.rest.size(); ++i) {

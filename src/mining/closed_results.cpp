@@ -137,9 +137,9 @@ void ClosedRuleStorer::Store(const EncodedRecord& generator, const EncodedRecord
   std::ranges::set_difference(ItemsOf(larger), antecedent, std::back_inserter(consequent));
   rule_.antecedent = NodesOf(antecedent);
   rule_.consequent = NodesOf(consequent);
-  for (const auto& side : {rule_.antecedent, rule_.consequent}) {
-    if (ItemsetToText(side).size() > std::size_t{kLongestItemsetText}) return;
-  }
+  const std::size_t longest =
+      std::max(ItemsetToText(rule_.antecedent).size(), ItemsetToText(rule_.consequent).size());
+  if (longest > std::size_t{kLongestItemsetText}) return;
   const auto rows = static_cast<float>(items_.row_count);
   rule_.support = static_cast<float>(larger.support) / rows;
   rule_.confidence = static_cast<float>(larger.support) / static_cast<float>(generator.support);

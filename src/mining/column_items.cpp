@@ -10,6 +10,7 @@
 
 #include "base/text.h"
 #include "data/database_error.h"
+#include "mining/row_places.h"
 #include "rules/rules_info.h"
 
 namespace selvane {
@@ -69,21 +70,6 @@ class NodeFinder {
   TextMap<OrnexNode> ornex_;  // the first row of each term
 };
 
-// Places for row ids, in order of first appearance.
-class RowPlaces {
- public:
-  std::uint16_t PlaceOf(std::uint16_t id) {
-    if (places_[id] == kNone) places_[id] = size_++;
-    return static_cast<std::uint16_t>(places_[id]);
-  }
-  std::size_t size() const { return size_; }
-
- private:
-  static constexpr std::uint32_t kNone = UINT32_MAX;
-  std::uint32_t size_ = 0;
-  std::vector<std::uint32_t> places_ = std::vector<std::uint32_t>(65536, kNone);
-};
-
 // Items with the places of their rows, in the order of the columns.
 class ItemCollector {
  public:
@@ -95,7 +81,7 @@ class ItemCollector {
       rows_.emplace_back();
     }
     std::vector<std::uint16_t>& rows = rows_[found->second];
-    for (const std::uint16_t id : ids) rows.push_back(places_.PlaceOf(id));
+    for (const std::uint16_t id : ids) rows.push_back(static_cast<std::uint16_t>(places_.PlaceOf(id)));
     return is_new;
   }
 

@@ -7,20 +7,11 @@
 #include <unordered_map>
 
 #include "data/database_error.h"
+#include "mining/row_places.h"
 
 namespace selvane {
 
 namespace {
-
-// Numbers for the ids of rows, in order of first appearance.
-class RowPlaces {
- public:
-  std::size_t PlaceOf(std::uint32_t row_id) { return places_.emplace(row_id, places_.size()).first->second; }
-  std::size_t size() const { return places_.size(); }
-
- private:
-  std::unordered_map<std::uint32_t, std::size_t> places_;
-};
 
 // Registers nodes and remembers which columns give each of them.
 class NodeColumns {

@@ -13,12 +13,6 @@ namespace {
 
 constexpr std::size_t kPulseLines = 4096;
 
-// A position code as the taxonomy file had it: without the dot behind its letter.
-std::string ShortCode(std::string code) {
-  if (code.size() > 1) code.erase(1, 1);
-  return code;
-}
-
 void AppendItemset(std::string& text, const std::vector<std::int32_t>& items, float support,
                    std::int32_t count) {
   const std::string id = ItemsetToText(items);

@@ -90,11 +90,10 @@ void WriteHead(OutputFile& output, const Clock& clock) {
 }
 
 void WriteItem(OutputFile& output, std::int32_t item, const TaxonomyStore& taxonomy) {
-  TaxonomyStore::Node node = taxonomy.SourceNode(item);
-  if (node.code.size() > 1) node.code.erase(1, 1);  // the dot behind its letter
+  const TaxonomyStore::Node node = taxonomy.SourceNode(item);
   const std::string name = node.canonical.empty() ? fmt::format("#{}", item) : node.canonical;
   output.Write(fmt::format("  <Item id=\"{}\" value=\"{}\" mappedValue=\"{}\"/>\n", item, Escaped(name),
-                           Escaped(node.code)));
+                           Escaped(ShortCode(node.code))));
 }
 
 void WriteItemset(OutputFile& output, std::size_t number, const Itemsets::Itemset& itemset) {

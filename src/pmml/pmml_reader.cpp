@@ -6,14 +6,12 @@
 #include <cctype>
 #include <cmath>
 #include <optional>
-#include <pugixml.hpp>
-#include <unordered_map>
 
 #include "base/error.h"
 #include "base/text.h"
 #include "data/new_database.h"
 #include "data/sql_dialect.h"
-#include "taxonomy/taxonomy_file.h"
+#include "pmml/pmml_xml_reader.h"
 
 namespace selvane {
 
@@ -64,11 +62,6 @@ class Lines {
   long number_ = 0;
 };
 
-InputError NoModel(const fs::path& path) {
-  return InputError(fmt::format(
-      "{}: the file holds no association model; choose a file that an export has written", path.string()));
-}
-
 PmmlHead ReadLineHead(const std::string& text, const fs::path& path, Progress& progress) {
   PmmlHead head;
   Lines lines(text, path);
@@ -111,32 +104,6 @@ PmmlHead ReadLineHead(const std::string& text, const fs::path& path, Progress& p
   return head;
 }
 
-// An itemset of the file: its items and its support.
-struct FileItemset {
-  std::vector<std::int32_t> items;
-  float support = 0;
-};
-
-Rule MakeRule(const FileItemset& antecedent, const FileItemset& consequent, float support, float confidence) {
-  Rule rule;
-  rule.antecedent = antecedent.items;
-  rule.consequent = consequent.items;
-  rule.pa = antecedent.support;
-  rule.pc = consequent.support;
-  rule.support = support;
-  rule.confidence = confidence;
-  rule.aspec = static_cast<std::int32_t>(antecedent.items.size());
-  rule.cspec = static_cast<std::int32_t>(consequent.items.size());
-  return rule;
-}
-
-const FileItemset& Find(const TextMap<FileItemset>& itemsets, const std::string& id, const fs::path& path) {
-  const auto found = itemsets.find(id);
-  if (found != itemsets.end()) return found->second;
-  throw InputError(
-      fmt::format("{}: a rule names the itemset \"{}\", which is not in the file", path.string(), id));
-}
-
 // The itemsets of a file of version 1.1, in its order.
 class LineItemsets {
  public:
@@ -147,7 +114,7 @@ class LineItemsets {
   // The itemset of this name at this place, or else the first of the name.
   const FileItemset& At(std::size_t place, const std::string& id, const fs::path& path) const {
     if (place < all_.size() && all_[place].first == id) return all_[place].second;
-    return Find(first_, id, path);
+    return FindItemset(first_, id, path);
   }
 
  private:
@@ -171,146 +138,6 @@ std::vector<Rule> ReadLineRules(const std::string& text, const fs::path& path, P
                                lines.Figure("support="), lines.Figure("confidence=")));
     }
     if (read % 4096 == 0) progress.Pulse();
-  }
-  return rules;
-}
-
-// The model of a file that is read as XML.
-class XmlModel {
- public:
-  XmlModel(const std::string& text, const fs::path& path) : path_(path) {
-    const pugi::xml_parse_result result =
-        document_.load_buffer(text.data(), text.size(), pugi::parse_default, pugi::encoding_utf8);
-    if (!result) {
-      throw InputError(fmt::format("{}: the file is no complete XML, at byte {}: {}; get or export it again",
-                                   path.string(), result.offset, result.description()));
-    }
-    model_ = document_.child("PMML").child("AssociationModel");
-    if (!model_) throw NoModel(path);
-  }
-
-  const pugi::xml_node& node() const { return model_; }
-
-  std::string Text(const pugi::xml_node& node, const char* name) const {
-    const pugi::xml_attribute attribute = node.attribute(name);
-    if (attribute) return attribute.value();
-    throw InputError(fmt::format("{}: an element {} has no {}, at byte {}", path_.string(), node.name(), name,
-                                 node.offset_debug()));
-  }
-  float Figure(const pugi::xml_node& node, const char* name) const {
-    auto number = NumberOf(Text(node, name));
-    if (number && !std::isfinite(*number)) number.reset();
-    return static_cast<float>(Parsed(node, name, number));
-  }
-  std::int32_t Number(const pugi::xml_node& node, const char* name) const {
-    return Parsed(node, name, Int32Of(Text(node, name)));
-  }
-
- private:
-  template <typename Value>
-  Value Parsed(const pugi::xml_node& node, const char* name, const std::optional<Value>& value) const {
-    if (value) return *value;
-    throw InputError(fmt::format("{}: the {} \"{}\" of an element {} is no number, at byte {}",
-                                 path_.string(), name, Text(node, name), node.name(), node.offset_debug()));
-  }
-
-  const fs::path& path_;
-  pugi::xml_document document_;
-  pugi::xml_node model_;
-};
-
-PmmlHead ReadXmlHead(const std::string& text, const fs::path& path) {
-  const XmlModel xml(text, path);
-  const pugi::xml_node& model = xml.node();
-  PmmlHead head;
-  head.parameters = {model.attribute("modelName").value(), xml.Text(model, "numberOfTransactions"),
-                     xml.Text(model, "minimumSupport"), xml.Text(model, "minimumConfidence")};
-  head.declared_rules = xml.Number(model, "numberOfRules");
-  head.declared_items = xml.Number(model, "numberOfItems");
-  for (const pugi::xml_node& item : model.children("Item")) {
-    const std::string code = item.attribute("mappedValue").value();
-    if (code.size() != 1) continue;
-    head.taxonomies.push_back(xml.Text(item, "value"));
-    head.taxonomy_codes += code;
-  }
-  return head;
-}
-
-// Which node of the taxonomy an item of the file is.
-class ItemNodes {
- public:
-  ItemNodes(const XmlModel& xml, const TaxonomyStore& taxonomy, const fs::path& path) : xml_(xml) {
-    for (const pugi::xml_node& item : xml.node().children("Item")) {
-      const std::string id = xml.Text(item, "id");
-      const std::string value = xml.Text(item, "value");
-      const std::vector<std::string> codes = PositionCodes(item.attribute("mappedValue").value());
-      const auto node = Find(Int32Of(id), value, codes.empty() ? std::string() : codes.front(), taxonomy);
-      if (!node) {
-        throw InputError(
-            fmt::format("{}: the taxonomy does not have the item \"{}\"; choose the taxonomy that the rules "
-                        "were made over",
-                        path.string(), value));
-      }
-      const auto [other, is_new] = ids_.emplace(*node, id);
-      if (!is_new && other->second != id) {
-        throw InputError(
-            fmt::format("{}: the items {} and {}, \"{}\", are one node in the taxonomy; choose the taxonomy "
-                        "that the rules "
-                        "were made over",
-                        path.string(), other->second, id, value));
-      }
-      nodes_.insert_or_assign(id, *node);
-    }
-  }
-
-  // Of an ItemRef. An item that is not declared is taken for a number.
-  NodeNumber Of(const pugi::xml_node& reference) const {
-    const auto found = nodes_.find(xml_.Text(reference, "itemRef"));
-    return found != nodes_.end() ? found->second : xml_.Number(reference, "itemRef");
-  }
-
- private:
-  static std::optional<NodeNumber> Find(std::optional<std::int32_t> number, const std::string& value,
-                                        const std::string& code, const TaxonomyStore& taxonomy) {
-    const bool is_unnamed = number && value == fmt::format("#{}", *number);  // as an export writes it
-    if (number) {
-      // What is pruned keeps its number, and an item without a position is known by its number and its name.
-      const TaxonomyStore::Node node = taxonomy.SourceNode(*number);
-      if ((code.empty() || node.code == code) && (node.canonical == value || is_unnamed)) return number;
-    }
-    std::vector<NodeNumber> nodes;
-    if (!code.empty()) nodes = taxonomy.NodesAtPosition(code);
-    // Another term may stand there in this taxonomy.
-    std::erase_if(nodes, [&](NodeNumber node) { return !is_unnamed && taxonomy.Canonical(node) != value; });
-    if (nodes.empty()) nodes = taxonomy.NodesOfTerm(value);
-    return nodes.empty() ? std::nullopt : std::optional(nodes.front());
-  }
-
-  const XmlModel& xml_;
-  TextMap<NodeNumber> nodes_;
-  std::unordered_map<NodeNumber, std::string> ids_;
-};
-
-std::vector<Rule> ReadXmlRules(const std::string& text, const fs::path& path, const TaxonomyStore& taxonomy,
-                               Progress& progress) {
-  const XmlModel xml(text, path);
-  const ItemNodes nodes(xml, taxonomy, path);
-  TextMap<FileItemset> itemsets;
-  for (const pugi::xml_node& node : xml.node().children("Itemset")) {
-    FileItemset itemset;
-    // The support of an itemset may be left out; it is not known then.
-    if (node.attribute("support")) itemset.support = xml.Figure(node, "support");
-    for (const pugi::xml_node& item : node.children("ItemRef")) {
-      itemset.items.push_back(nodes.Of(item));
-    }
-    itemsets.insert_or_assign(xml.Text(node, "id"), std::move(itemset));
-  }
-  std::vector<Rule> rules;
-  for (const pugi::xml_node& node : xml.node().children("AssociationRule")) {
-    rules.push_back(MakeRule(Find(itemsets, xml.Text(node, "antecedent"), path),
-                             Find(itemsets, xml.Text(node, "consequent"), path), xml.Figure(node, "support"),
-                             xml.Figure(node, "confidence")));
-    if (rules.size() % 1024 == 0) progress.Pulse();
   }
   return rules;
 }
