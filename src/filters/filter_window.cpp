@@ -1,10 +1,14 @@
 #include "filters/filter_window.h"
 
+#include <QGroupBox>
+#include <QListWidget>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QTreeWidget>
 #include <utility>
 
 #include "base/text.h"
+#include "filters/info_items.h"
 #include "ui/framed.h"
 #include "ui/qt_text.h"
 #include "ui/searched_tree.h"
@@ -49,6 +53,34 @@ QWidget* FilterWindow::FilteredRules() {
     return number == 0 ? QString() : FiguresText(number, rules_[number], context().decimal_sign);
   };
   return Framed("Filtered rules", filtered_);
+}
+
+QGroupBox* FilterWindow::OrderGroup(Qt::Orientation orientation) {
+  by_support_ = new QRadioButton("Decreasing Support");
+  by_confidence_ = new QRadioButton("Decreasing Confidence");
+  return Framed({}, {by_support_, by_confidence_}, orientation);
+}
+
+void FilterWindow::ResetOrder() {
+  by_support_->setChecked(true);
+}
+
+std::vector<RuleNumber> FilterWindow::Ordered(std::vector<RuleNumber> numbers) {
+  progress().SetStatus("Ordering filtered rules ...");
+  OrderRules(rules_,
+             by_support_->isChecked() ? RuleOrder::kDecreasingSupport : RuleOrder::kDecreasingConfidence,
+             numbers);
+  return numbers;
+}
+
+void FilterWindow::AddNode(QListWidget& list, NodeNumber node, const QString& name) {
+  auto* const line = new QListWidgetItem(name, &list);
+  line->setData(Qt::UserRole, node);
+  line->setToolTip(name);
+}
+
+void FilterWindow::AddItems(QListWidget& list, const std::vector<std::int32_t>& map) {
+  for (const NodeNumber item : ItemsOfMap(map)) AddNode(list, item, ToQt(names_.Joined(std::span(&item, 1))));
 }
 
 void FilterWindow::AddFilterButtons() {

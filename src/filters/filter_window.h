@@ -9,6 +9,9 @@
 #include "taxonomy/node_names.h"
 #include "ui/tool_window.h"
 
+class QGroupBox;
+class QListWidget;
+class QRadioButton;
 class QTreeWidgetItem;
 
 namespace selvane {
@@ -40,6 +43,14 @@ class FilterWindow : public ToolWindow {
 
   // A group box with the tree of filtered rules.
   QWidget* FilteredRules();
+  // The choice of the order in which rules are shown, by support at first; ResetOrder goes back to that.
+  QGroupBox* OrderGroup(Qt::Orientation orientation);
+  void ResetOrder();
+  // The rules in the chosen order.
+  std::vector<RuleNumber> Ordered(std::vector<RuleNumber> numbers);
+  // Adds a line with a node and its name; and a line for each item of a map of the information file.
+  static void AddNode(QListWidget& list, NodeNumber node, const QString& name);
+  void AddItems(QListWidget& list, const std::vector<std::int32_t>& map);
   // "&Filter", "&Reset All", "&Save rules", "&Close"; sets filter_button() and save_button().
   void AddFilterButtons();
   // What "&Filter" and "&Reset All" do.
@@ -79,6 +90,8 @@ class FilterWindow : public ToolWindow {
   bool something_to_save_ = false;
   bool save_failed_ = false;  // when the window was to be closed
   SearchedTree* filtered_ = nullptr;
+  QRadioButton* by_support_ = nullptr;
+  QRadioButton* by_confidence_ = nullptr;
   QPushButton* filter_button_ = nullptr;
   QPushButton* save_button_ = nullptr;
 };

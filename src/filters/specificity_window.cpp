@@ -8,7 +8,6 @@
 #include <QRadioButton>
 #include <QTreeWidget>
 
-#include "filters/info_items.h"
 #include "ui/framed.h"
 #include "ui/qt_text.h"
 #include "ui/searched_tree.h"
@@ -69,13 +68,11 @@ QGroupBox* SpecificityWindow::GroundGroup() {
 QWidget* SpecificityWindow::ChoicesGroup() {
   on_antecedent_ = new QRadioButton("On Antecedent");
   on_consequent_ = new QRadioButton("On Consequent");
-  by_support_ = new QRadioButton("Decreasing Support");
-  by_confidence_ = new QRadioButton("Decreasing Confidence");
   auto* const choices = new QWidget;
   auto* const layout = new QVBoxLayout(choices);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(Framed({}, {on_antecedent_, on_consequent_}));
-  layout->addWidget(Framed({}, {by_support_, by_confidence_}));
+  layout->addWidget(OrderGroup(Qt::Vertical));
   layout->addStretch();
   return choices;
 }
@@ -89,16 +86,10 @@ void SpecificityWindow::Reset() {
   ground_text_->clear();
   items_->clear();
   // An item of both maps stands twice.
-  for (const auto* const map : {&input().info.first_map, &input().info.second_map}) {
-    for (const NodeNumber item : ItemsOfMap(*map)) {
-      const QString name = ToQt(names().Joined(std::span(&item, 1)));
-      auto* const line = new QListWidgetItem(name, items_);
-      line->setData(Qt::UserRole, item);
-      line->setToolTip(name);
-    }
-  }
+  AddItems(*items_, input().info.first_map);
+  AddItems(*items_, input().info.second_map);
   on_antecedent_->setChecked(true);
-  by_support_->setChecked(true);
+  ResetOrder();
   filter_.emplace(rules(), input().taxonomy.SpecificityBound());
   filter_button().setEnabled(false);
   ForgetResult();
@@ -143,12 +134,8 @@ void SpecificityWindow::Explore(const Step& step) {
   ShowLevel(found, line);
 }
 
-void SpecificityWindow::ShowLevel(std::vector<RuleNumber> numbers, QTreeWidgetItem* parent) {
-  progress().SetStatus("Ordering filtered rules ...");
-  OrderRules(rules(),
-             by_support_->isChecked() ? RuleOrder::kDecreasingSupport : RuleOrder::kDecreasingConfidence,
-             numbers);
-  for (const RuleNumber number : numbers) ShowRule(number, RenderedLine(number), parent);
+void SpecificityWindow::ShowLevel(const std::vector<RuleNumber>& numbers, QTreeWidgetItem* parent) {
+  for (const RuleNumber number : Ordered(numbers)) ShowRule(number, RenderedLine(number), parent);
   if (parent != nullptr) parent->setExpanded(true);
   ResultIsShown();
   progress().SetStatus("Completed!!");

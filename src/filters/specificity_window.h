@@ -38,7 +38,7 @@ class SpecificityWindow final : public FilterWindow {
   RuleSide Side() const;
   void AddGroundItem();
   void Explore(const Step& step);
-  void ShowLevel(std::vector<RuleNumber> numbers, QTreeWidgetItem* parent);
+  void ShowLevel(const std::vector<RuleNumber>& numbers, QTreeWidgetItem* parent);
 
   std::optional<SpecificityFilter> filter_;
   std::vector<NodeNumber> ground_;
@@ -46,8 +46,6 @@ class SpecificityWindow final : public FilterWindow {
   QLabel* ground_text_;
   QRadioButton* on_antecedent_;
   QRadioButton* on_consequent_;
-  QRadioButton* by_support_;
-  QRadioButton* by_confidence_;
 };
 
 }  // namespace selvane

@@ -8,7 +8,6 @@
 #include <QRadioButton>
 #include <QTreeWidget>
 
-#include "filters/info_items.h"
 #include "ui/framed.h"
 #include "ui/qt_text.h"
 #include "ui/searched_tree.h"
@@ -46,7 +45,7 @@ TemplateWindow::TemplateWindow(const WindowContext& context, QWidget* parent, co
   grid->addWidget(SideGroup(antecedent_, "Antecedent", "Antecedent Specific :"), 0, 0);
   grid->addWidget(SideGroup(consequent_, "Consequent", "Consequent Specific :"), 0, 1);
   grid->addWidget(TemplatesGroup(), 1, 0, 1, 2);
-  grid->addWidget(OrderGroup(), 2, 0, 1, 2);
+  grid->addWidget(OrderGroup(Qt::Horizontal), 2, 0, 1, 2);
   grid->addWidget(FilteredRules(), 3, 0, 1, 2);
   grid->setRowStretch(0, 3);
   grid->setRowStretch(1, 1);
@@ -120,29 +119,14 @@ QGroupBox* TemplateWindow::TemplatesGroup() {
   return group;
 }
 
-QGroupBox* TemplateWindow::OrderGroup() {
-  by_support_ = new QRadioButton("Decreasing Support");
-  by_confidence_ = new QRadioButton("Decreasing Confidence");
-  return Framed({}, {by_support_, by_confidence_}, Qt::Horizontal);
-}
-
 void TemplateWindow::FillLists(Side& side) {
-  const auto add = [](QListWidget& list, NodeNumber node, const QString& name) {
-    auto* const line = new QListWidgetItem(name, &list);
-    line->setData(Qt::UserRole, node);
-    line->setToolTip(name);
-  };
   for (QListWidget* const list : {side.items, side.classes, side.cardinalities}) {
     const QSignalBlocker quiet(list);
     list->clear();
   }
-  for (const NodeNumber item : ItemsOfMap(input().info.first_map)) {
-    add(*side.items, item, ToQt(names().Joined(std::span(&item, 1))));
-  }
-  add(*side.classes, kAnyClass, "Any");
-  for (const NodeNumber item : ItemsOfMap(input().info.second_map)) {
-    add(*side.classes, item, ToQt(names().Joined(std::span(&item, 1))));
-  }
+  AddItems(*side.items, input().info.first_map);
+  AddNode(*side.classes, kAnyClass, "Any");
+  AddItems(*side.classes, input().info.second_map);
   side.cardinalities->addItems({"*", "+", "1"});
   side.add_item->setEnabled(true);
   side.add_class->setEnabled(true);
@@ -157,7 +141,7 @@ void TemplateWindow::Reset() {
   FillLists(antecedent_);
   FillLists(consequent_);
   inclusive_->setChecked(true);
-  by_support_->setChecked(true);
+  ResetOrder();
   ShowTexts();
   ForgetResult();
 }
@@ -221,16 +205,12 @@ void TemplateWindow::AddTemplate() {
 
 void TemplateWindow::Filter() {
   ForgetResult();
-  std::vector<RuleNumber> kept = filter_.Run(rules(), progress());
+  const std::vector<RuleNumber> kept = filter_.Run(rules(), progress());
   if (kept.empty()) {
     ShowMessage(MessageIcon::kInformation, "Using Template", "No satisfying rule ");
     return;
   }
-  progress().SetStatus("Ordering filtered rules ...");
-  OrderRules(rules(),
-             by_support_->isChecked() ? RuleOrder::kDecreasingSupport : RuleOrder::kDecreasingConfidence,
-             kept);
-  for (const RuleNumber number : kept) ShowRule(number, RenderedLine(number));
+  for (const RuleNumber number : Ordered(kept)) ShowRule(number, RenderedLine(number));
   ResultIsShown();
   progress().SetStatus("Completed!!");
 }

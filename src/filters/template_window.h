@@ -33,7 +33,6 @@ class TemplateWindow final : public FilterWindow {
 
   QGroupBox* SideGroup(Side& side, const QString& name, const QString& specific);
   QGroupBox* TemplatesGroup();
-  QGroupBox* OrderGroup();
   QPushButton* AddAddButton(QListWidget& list, void (TemplateWindow::*add)(Side&), Side& side);
   void FillLists(Side& side);
   void AddItem(Side& side);
@@ -50,8 +49,6 @@ class TemplateWindow final : public FilterWindow {
   QPushButton* add_template_;
   QListWidget* inclusive_templates_;
   QListWidget* restrictive_templates_;
-  QRadioButton* by_support_;
-  QRadioButton* by_confidence_;
 };
 
 }  // namespace selvane
