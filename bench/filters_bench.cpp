@@ -4,6 +4,8 @@
 
 #include <random>
 
+#include "apriori/generalized_apriori.h"
+#include "apriori/rule_generator.h"
 #include "bench_input.h"
 #include "data/recordset.h"
 #include "filters/cover_filter.h"
@@ -11,8 +13,6 @@
 #include "filters/rating_filter.h"
 #include "filters/specificity_filter.h"
 #include "filters/template_filter.h"
-#include "mining/generalized_apriori.h"
-#include "mining/rule_generator.h"
 #include "taxonomy/taxonomy_loading.h"
 
 namespace selvane {

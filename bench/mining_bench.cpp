@@ -3,8 +3,8 @@
 
 #include <random>
 
+#include "apriori/generalized_apriori.h"
 #include "bench_input.h"
-#include "mining/generalized_apriori.h"
 #include "taxonomy/taxonomy_loading.h"
 
 namespace selvane {

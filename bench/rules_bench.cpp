@@ -1,9 +1,9 @@
 // Rules: storing and loading a full table, against one bound INSERT a row; counting over the prefix tree,
 // against looking every count up.
+#include "apriori/generalized_apriori.h"
+#include "apriori/rule_generator.h"
 #include "bench_input.h"
 #include "data/bulk_insert.h"
-#include "mining/generalized_apriori.h"
-#include "mining/rule_generator.h"
 #include "rules/rules_store.h"
 #include "taxonomy/taxonomy_loading.h"
 

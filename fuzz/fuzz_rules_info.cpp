@@ -1,7 +1,7 @@
 #include "base/error.h"
 #include "base/file.h"
 #include "fuzzing.h"
-#include "mining/itemset_file.h"
+#include "itemsets/itemset_file.h"
 #include "rules/rules_info.h"
 
 using namespace selvane;

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "filters/kept_rules.h"
-#include "mining/item_registry.h"
+#include "itemsets/item_registry.h"
 
 namespace selvane {
 

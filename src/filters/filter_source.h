@@ -8,7 +8,7 @@
 
 #include "base/error.h"
 #include "base/progress.h"
-#include "mining/item_registry.h"
+#include "itemsets/item_registry.h"
 #include "rules/rules_info.h"
 #include "rules/rules_store.h"
 #include "taxonomy/taxonomy_store.h"

@@ -3,10 +3,10 @@
 #include <fmt/format.h>
 
 #include "base/error.h"
-#include "mining/closed_itemset_search.h"
-#include "mining/closed_results.h"
+#include "closed/closed_itemset_search.h"
+#include "closed/closed_results.h"
+#include "itemsets/least_rows.h"
 #include "mining/extraction_steps.h"
-#include "mining/generalized_apriori.h"
 #include "rules/rules_info.h"
 
 namespace selvane {

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "apriori/generalized_apriori.h"
 #include "base/error.h"
 #include "mining/extraction_steps.h"
-#include "mining/generalized_apriori.h"
 #include "rules/rules_info.h"
 
 namespace selvane {

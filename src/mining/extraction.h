@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
+#include "apriori/level.h"
+#include "apriori/rule_generator.h"
 #include "base/file.h"
 #include "base/progress.h"
 #include "data/transaction_source.h"
-#include "mining/itemset_file.h"
-#include "mining/level.h"
-#include "mining/rule_generator.h"
+#include "itemsets/itemset_file.h"
 #include "taxonomy/taxonomy_store.h"
 
 namespace selvane {

@@ -11,8 +11,8 @@
 
 #include "base/file.h"
 #include "base/text.h"
+#include "itemsets/itemset_file.h"
 #include "mining/closed_extraction.h"
-#include "mining/itemset_file.h"
 #include "ui/framed.h"
 #include "ui/line_buffer.h"
 #include "ui/number_field.h"

@@ -1,8 +1,8 @@
 #include "mining/extraction.h"
 
 #include "data/database_error.h"
-#include "mining/random_tables.h"
 #include "rules/rules_info.h"
+#include "support/random_tables.h"
 
 namespace selvane::tests {
 

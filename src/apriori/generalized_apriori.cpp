@@ -1,0 +1,134 @@
+#include "apriori/generalized_apriori.h"
+
+#include <algorithm>
+#include <bit>
+#include <fstream>
+#include <numeric>
+
+#include "base/error.h"
+#include "itemsets/least_rows.h"
+
+namespace selvane {
+
+GeneralizedApriori::GeneralizedApriori(TransactionSource& source, std::string table, float minimum_support,
+                                       const TaxonomyStore& taxonomy, bool generalize,
+                                       std::filesystem::path itemset_file)
+    : source_(source),
+      table_(std::move(table)),
+      minimum_support_(minimum_support),
+      taxonomy_(taxonomy),
+      generalize_(generalize),
+      itemset_path_(std::move(itemset_file)) {
+  source_.ListItemFields(table_, item_names_);
+}
+
+std::vector<std::uint32_t> GeneralizedApriori::SelectSingleItems() {
+  std::vector<std::uint32_t> support;
+  std::vector<std::size_t> chosen;
+  known_.least_rows = std::max(1U, LeastRows(minimum_support_, registry_.row_count));
+  const std::size_t words = registry_.rows.words();
+  for (std::size_t i = 0; i < registry_.nodes.size(); ++i) {
+    const RowWord* const rows = registry_.rows[i];
+    const auto count = std::accumulate(rows, rows + words, 0U, [](std::uint32_t sum, RowWord word) {
+      return sum + static_cast<std::uint32_t>(std::popcount(word));
+    });
+    if (count < known_.least_rows) continue;
+    chosen.push_back(i);
+    nodes_.push_back(registry_.nodes[i]);
+    support.push_back(count);
+  }
+  known_.rows = RowBits(chosen.size(), words * 64);
+  for (std::size_t i = 0; i < chosen.size(); ++i) {
+    std::copy_n(registry_.rows[chosen[i]], words, known_.rows[i]);
+    // A row whose id is 0 counts for single items and gets lost in every intersection.
+    if (registry_.zero_row != SIZE_MAX) known_.rows.Clear(i, registry_.zero_row);
+  }
+  registry_.rows = RowBits();
+  return support;
+}
+
+void GeneralizedApriori::RankItems() {
+  std::vector<std::string> texts;
+  for (const NodeNumber node : nodes_) texts.push_back(taxonomy_.Canonical(node));
+  std::vector<std::uint32_t> order(nodes_.size());
+  std::iota(order.begin(), order.end(), 0U);
+  // Of two nodes with one text, the one met later comes first: it is what joining them gives.
+  std::sort(order.begin(), order.end(), [&texts](std::uint32_t a, std::uint32_t b) {
+    const int compared = texts[a].compare(texts[b]);
+    return compared != 0 ? compared < 0 : a > b;
+  });
+  known_.rank.resize(order.size());
+  for (std::size_t i = 0; i < order.size(); ++i) known_.rank[order[i]] = static_cast<std::uint32_t>(i);
+}
+
+void GeneralizedApriori::WriteLevel(const Level& level) {
+  record_items_.resize(level.set_size);
+  for (std::size_t i = 0; i < level.size(); ++i) {
+    const auto set = level.Set(i);
+    std::transform(set.begin(), set.end(), record_items_.begin(),
+                   [this](std::uint32_t item) { return static_cast<std::uint32_t>(nodes_[item]); });
+    ++itemsets_written_;
+    if (!file_error_.empty()) continue;
+    try {
+      file_.Write(record_items_, level.support[i]);
+    } catch (const FileError& error) {
+      file_error_ = error.what();
+    }
+  }
+}
+
+bool GeneralizedApriori::AreRelated(std::uint32_t a, std::uint32_t b) const {
+  return codes_[a].find(codes_[b]) != std::string::npos || codes_[b].find(codes_[a]) != std::string::npos;
+}
+
+Level GeneralizedApriori::PairLevel(const Level& singles, Progress& progress) {
+  if (!generalize_) {
+    return NextLevel(
+        singles, known_, [](std::uint32_t, std::uint32_t) { return true; }, work_, progress);
+  }
+  for (const NodeNumber node : nodes_) codes_.push_back(taxonomy_.FatherCode(node));
+  return NextLevel(
+      singles, known_, [this](std::uint32_t a, std::uint32_t b) { return !AreRelated(a, b); }, work_,
+      progress);
+}
+
+void GeneralizedApriori::Run(Progress& progress) {
+  std::ofstream("frequentItemset2.dat", std::ios::app).close();  // made when missing, never written to
+  progress.SetRange(0, 100);
+  progress.SetPosition(0);
+  registry_ = ReadItems(source_, table_, item_names_, taxonomy_, generalize_, progress);
+  std::vector<std::uint32_t> support = SelectSingleItems();
+  RankItems();
+  Level level = FirstLevel(known_, std::move(support));
+  single_items_ = static_cast<std::uint32_t>(level.size());
+  progress.SetPosition(10);
+  try {
+    file_.OpenForWriting(itemset_path_);
+  } catch (const FileError& error) {
+    file_error_ = error.what();
+  }
+  WriteLevel(level);
+  // An itemset never has as many items as were registered, even if all of them stand in every row.
+  for (std::size_t k = 2; level.size() > 0 && k < registry_.nodes.size(); ++k) {
+    if (k == 2) {
+      level = PairLevel(level, progress);
+      pairs_ = PairTable(nodes_.size());
+      for (std::size_t i = 0; i < level.size(); ++i) pairs_.Insert(level.Set(i)[0], level.Set(i)[1]);
+    } else {
+      const auto may_join = [this](std::uint32_t a, std::uint32_t b) { return pairs_.Contains(a, b); };
+      level = NextLevel(level, known_, may_join, work_, progress);
+    }
+    WriteLevel(level);
+    // How many levels there will be is not known; each takes half of what is left of the bar.
+    progress.SetPosition(90 - (70 >> std::min<std::size_t>(k - 2, 6)));
+    progress.Pulse();
+  }
+  try {
+    file_.Close();
+  } catch (const FileError& error) {
+    if (file_error_.empty()) file_error_ = error.what();
+  }
+  progress.SetPosition(90);
+}
+
+}  // namespace selvane

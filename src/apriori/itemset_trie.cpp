@@ -1,0 +1,178 @@
+#include "apriori/itemset_trie.h"
+
+#include <algorithm>
+
+namespace selvane {
+
+namespace {
+
+// More items than this have more subsets than can be visited.
+constexpr std::size_t kLargestItemset = 30;
+
+}  // namespace
+
+std::uint32_t ItemsetTrie::NodeOf(std::span<const std::uint32_t> items) const {
+  std::uint32_t node = 0;
+  for (const std::uint32_t item : items) {
+    const auto begin = item_.begin() + first_child_[node];
+    const auto end = item_.begin() + first_child_[node + 1];
+    const auto found = std::lower_bound(begin, end, item);
+    if (found == end || *found != item) return kNone;
+    node = static_cast<std::uint32_t>(found - item_.begin());
+  }
+  return node;
+}
+
+std::optional<std::uint32_t> ItemsetTrie::Find(std::span<const std::uint32_t> items) const {
+  const std::uint32_t node = NodeOf(items);
+  if (node == kNone) return std::nullopt;
+  return count_[node];
+}
+
+// Appends one level's nodes, the children of those that are there; false when an itemset stands there twice.
+bool ItemsetTrie::AddLevel(std::vector<Entry>& level) {
+  std::sort(level.begin(), level.end(), [](const Entry& a, const Entry& b) {
+    return a.parent != b.parent ? a.parent < b.parent : a.item < b.item;
+  });
+  const std::size_t parents = item_.size();
+  for (std::size_t i = 0; i < level.size(); ++i) {
+    const Entry& entry = level[i];
+    if (i > 0 && level[i - 1].parent == entry.parent && level[i - 1].item == entry.item) return false;
+    while (first_child_.size() <= entry.parent)
+      first_child_.push_back(static_cast<std::uint32_t>(item_.size()));
+    item_.push_back(entry.item);
+    count_.push_back(entry.count);
+  }
+  first_child_.resize(parents + 1, static_cast<std::uint32_t>(item_.size()));
+  level.clear();
+  return true;
+}
+
+std::optional<ItemsetTrie> ItemsetTrie::Load(const std::filesystem::path& path, std::uint32_t itemset_count,
+                                             std::size_t budget, Progress& progress) {
+  if (itemset_count * sizeof(Entry) * 2 > budget) return std::nullopt;
+  ItemsetTrie trie;
+  ItemsetFile file;
+  file.OpenForReading(path);
+  ItemsetRecord record;
+  std::vector<Entry> level;
+  std::vector<std::uint32_t> beginning;
+  std::uint32_t parent = 0;
+  std::size_t size = 1;
+  for (std::uint32_t i = 0; i < itemset_count; ++i) {
+    file.ReadNext(record);
+    if (record.items.size() == size + 1) {
+      if (!trie.AddLevel(level)) return std::nullopt;
+      ++size;
+      beginning.clear();
+    }
+    if (record.items.size() != size || size > kLargestItemset) return std::nullopt;
+    const auto leading = std::span(record.items).first(size - 1);
+    if (size > 1 && (beginning.empty() ||
+                     !std::equal(leading.begin(), leading.end(), beginning.begin(), beginning.end()))) {
+      beginning.assign(leading.begin(), leading.end());
+      parent = trie.NodeOf(leading);
+      if (parent == kNone) return std::nullopt;
+    }
+    level.push_back({parent, record.items.back(), record.support});
+    if (i % 16384 == 0) progress.Pulse();
+  }
+  if (!trie.AddLevel(level)) return std::nullopt;
+  trie.first_child_.resize(trie.item_.size() + 1, static_cast<std::uint32_t>(trie.item_.size()));
+  return trie;
+}
+
+// Walks the tree with the nodes of all subsets of the path at hand: subset m of the path's items, a bit for
+// each depth. A child adds one subset for each that is there already, found among the children of that
+// subset's node by a cursor that only moves forward.
+class TrieRuleCounter {
+ public:
+  TrieRuleCounter(const ItemsetTrie& trie, float minimum_confidence, RuleTally& tally, Progress& progress)
+      : trie_(trie), minimum_confidence_(minimum_confidence), tally_(tally), progress_(progress) {}
+
+  void Visit(std::uint32_t node, std::size_t depth) {
+    const std::uint32_t end = trie_.first_child_[node + 1];
+    if (trie_.first_child_[node] == end) return;
+    const std::size_t subsets = std::size_t{1} << depth;
+    if (nodes_.size() < 2 * subsets) {
+      nodes_.resize(2 * subsets, 0);
+      counts_.resize(2 * subsets, 0);
+    }
+    if (cursors_.size() <= depth) cursors_.resize(depth + 1);
+    cursors_[depth].clear();
+    for (std::size_t m = 0; m < subsets; ++m) {
+      const std::uint32_t subset = nodes_[m];
+      cursors_[depth].push_back(
+          subset == kNone ? Cursor{} : Cursor{trie_.first_child_[subset], trie_.first_child_[subset + 1]});
+    }
+    for (std::uint32_t child = trie_.first_child_[node]; child < end; ++child) {
+      const std::uint32_t item = trie_.item_[child];
+      std::vector<Cursor>& cursors = cursors_[depth];
+      for (std::size_t m = 0; m < subsets; ++m) {
+        const std::uint32_t found = cursors[m].MoveTo(item, trie_.item_);
+        nodes_[subsets + m] = found;
+        counts_[subsets + m] = found == kNone ? kNone : trie_.count_[found];
+      }
+      if (depth > 0) CountDivisions(trie_.count_[child], 2 * subsets);
+      if (depth == 0) progress_.SetPosition(static_cast<int>(100 * std::uint64_t{child} / end));
+      Visit(child, depth + 1);
+    }
+  }
+
+ private:
+  static constexpr std::uint32_t kNone = ItemsetTrie::kNone;
+  static constexpr std::uint64_t kPulseEvery = 4'000'000;  // subsets
+
+  struct Cursor {
+    std::uint32_t at = 0;
+    std::uint32_t end = 0;
+    std::uint32_t MoveTo(std::uint32_t item, const std::vector<std::uint32_t>& items) {
+      while (at < end && items[at] < item) ++at;
+      return at < end && items[at] == item ? at : kNone;
+    }
+  };
+
+  // Subset m is the antecedent of one division, for each m but the first and the last.
+  void CountDivisions(std::uint32_t support, std::size_t subsets) {
+    const std::uint32_t greatest = GreatestAntecedent(support);
+    for (std::size_t m = 1; m + 1 < subsets; ++m) {
+      if (counts_[m] <= greatest) {
+        tally_.Add(static_cast<float>(support) / static_cast<float>(counts_[m]), support);
+      }
+    }
+    visited_ += subsets;
+    if (visited_ < kPulseEvery) return;
+    visited_ = 0;
+    progress_.Pulse();
+  }
+
+  // The greatest count of an antecedent with which the confidence still reaches the minimum.
+  std::uint32_t GreatestAntecedent(std::uint32_t support) {
+    if (greatest_.size() <= support) greatest_.resize(support + std::size_t{1}, 0);
+    std::uint32_t& greatest = greatest_[support];
+    if (greatest != 0) return greatest;
+    const double bound = static_cast<double>(support) / static_cast<double>(minimum_confidence_) + 2;
+    greatest = static_cast<std::uint32_t>(std::min(bound, 4e9));
+    while (greatest > support &&
+           static_cast<float>(support) / static_cast<float>(greatest) < minimum_confidence_) {
+      --greatest;
+    }
+    return greatest;
+  }
+
+  const ItemsetTrie& trie_;
+  const float minimum_confidence_;
+  RuleTally& tally_;
+  Progress& progress_;
+  std::vector<std::uint32_t> nodes_ = {0};
+  std::vector<std::uint32_t> counts_ = {kNone};
+  std::vector<std::vector<Cursor>> cursors_;  // by depth
+  std::vector<std::uint32_t> greatest_;       // by support, 0 where it is not known yet
+  std::uint64_t visited_ = 0;                 // subsets since the last pulse
+};
+
+void ItemsetTrie::CountRules(float minimum_confidence, RuleTally& tally, Progress& progress) const {
+  TrieRuleCounter(*this, minimum_confidence, tally, progress).Visit(0, 0);
+}
+
+}  // namespace selvane

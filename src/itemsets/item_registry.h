@@ -1,0 +1,35 @@
+// The items of a term table: which taxonomy nodes its rows hold.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/progress.h"
+#include "data/transaction_source.h"
+#include "itemsets/row_bits.h"
+#include "taxonomy/taxonomy_store.h"
+
+namespace selvane {
+
+// Every node found for a row of a term table, in order of first appearance: for each row the nodes of its
+// terms and then, when generalizing, their ancestors. Rows of the same id are one row of the bitsets, but
+// each counts in `row_count`.
+struct ItemRegistry {
+  std::vector<NodeNumber> nodes;
+  std::vector<NodeNumber> direct;       // those first met as the node of a term
+  std::vector<NodeNumber> generalized;  // those first met as an ancestor
+  RowBits rows;                         // for each of `nodes`, the rows that hold it
+  std::uint32_t row_count = 0;
+  std::size_t zero_row = SIZE_MAX;  // the bit of the row whose id is 0, if there is one
+};
+
+// Reads the table once. The taxonomy is asked once for each column that is 1 somewhere; the result is that of
+// TaxonomyStore::RecordItems and RecordAncestors for every row. Throws DatabaseError.
+ItemRegistry ReadItems(TransactionSource& source, std::string_view table,
+                       std::span<const std::string> item_names, const TaxonomyStore& taxonomy,
+                       bool generalize, Progress& progress);
+
+}  // namespace selvane

@@ -1,0 +1,16 @@
+#include "itemsets/least_rows.h"
+
+namespace selvane {
+
+std::uint32_t LeastRows(float fraction, std::uint32_t row_count) {
+  std::uint32_t low = 0;
+  std::uint32_t high = row_count + 1;  // the ratio grows with the rows, so the border is found by halving
+  while (low < high) {
+    const std::uint32_t middle = low + (high - low) / 2;
+    const bool reached = static_cast<float>(middle) / static_cast<float>(row_count) >= fraction;
+    reached ? high = middle : low = middle + 1;
+  }
+  return low;
+}
+
+}  // namespace selvane

@@ -1,0 +1,162 @@
+#include "apriori/rule_generator.h"
+
+#include <fmt/format.h>
+
+#include "apriori/generalized_apriori.h"
+#include "support/random_tables.h"
+
+namespace selvane::tests {
+
+using Texts = std::vector<std::string>;
+using Items = std::vector<std::uint32_t>;
+
+// Rules by looking every count up with a scan of its own, every subset tried.
+class PlainGenerator {
+ public:
+  PlainGenerator(const std::string& file, std::uint32_t count, std::uint32_t rows, float confidence)
+      : rows_(static_cast<float>(rows)), confidence_(confidence) {
+    ItemsetFile reader;
+    reader.OpenForReading(file);
+    for (std::uint32_t i = 0; i < count; ++i) reader.ReadNext(records_.emplace_back());
+  }
+
+  Texts Run() {
+    for (const ItemsetRecord& record : records_) {
+      const std::size_t size = record.items.size();
+      if (size < 2) continue;
+      std::vector<std::vector<std::size_t>> level;
+      for (std::size_t i = 0; i < size; ++i) level.push_back({i});
+      for (std::size_t m = 1; m < size; ++m) {
+        std::vector<std::vector<std::size_t>> next;
+        for (const auto& consequent : level) {
+          Try(record, consequent);
+          for (std::size_t y = consequent.back() + 1; y < size; ++y) {
+            next.push_back(consequent);
+            next.back().push_back(y);
+          }
+        }
+        level = std::move(next);
+      }
+    }
+    return rules_;
+  }
+
+ private:
+  std::uint32_t CountOf(const Items& items) const {
+    for (const ItemsetRecord& record : records_) {
+      if (record.items == items) return record.support;
+    }
+    return 0;
+  }
+
+  void Try(const ItemsetRecord& record, const std::vector<std::size_t>& consequent) {
+    Items a;
+    Items h;
+    for (std::size_t i = 0; i < record.items.size(); ++i) {
+      const bool in_h = std::find(consequent.begin(), consequent.end(), i) != consequent.end();
+      (in_h ? h : a).push_back(record.items[i]);
+    }
+    const std::uint32_t count = CountOf(a);
+    const auto support = static_cast<float>(record.support);
+    const float confidence = count == 0 ? 0 : support / static_cast<float>(count);
+    if (confidence < confidence_) return;
+    rules_.push_back(fmt::format("{}-|{}-|{:.6f}|{:.6f}|{:.6f}|{:.6f}|{}|{}", fmt::join(a, "-"),
+                                 fmt::join(h, "-"), support / rows_, confidence,
+                                 static_cast<float>(count) / rows_, static_cast<float>(CountOf(h)) / rows_,
+                                 a.size(), h.size()));
+  }
+
+  std::vector<ItemsetRecord> records_;
+  float rows_;
+  float confidence_;
+  Texts rules_;
+};
+
+Texts StoredRules(RulesStore& store) {
+  Texts rules;
+  store.OpenRulesTable("Extracted");
+  Rule rule;
+  for (long i = 1; i <= store.CountRules(); ++i) {
+    store.LoadRule(i, rule);
+    rules.push_back(fmt::format("{}|{}|{:.6f}|{:.6f}|{:.6f}|{:.6f}|{}|{}", ItemsetToText(rule.antecedent),
+                                ItemsetToText(rule.consequent), rule.support, rule.confidence, rule.pa,
+                                rule.pc, rule.aspec, rule.cspec));
+  }
+  return rules;
+}
+
+class RuleGeneratorTest : public FolderTest {};
+
+TEST_F(RuleGeneratorTest, EqualsLookingEveryCountUp) {
+  std::size_t total = 0;
+  for (unsigned seed = 0; seed < 60; ++seed) {
+    const std::string input = MakeRandomInput(seed);
+    const TaxonomyStore taxonomy("tax.mdb");
+    TransactionSource source;
+    source.Open("terms.mdb");
+    SilentProgress progress;
+    GeneralizedApriori engine(source, "T", seed % 2 == 0 ? 0.2F : 0.4F, taxonomy, seed % 3 != 0, "sets.dat");
+    engine.Run(progress);
+    if (engine.itemsets_written() > 400) continue;  // the plain way is quadratic
+    const float confidence = std::vector<float>{0.01F, 0.5F, 0.75F, 1.0F}[seed % 4];
+    const Texts plain =
+        PlainGenerator("sets.dat", engine.itemsets_written(), engine.row_count(), confidence).Run();
+    total += plain.size();
+    // In memory, in batches of some records, and in batches of one.
+    const std::size_t budgets[][2] = {{1 << 20, 1}, {0, 20000}, {0, 1}};
+    for (const auto& [file_budget, scan_budget] : budgets) {
+      std::filesystem::remove("rules.mdb");
+      RulesStore store;
+      store.CreateRulesDatabase("rules.mdb", "Extracted");
+      store.SetTargetTable("Extracted");
+      RuleGenerator generator(confidence, taxonomy, engine.row_count(),
+                              {"sets.dat", engine.itemsets_written(), file_budget, scan_budget, kMostRules});
+      ASSERT_EQ(generator.Tally(progress).total(), plain.size()) << input;
+      RecordingProgress recorded;
+      ASSERT_EQ(generator.Generate(store, {}, recorded), static_cast<long>(plain.size()));
+      ASSERT_EQ(recorded.steps, static_cast<int>(engine.itemsets_written()));
+      ASSERT_EQ(StoredRules(store), plain) << input;
+    }
+  }
+  EXPECT_GT(total, 3000U);
+}
+
+TEST_F(RuleGeneratorTest, ShowsLinesAndStopsWhereTheTableIsFull) {
+  LoadText(NodeLine("Asthma", "C1") + NodeLine("Fever", "C2") + NodeLine("Cough", "C3"), "tax.mdb");
+  const TaxonomyStore taxonomy("tax.mdb");
+  ItemsetFile file;
+  file.OpenForWriting("sets.dat");
+  const std::vector<std::pair<Items, std::uint32_t>> records = {
+      {{2}, 4}, {{4}, 4}, {{3}, 5}, {{2, 4}, 3}, {{2, 3}, 4}, {{4, 3}, 4}, {{2, 4, 3}, 3}};
+  for (const auto& [items, support] : records) file.Write(items, support);
+  file.Close();
+  RulesStore store;
+  store.CreateRulesDatabase("rules.mdb", "Extracted");
+  store.SetTargetTable("Extracted");
+  Texts lines;
+  RecordingProgress progress;
+  RuleGenerator generator(0.75F, taxonomy, 5, {"sets.dat", 7, 1 << 20, 1 << 20, 7});
+  EXPECT_EQ(generator.Generate(
+                store, [&](std::string_view line) { lines.emplace_back(line); }, progress),
+            7);
+  EXPECT_EQ(lines,
+            (Texts{"Cough   => Asthma  ", "Asthma   => Cough  ", "Fever   => Asthma  ", "Asthma   => Fever  ",
+                   "Fever   => Cough  ", "Cough   => Fever  ", "Cough AND Fever   => Asthma  "}));
+  EXPECT_EQ(StoredRules(store)[3], "2-|3-|0.800000|1.000000|0.800000|1.000000|1|1");
+}
+
+TEST(RuleTally, NamesThresholdsThatJustFit) {
+  for (std::uint32_t rows = 3; rows < 700; ++rows) {
+    const float lower = static_cast<float>(rows - 2) / static_cast<float>(rows);
+    RuleTally tally(rows);
+    tally.Add(lower, rows - 2);
+    tally.Add(1, rows);
+    for (const double threshold : {tally.FittingSupport(1).value(), tally.FittingConfidence(1).value()}) {
+      EXPECT_LT(lower, static_cast<float>(threshold)) << rows;
+      EXPECT_LE(threshold, 1) << rows;
+    }
+    EXPECT_FALSE(tally.FittingSupport(0) || tally.FittingConfidence(0));
+  }
+}
+
+}  // namespace selvane::tests
