@@ -11,7 +11,7 @@
 #include "base/text.h"
 #include "cli/cli.h"
 #include "cli/rules_output.h"
-#include "closed/closed_results.h"
+#include "closed/closed_result_files.h"
 #include "mining/closed_extraction.h"
 #include "mining/extraction.h"
 #include "rules/rule_list.h"

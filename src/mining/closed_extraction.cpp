@@ -4,7 +4,9 @@
 
 #include "base/error.h"
 #include "closed/closed_itemset_search.h"
-#include "closed/closed_results.h"
+#include "closed/closed_result_files.h"
+#include "closed/closed_rule_storer.h"
+#include "closed/found_itemsets.h"
 #include "itemsets/least_rows.h"
 #include "mining/extraction_steps.h"
 #include "rules/rules_info.h"

@@ -1,0 +1,78 @@
+#include "closed/found_itemsets.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include "rules/rules_store.h"
+
+namespace selvane {
+
+FoundItemsets::FoundItemsets(const std::filesystem::path& folder, std::span<const NodeNumber> nodes,
+                             std::uint32_t row_count)
+    : nodes_(nodes), closed_(folder / "FC_s.dat"), pairs_(folder / "FPC_s.dat"), tally_(row_count) {
+  for (const NodeNumber node : nodes)
+    text_sizes_.push_back(static_cast<int>(ItemsetToText({&node, 1}).size()));
+}
+
+void FoundItemsets::Encode(std::span<const std::uint32_t> items, std::uint32_t support, std::string& bytes) {
+  numbers_.clear();
+  for (const std::uint32_t item : items) numbers_.push_back(static_cast<std::uint32_t>(nodes_[item]));
+  bytes.clear();
+  AppendRecord(numbers_, support, bytes);
+}
+
+int FoundItemsets::TextSize(std::span<const std::uint32_t> items) const {
+  return std::accumulate(items.begin(), items.end(), 0,
+                         [this](int sum, std::uint32_t item) { return sum + text_sizes_[item]; });
+}
+
+void FoundItemsets::OnGenerator(std::span<const std::uint32_t> generator,
+                                std::span<const std::uint32_t> closure, std::uint32_t support,
+                                bool is_first) {
+  Encode(generator, support, generator_);
+  generator_size_ = generator.size();
+  generator_support_ = support;
+  generator_text_size_ = TextSize(generator);
+  ++generator_count_;
+  AddPair(closure, support);
+  if (generator.size() < closure.size()) ++exact_count_;
+  if (!is_first) return;
+  closed_.Add(closure.size(), {larger_});
+  ++closed_count_;
+  largest_size_ = std::max(largest_size_, closure.size());
+}
+
+void FoundItemsets::OnLarger(std::span<const std::uint32_t> larger, std::uint32_t support) {
+  AddPair(larger, support);
+}
+
+void FoundItemsets::AddPair(std::span<const std::uint32_t> larger, std::uint32_t support) {
+  Encode(larger, support, larger_);
+  pairs_.Add(larger.size(), {generator_, larger_});
+  ++pair_count_;
+  if (larger.size() == generator_size_) return;
+  if (std::max(generator_text_size_, TextSize(larger) - generator_text_size_) > kLongestItemsetText) {
+    ++too_long_count_;
+  } else {
+    tally_.Add(static_cast<float>(support) / static_cast<float>(generator_support_), support);
+  }
+}
+
+void FoundItemsets::ForEachPair(Progress& progress, const VisitPair& visit) {
+  progress.SetRange(0, 100);
+  progress.SetPosition(0);
+  std::uint64_t done = 0;
+  pairs_.ForEachBlock([&](std::string_view records) {
+    while (!records.empty()) {
+      const EncodedRecord generator = TakeRecord(records);
+      visit(generator, TakeRecord(records));
+      if (++done % 256 == 0) {
+        progress.SetPosition(static_cast<int>(done * 100 / pair_count_));
+        progress.Pulse();
+      }
+    }
+  });
+  progress.SetPosition(100);
+}
+
+}  // namespace selvane
