@@ -23,7 +23,7 @@ GeneralizedApriori::GeneralizedApriori(TransactionSource& source, std::string ta
 }
 
 std::vector<std::uint32_t> GeneralizedApriori::SelectSingleItems() {
-  std::vector<std::uint32_t> support;
+  std::vector<std::uint32_t> support_counts;
   std::vector<std::size_t> chosen;
   known_.least_rows = std::max(1U, LeastRows(minimum_support_, registry_.row_count));
   const std::size_t words = registry_.rows.words();
@@ -35,7 +35,7 @@ std::vector<std::uint32_t> GeneralizedApriori::SelectSingleItems() {
     if (count < known_.least_rows) continue;
     chosen.push_back(i);
     nodes_.push_back(registry_.nodes[i]);
-    support.push_back(count);
+    support_counts.push_back(count);
   }
   known_.rows = RowBits(chosen.size(), words * 64);
   for (std::size_t i = 0; i < chosen.size(); ++i) {
@@ -44,7 +44,7 @@ std::vector<std::uint32_t> GeneralizedApriori::SelectSingleItems() {
     if (registry_.zero_row != SIZE_MAX) known_.rows.Clear(i, registry_.zero_row);
   }
   registry_.rows = RowBits();
-  return support;
+  return support_counts;
 }
 
 void GeneralizedApriori::RankItems() {
@@ -70,7 +70,7 @@ void GeneralizedApriori::WriteLevel(const Level& level) {
     ++itemsets_written_;
     if (!file_error_.empty()) continue;
     try {
-      file_.Write(record_items_, level.support[i]);
+      file_.Write(record_items_, level.support_counts[i]);
     } catch (const FileError& error) {
       file_error_ = error.what();
     }
@@ -97,9 +97,9 @@ void GeneralizedApriori::Run(Progress& progress) {
   progress.SetRange(0, 100);
   progress.SetPosition(0);
   registry_ = ReadItems(source_, table_, item_names_, taxonomy_, generalize_, progress);
-  std::vector<std::uint32_t> support = SelectSingleItems();
+  std::vector<std::uint32_t> support_counts = SelectSingleItems();
   RankItems();
-  Level level = FirstLevel(known_, std::move(support));
+  Level level = FirstLevel(known_, std::move(support_counts));
   single_items_ = static_cast<std::uint32_t>(level.size());
   progress.SetPosition(10);
   try {

@@ -74,7 +74,7 @@ std::optional<ItemsetTrie> ItemsetTrie::Load(const std::filesystem::path& path, 
       parent = trie.NodeOf(leading);
       if (parent == kNone) return std::nullopt;
     }
-    level.push_back({parent, record.items.back(), record.support});
+    level.push_back({parent, record.items.back(), record.support_count});
     if (i % 16384 == 0) progress.Pulse();
   }
   if (!trie.AddLevel(level)) return std::nullopt;
@@ -133,11 +133,11 @@ class TrieRuleCounter {
   };
 
   // Subset m is the antecedent of one division, for each m but the first and the last.
-  void CountDivisions(std::uint32_t support, std::size_t subsets) {
-    const std::uint32_t greatest = GreatestAntecedent(support);
+  void CountDivisions(std::uint32_t support_count, std::size_t subsets) {
+    const std::uint32_t greatest = GreatestAntecedent(support_count);
     for (std::size_t m = 1; m + 1 < subsets; ++m) {
       if (counts_[m] <= greatest) {
-        tally_.Add(static_cast<float>(support) / static_cast<float>(counts_[m]), support);
+        tally_.Add(static_cast<float>(support_count) / static_cast<float>(counts_[m]), support_count);
       }
     }
     visited_ += subsets;
@@ -147,14 +147,14 @@ class TrieRuleCounter {
   }
 
   // The greatest count of an antecedent with which the confidence still reaches the minimum.
-  std::uint32_t GreatestAntecedent(std::uint32_t support) {
-    if (greatest_.size() <= support) greatest_.resize(support + std::size_t{1}, 0);
-    std::uint32_t& greatest = greatest_[support];
+  std::uint32_t GreatestAntecedent(std::uint32_t support_count) {
+    if (greatest_.size() <= support_count) greatest_.resize(support_count + std::size_t{1}, 0);
+    std::uint32_t& greatest = greatest_[support_count];
     if (greatest != 0) return greatest;
-    const double bound = static_cast<double>(support) / static_cast<double>(minimum_confidence_) + 2;
+    const double bound = static_cast<double>(support_count) / static_cast<double>(minimum_confidence_) + 2;
     greatest = static_cast<std::uint32_t>(std::min(bound, 4e9));
-    while (greatest > support &&
-           static_cast<float>(support) / static_cast<float>(greatest) < minimum_confidence_) {
+    while (greatest > support_count &&
+           static_cast<float>(support_count) / static_cast<float>(greatest) < minimum_confidence_) {
       --greatest;
     }
     return greatest;

@@ -10,7 +10,7 @@ namespace {
 // A frequent union of an itemset with a later one of its group.
 struct Join {
   std::uint32_t partner;
-  std::uint32_t support;
+  std::uint32_t support_count;
 };
 
 // The joins of each itemset, kept in the order of the groups.
@@ -107,8 +107,8 @@ class Joiner {
         rows = rows_[0];
       }
       ++counted_;
-      const std::uint32_t support = bits_.count_and(rows, known_.rows[other], words);
-      if (support >= known_.least_rows) joins_.all.push_back({partner, support});
+      const std::uint32_t support_count = bits_.count_and(rows, known_.rows[other], words);
+      if (support_count >= known_.least_rows) joins_.all.push_back({partner, support_count});
     }
   }
 
@@ -153,14 +153,14 @@ void Group(const Level& level, const LevelItems& known, std::span<const std::uin
 
 }  // namespace
 
-Level FirstLevel(const LevelItems& known, std::vector<std::uint32_t> support) {
+Level FirstLevel(const LevelItems& known, std::vector<std::uint32_t> support_counts) {
   Level level;
   level.set_size = 1;
   level.items.resize(known.rank.size());
   std::iota(level.items.begin(), level.items.end(), 0U);
   level.members = level.items;
   level.group_begin = {0, level.members.size()};
-  level.support = std::move(support);
+  level.support_counts = std::move(support_counts);
   return level;
 }
 
@@ -171,7 +171,7 @@ Level NextLevel(const Level& level, const LevelItems& known,
   Level next;
   next.set_size = level.set_size + 1;
   next.items.reserve(joins.all.size() * next.set_size);
-  next.support.reserve(joins.all.size());
+  next.support_counts.reserve(joins.all.size());
   std::vector<std::uint32_t> beginnings;
   beginnings.reserve(joins.all.size());
   for (std::size_t i = 0; i < level.size(); ++i) {
@@ -182,7 +182,7 @@ Level NextLevel(const Level& level, const LevelItems& known,
       const auto begin = level.Set(first);
       next.items.insert(next.items.end(), begin.begin(), begin.end());
       next.items.push_back(level.Last(second));
-      next.support.push_back(join.support);
+      next.support_counts.push_back(join.support_count);
       beginnings.push_back(first);
     }
   }

@@ -41,12 +41,12 @@ class PairTable {
 // lexicographic order so that neighbours share most of their items.
 struct Level {
   std::size_t set_size = 0;
-  std::vector<std::uint32_t> items;      // set_size for each itemset, in canonical order
-  std::vector<std::uint32_t> support;    // rows of each itemset
-  std::vector<std::uint32_t> members;    // itemsets, group by group
-  std::vector<std::size_t> group_begin;  // where each group begins in `members`, and its end
+  std::vector<std::uint32_t> items;           // set_size for each itemset, in canonical order
+  std::vector<std::uint32_t> support_counts;  // rows of each itemset
+  std::vector<std::uint32_t> members;         // itemsets, group by group
+  std::vector<std::size_t> group_begin;       // where each group begins in `members`, and its end
 
-  std::size_t size() const { return support.size(); }
+  std::size_t size() const { return support_counts.size(); }
   std::span<const std::uint32_t> Set(std::size_t i) const {
     return std::span(items).subspan(i * set_size, set_size);
   }
@@ -54,7 +54,7 @@ struct Level {
 };
 
 // The first level: all items of `known`, each with its number of rows, in one group.
-Level FirstLevel(const LevelItems& known, std::vector<std::uint32_t> support);
+Level FirstLevel(const LevelItems& known, std::vector<std::uint32_t> support_counts);
 
 // The next level: every two itemsets of one group whose last items `may_join`, when their union is frequent.
 //

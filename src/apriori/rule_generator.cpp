@@ -56,7 +56,8 @@ class Divider {
       ((consequent >> i & 1U) != 0 ? consequent_ : antecedent_).push_back(record.items[i]);
     }
     const std::optional<std::uint32_t> count = counts.Find(antecedent_);
-    const float confidence = count ? static_cast<float>(record.support) / static_cast<float>(*count) : 0.0F;
+    const float confidence =
+        count ? static_cast<float>(record.support_count) / static_cast<float>(*count) : 0.0F;
     if (confidence >= minimum_confidence_) {
       visit(Division{antecedent_, consequent_, count.value_or(0), confidence});
       return true;
@@ -108,7 +109,7 @@ RuleTally RuleGenerator::Tally(Progress& progress) {
   Divider divider(minimum_confidence_);
   ForEach(progress, [&](const ItemsetRecord& record, const SupportCounts& counts) {
     divider.ForEach(record, counts,
-                    [&](const Division& division) { tally.Add(division.confidence, record.support); });
+                    [&](const Division& division) { tally.Add(division.confidence, record.support_count); });
     return true;
   });
   return tally;
@@ -126,7 +127,7 @@ long RuleGenerator::Generate(RulesStore& rules, const RuleLine& line, Progress& 
     if (stored >= options_.most_rules) return;
     rule.antecedent.assign(division.antecedent.begin(), division.antecedent.end());
     rule.consequent.assign(division.consequent.begin(), division.consequent.end());
-    rule.support = static_cast<float>(record.support) / rows;
+    rule.support = static_cast<float>(record.support_count) / rows;
     rule.confidence = division.confidence;
     rule.pa = static_cast<float>(division.antecedent_count) / rows;
     rule.pc = static_cast<float>(counts.Find(division.consequent).value_or(0)) / rows;

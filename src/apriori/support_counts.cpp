@@ -141,7 +141,7 @@ void ForEachItemsetInBatches(const std::filesystem::path& path, std::uint32_t it
     }
     ForEachItemset(path, itemset_count, table, progress,
                    [&table](const ItemsetRecord& record, const SupportCounts&) {
-                     table.Answer(record.items, record.support);
+                     table.Answer(record.items, record.support_count);
                      return true;
                    });
     for (const ItemsetRecord& record : batch) {

@@ -50,8 +50,8 @@ void ClosedItemsetSearch::Run() {
   root.all_rows = root.own_rows;
   root.has_critical = true;
   for (std::uint32_t item = 0; item < bits_.size(); ++item) {
-    const std::uint32_t support = operations_.count_and(items_[item], items_[item], items_.words());
-    if (support >= options_.least_rows) root.rest.push_back({item, support});
+    const std::uint32_t support_count = operations_.count_and(items_[item], items_[item], items_.words());
+    if (support_count >= options_.least_rows) root.rest.push_back({item, support_count});
   }
   for (std::size_t i = 0; i < root.rest.size(); ++i) {
     Descend(0, root.rest[i]);
@@ -67,7 +67,7 @@ void ClosedItemsetSearch::Descend(std::size_t depth, const ItemSupport& next) {
   const Frame& parent = frames_[depth];
   Frame& frame = FrameAt(depth + 1);
   generator_.push_back(next.item);
-  frame.support = next.support;
+  frame.support_count = next.support_count;
   frame.has_critical = false;
   if (parent.packed_items) {
     frame.items = &*parent.packed_items;
@@ -82,10 +82,10 @@ void ClosedItemsetSearch::Descend(std::size_t depth, const ItemSupport& next) {
   frame.closure.push_back(next.item);
   // How many rows a larger closed itemset must have. An item with fewer matters to extensions only.
   const std::uint32_t enough =
-      std::max(options_.least_rows, LeastRows(options_.min_confidence, frame.support));
+      std::max(options_.least_rows, LeastRows(options_.min_confidence, frame.support_count));
   CountRest(parent, next.item, enough, frame);
   std::sort(frame.closure.begin(), frame.closure.end());
-  sink_.OnGenerator(generator_, frame.closure, frame.support, IsFirst(frame));
+  sink_.OnGenerator(generator_, frame.closure, frame.support_count, IsFirst(frame));
   TellLarger(frame, enough);
   ExtendAll(depth + 1);
   generator_.pop_back();
@@ -99,10 +99,10 @@ void ClosedItemsetSearch::CountRest(const Frame& parent, std::uint32_t item, std
   frame.rest.clear();
   for (const ItemSupport& other : parent.rest) {
     if (other.item == item) continue;
-    std::uint32_t count = other.support;
+    std::uint32_t count = other.support_count;
     if (other.item > item || count >= enough) {
       count = operations_.count_and(frame.rows, (*frame.items)[other.item], frame.items->words());
-      if (count == frame.support) {
+      if (count == frame.support_count) {
         frame.closure.push_back(other.item);
         continue;
       }
@@ -114,11 +114,11 @@ void ClosedItemsetSearch::CountRest(const Frame& parent, std::uint32_t item, std
 void ClosedItemsetSearch::TellLarger(const Frame& frame, std::uint32_t enough) {
   candidates_.clear();
   std::copy_if(frame.rest.begin(), frame.rest.end(), std::back_inserter(candidates_),
-               [enough](const ItemSupport& other) { return other.support >= enough; });
+               [enough](const ItemSupport& other) { return other.support_count >= enough; });
   if (candidates_.empty()) return;
-  const auto tell = [this](std::span<const std::uint32_t> larger, std::uint32_t support) {
+  const auto tell = [this](std::span<const std::uint32_t> larger, std::uint32_t support_count) {
     if (++visited_ % 64 == 0) progress_.Pulse();
-    sink_.OnLarger(larger, support);
+    sink_.OnLarger(larger, support_count);
   };
   if (options_.covers_only) {
     larger_.ForEachCover(*frame.items, frame.closure, frame.rows, candidates_, tell);
@@ -152,7 +152,7 @@ void ClosedItemsetSearch::ExtendAll(std::size_t depth) {
     return other.item > generator_.back();
   });
   if (first == frame.rest.end()) return;
-  if (frame.rest.end() - first >= options_.least_to_pack && frame.support < frame.items->words() * 32)
+  if (frame.rest.end() - first >= options_.least_to_pack && frame.support_count < frame.items->words() * 32)
     Pack(frame);
   for (auto next = first; next != frame.rest.end(); ++next) {
     if (StaysMinimal(depth, next->item)) Descend(depth, *next);
@@ -204,7 +204,7 @@ bool ClosedItemsetSearch::StaysMinimal(std::size_t depth, std::uint32_t item) {
 
 void ClosedItemsetSearch::Pack(Frame& frame) {
   packed_order_.clear();
-  frame.packed = RowBits(frame.rest.size(), frame.support);
+  frame.packed = RowBits(frame.rest.size(), frame.support_count);
   for (std::size_t i = 0; i < frame.rest.size(); ++i) {
     packed_order_.push_back(frame.rest[i].item);
     operations_.pack((*frame.items)[frame.rest[i].item], frame.rows, frame.packed[i], frame.items->words());

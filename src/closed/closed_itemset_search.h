@@ -21,10 +21,10 @@ class ClosedItemsetSink {
   // A minimal generator and its closure, and in how many rows either stands. `is_first` is true for exactly
   // one generator of each closed itemset.
   virtual void OnGenerator(std::span<const std::uint32_t> generator, std::span<const std::uint32_t> closure,
-                           std::uint32_t support, bool is_first) = 0;
+                           std::uint32_t support_count, bool is_first) = 0;
   // A closed itemset that is larger than the closure of the generator just told of, and which enough of the
   // generator's rows hold.
-  virtual void OnLarger(std::span<const std::uint32_t> larger, std::uint32_t support) = 0;
+  virtual void OnLarger(std::span<const std::uint32_t> larger, std::uint32_t support_count) = 0;
 };
 
 // Visits every frequent minimal generator once, depth first. An itemset is closed when no other item stands
@@ -62,7 +62,7 @@ class ClosedItemsetSearch {
  private:
   // One generator of the current path.
   struct Frame {
-    std::uint32_t support = 0;
+    std::uint32_t support_count = 0;
     // The rows of the generator, in the space of `items`: in `own_rows`, or elsewhere.
     const ItemRows* items = nullptr;
     const RowWord* rows = nullptr;

@@ -30,7 +30,7 @@ ClosedResultFiles::ClosedResultFiles() {
 }
 
 void ClosedResultFiles::AddPair(const EncodedRecord& generator, const EncodedRecord& larger) {
-  const bool is_closure = generator.support == larger.support;
+  const bool is_closure = generator.support_count == larger.support_count;
   if (is_closure) files_[kGenerators]->records.WriteEncoded(generator.bytes);
   if (generator.size() == larger.size()) return;
   const std::string_view both(generator.bytes.data(), generator.bytes.size() + larger.bytes.size());

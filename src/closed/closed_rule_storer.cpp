@@ -32,9 +32,9 @@ void ClosedRuleStorer::Store(const EncodedRecord& generator, const EncodedRecord
       std::max(ItemsetToText(rule_.antecedent).size(), ItemsetToText(rule_.consequent).size());
   if (longest > std::size_t{kLongestItemsetText}) return;
   const auto rows = static_cast<float>(items_.row_count);
-  rule_.support = static_cast<float>(larger.support) / rows;
-  rule_.confidence = static_cast<float>(larger.support) / static_cast<float>(generator.support);
-  rule_.pa = static_cast<float>(generator.support) / rows;
+  rule_.support = static_cast<float>(larger.support_count) / rows;
+  rule_.confidence = static_cast<float>(larger.support_count) / static_cast<float>(generator.support_count);
+  rule_.pa = static_cast<float>(generator.support_count) / rows;
   rule_.pc = static_cast<float>(SupportOf(consequent)) / rows;
   rule_.aspec = static_cast<std::int32_t>(rule_.antecedent.size());
   rule_.cspec = static_cast<std::int32_t>(rule_.consequent.size());

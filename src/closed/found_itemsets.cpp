@@ -14,11 +14,12 @@ FoundItemsets::FoundItemsets(const std::filesystem::path& folder, std::span<cons
     text_sizes_.push_back(static_cast<int>(ItemsetToText({&node, 1}).size()));
 }
 
-void FoundItemsets::Encode(std::span<const std::uint32_t> items, std::uint32_t support, std::string& bytes) {
+void FoundItemsets::Encode(std::span<const std::uint32_t> items, std::uint32_t support_count,
+                           std::string& bytes) {
   numbers_.clear();
   for (const std::uint32_t item : items) numbers_.push_back(static_cast<std::uint32_t>(nodes_[item]));
   bytes.clear();
-  AppendRecord(numbers_, support, bytes);
+  AppendRecord(numbers_, support_count, bytes);
 }
 
 int FoundItemsets::TextSize(std::span<const std::uint32_t> items) const {
@@ -27,14 +28,14 @@ int FoundItemsets::TextSize(std::span<const std::uint32_t> items) const {
 }
 
 void FoundItemsets::OnGenerator(std::span<const std::uint32_t> generator,
-                                std::span<const std::uint32_t> closure, std::uint32_t support,
+                                std::span<const std::uint32_t> closure, std::uint32_t support_count,
                                 bool is_first) {
-  Encode(generator, support, generator_);
+  Encode(generator, support_count, generator_);
   generator_size_ = generator.size();
-  generator_support_ = support;
+  generator_support_count_ = support_count;
   generator_text_size_ = TextSize(generator);
   ++generator_count_;
-  AddPair(closure, support);
+  AddPair(closure, support_count);
   if (generator.size() < closure.size()) ++exact_count_;
   if (!is_first) return;
   closed_.Add(closure.size(), {larger_});
@@ -42,19 +43,20 @@ void FoundItemsets::OnGenerator(std::span<const std::uint32_t> generator,
   largest_size_ = std::max(largest_size_, closure.size());
 }
 
-void FoundItemsets::OnLarger(std::span<const std::uint32_t> larger, std::uint32_t support) {
-  AddPair(larger, support);
+void FoundItemsets::OnLarger(std::span<const std::uint32_t> larger, std::uint32_t support_count) {
+  AddPair(larger, support_count);
 }
 
-void FoundItemsets::AddPair(std::span<const std::uint32_t> larger, std::uint32_t support) {
-  Encode(larger, support, larger_);
+void FoundItemsets::AddPair(std::span<const std::uint32_t> larger, std::uint32_t support_count) {
+  Encode(larger, support_count, larger_);
   pairs_.Add(larger.size(), {generator_, larger_});
   ++pair_count_;
   if (larger.size() == generator_size_) return;
   if (std::max(generator_text_size_, TextSize(larger) - generator_text_size_) > kLongestItemsetText) {
     ++too_long_count_;
   } else {
-    tally_.Add(static_cast<float>(support) / static_cast<float>(generator_support_), support);
+    tally_.Add(static_cast<float>(support_count) / static_cast<float>(generator_support_count_),
+               support_count);
   }
 }
 

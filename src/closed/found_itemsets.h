@@ -26,8 +26,8 @@ class FoundItemsets final : public ClosedItemsetSink {
                 std::uint32_t row_count);
 
   void OnGenerator(std::span<const std::uint32_t> generator, std::span<const std::uint32_t> closure,
-                   std::uint32_t support, bool is_first) override;
-  void OnLarger(std::span<const std::uint32_t> larger, std::uint32_t support) override;
+                   std::uint32_t support_count, bool is_first) override;
+  void OnLarger(std::span<const std::uint32_t> larger, std::uint32_t support_count) override;
 
   std::uint64_t closed_itemsets() const { return closed_count_; }
   std::uint64_t generators() const { return generator_count_; }
@@ -48,9 +48,9 @@ class FoundItemsets final : public ClosedItemsetSink {
   void ForEachPair(Progress& progress, const VisitPair& visit);
 
  private:
-  void Encode(std::span<const std::uint32_t> items, std::uint32_t support, std::string& bytes);
+  void Encode(std::span<const std::uint32_t> items, std::uint32_t support_count, std::string& bytes);
   int TextSize(std::span<const std::uint32_t> items) const;
-  void AddPair(std::span<const std::uint32_t> larger, std::uint32_t support);
+  void AddPair(std::span<const std::uint32_t> larger, std::uint32_t support_count);
 
   std::span<const NodeNumber> nodes_;
   std::vector<int> text_sizes_;  // of each item, in the text of an itemset
@@ -58,7 +58,7 @@ class FoundItemsets final : public ClosedItemsetSink {
   ItemsetSorter pairs_;
   RuleTally tally_;
   std::size_t generator_size_ = 0;
-  std::uint32_t generator_support_ = 0;
+  std::uint32_t generator_support_count_ = 0;
   int generator_text_size_ = 0;
   std::string generator_;  // encoded
   std::string larger_;

@@ -14,25 +14,26 @@ void LargerClosedItemsets::ForEachCover(const ItemRows& items, std::span<const s
                                         const Visit& visit) {
   sorted_.assign(candidates.begin(), candidates.end());
   std::sort(sorted_.begin(), sorted_.end(), [](const ItemSupport& a, const ItemSupport& b) {
-    return a.support != b.support ? a.support > b.support : a.item < b.item;
+    return a.support_count != b.support_count ? a.support_count > b.support_count : a.item < b.item;
   });
   done_.assign(sorted_.size(), false);
   for (std::size_t i = 0; i < sorted_.size(); ++i) {
     if (done_[i]) continue;
-    const auto [item, support] = sorted_[i];
+    const auto [item, support_count] = sorted_[i];
     // Whatever stands between is reached by an item with more rows.
     std::size_t equal = 0;
-    while (sorted_[equal].support > support && !Implies(items, rows, item, sorted_[equal].item)) ++equal;
-    if (sorted_[equal].support > support) continue;
+    while (sorted_[equal].support_count > support_count && !Implies(items, rows, item, sorted_[equal].item))
+      ++equal;
+    if (sorted_[equal].support_count > support_count) continue;
     larger_.assign(closure.begin(), closure.end());
     larger_.push_back(item);
-    for (std::size_t j = i + 1; j < sorted_.size() && sorted_[j].support == support; ++j) {
+    for (std::size_t j = i + 1; j < sorted_.size() && sorted_[j].support_count == support_count; ++j) {
       if (done_[j] || !Implies(items, rows, item, sorted_[j].item)) continue;
       done_[j] = true;
       larger_.push_back(sorted_[j].item);
     }
     std::sort(larger_.begin(), larger_.end());
-    visit(larger_, support);
+    visit(larger_, support_count);
   }
 }
 
@@ -50,7 +51,7 @@ void LargerClosedItemsets::Extend(const ItemRows& items, std::size_t depth,
   if (frames_.size() <= depth) frames_.emplace_back();
   Frame& frame = frames_[depth];
   for (std::size_t i = first; i < candidates.size(); ++i) {
-    const auto [item, support] = candidates[i];
+    const auto [item, support_count] = candidates[i];
     // An itemset whose closure holds an earlier item is reached from that one.
     std::size_t earlier = 0;
     while (earlier < i && !Implies(items, rows, item, candidates[earlier].item)) ++earlier;
@@ -68,14 +69,14 @@ void LargerClosedItemsets::Extend(const ItemRows& items, std::size_t depth,
       }
       const std::uint32_t other = candidates[j].item;
       const std::uint32_t count = operations_.count_and(frame.rows.data(), items[other], items.words());
-      if (count == support) {
+      if (count == support_count) {
         frame.closure.push_back(other);
       } else if (count >= least_rows) {
         frame.rest.push_back({other, count});
       }
     }
     std::sort(frame.closure.begin(), frame.closure.end());
-    visit(frame.closure, support);
+    visit(frame.closure, support_count);
     if (next < frame.rest.size()) {
       Extend(items, depth + 1, frame.closure, frame.rows.data(), frame.rest, next, least_rows, visit);
     }

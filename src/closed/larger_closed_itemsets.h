@@ -14,14 +14,14 @@ namespace selvane {
 // An item, and how many rows of a set it stands in.
 struct ItemSupport {
   std::uint32_t item;
-  std::uint32_t support;
+  std::uint32_t support_count;
 };
 
 // Finds the closed itemsets above a given one.
 class LargerClosedItemsets {
  public:
   // Items ascend. Valid during the call.
-  using Visit = std::function<void(std::span<const std::uint32_t> larger, std::uint32_t support)>;
+  using Visit = std::function<void(std::span<const std::uint32_t> larger, std::uint32_t support_count)>;
 
   // Those with no other closed itemset between. `closure` is a closed itemset in ascending order, `rows` are
   // its rows in the space of `items`, and `candidates` are all items outside of it that stand in at least as

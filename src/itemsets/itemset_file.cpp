@@ -9,10 +9,10 @@
 
 namespace selvane {
 
-void AppendRecord(std::span<const std::uint32_t> items, std::uint32_t support, std::string& bytes) {
+void AppendRecord(std::span<const std::uint32_t> items, std::uint32_t support_count, std::string& bytes) {
   AppendCount(static_cast<std::uint32_t>(items.size()), bytes);
   AppendValues(items, bytes);
-  AppendValues({&support, 1}, bytes);
+  AppendValues({&support_count, 1}, bytes);
 }
 
 EncodedRecord TakeRecord(std::string_view& bytes) {
@@ -24,7 +24,7 @@ EncodedRecord TakeRecord(std::string_view& bytes) {
   EncodedRecord record;
   record.item_bytes = bytes.substr(0, std::size_t{*count} * 4);
   bytes.remove_prefix(record.item_bytes.size());
-  record.support = ValueOf(bytes);
+  record.support_count = ValueOf(bytes);
   bytes.remove_prefix(4);
   record.bytes = {begin, static_cast<std::size_t>(bytes.data() - begin)};
   return record;
@@ -45,9 +45,9 @@ void ItemsetFile::ReadEncoded(std::string& records) {
   reader_->ReadEncoded(records);
 }
 
-void ItemsetFile::Write(std::span<const std::uint32_t> items, std::uint32_t support) {
+void ItemsetFile::Write(std::span<const std::uint32_t> items, std::uint32_t support_count) {
   encoded_.clear();
-  AppendRecord(items, support, encoded_);
+  AppendRecord(items, support_count, encoded_);
   WriteEncoded(encoded_);
 }
 
@@ -59,7 +59,7 @@ void ItemsetFile::WriteEncoded(std::string_view records) {
 void ItemsetFile::ReadNext(ItemsetRecord& record) {
   if (!reader_) throw FileError("the itemset file is not open for reading");
   reader_->ReadValues(reader_->ReadCount(), record.items);
-  record.support = reader_->ReadValue();
+  record.support_count = reader_->ReadValue();
 }
 
 void ItemsetFile::Seek(std::uint64_t position) {

@@ -17,20 +17,20 @@ namespace selvane {
 // One frequent itemset: its items in canonical order and the number of rows that hold it.
 struct ItemsetRecord {
   std::vector<std::uint32_t> items;
-  std::uint32_t support = 0;
+  std::uint32_t support_count = 0;
 };
 
 // A record as it stands in a file.
 struct EncodedRecord {
   std::string_view bytes;
   std::string_view item_bytes;
-  std::uint32_t support = 0;
+  std::uint32_t support_count = 0;
 
   std::size_t size() const { return item_bytes.size() / 4; }
   void CopyItems(std::vector<std::uint32_t>& items) const { CopyValues(item_bytes, items); }
 };
 // Appends a record to `bytes`; takes the first record from `bytes`, or throws FileError when it is not whole.
-void AppendRecord(std::span<const std::uint32_t> items, std::uint32_t support, std::string& bytes);
+void AppendRecord(std::span<const std::uint32_t> items, std::uint32_t support_count, std::string& bytes);
 EncodedRecord TakeRecord(std::string_view& bytes);
 
 // A plain sequence of records, opened either for writing, from its beginning, or for reading. Every operation
@@ -41,7 +41,7 @@ class ItemsetFile {
   void OpenForReading(const std::filesystem::path& path);
   bool IsOpen() const { return writer_.has_value() || reader_.has_value(); }
 
-  void Write(std::span<const std::uint32_t> items, std::uint32_t support);
+  void Write(std::span<const std::uint32_t> items, std::uint32_t support_count);
   void WriteEncoded(std::string_view records);
   // Fails also where the file ends, so ask for no more records than there are.
   void ReadNext(ItemsetRecord& record);

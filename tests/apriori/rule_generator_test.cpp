@@ -44,7 +44,7 @@ class PlainGenerator {
  private:
   std::uint32_t CountOf(const Items& items) const {
     for (const ItemsetRecord& record : records_) {
-      if (record.items == items) return record.support;
+      if (record.items == items) return record.support_count;
     }
     return 0;
   }
@@ -57,7 +57,7 @@ class PlainGenerator {
       (in_h ? h : a).push_back(record.items[i]);
     }
     const std::uint32_t count = CountOf(a);
-    const auto support = static_cast<float>(record.support);
+    const auto support = static_cast<float>(record.support_count);
     const float confidence = count == 0 ? 0 : support / static_cast<float>(count);
     if (confidence < confidence_) return;
     rules_.push_back(fmt::format("{}-|{}-|{:.6f}|{:.6f}|{:.6f}|{:.6f}|{}|{}", fmt::join(a, "-"),

@@ -18,14 +18,14 @@ using Found = std::set<std::tuple<Items, Items, std::uint32_t>>;
 
 struct Findings final : ClosedItemsetSink {
   void OnGenerator(std::span<const std::uint32_t> g, std::span<const std::uint32_t> closure,
-                   std::uint32_t support, bool is_first) override {
+                   std::uint32_t support_count, bool is_first) override {
     generator.assign(g.begin(), g.end());
     Items items(closure.begin(), closure.end());
     EXPECT_TRUE(!is_first || closed.insert(items).second);
-    EXPECT_TRUE(generators.emplace(generator, std::move(items), support).second);
+    EXPECT_TRUE(generators.emplace(generator, std::move(items), support_count).second);
   }
-  void OnLarger(std::span<const std::uint32_t> items, std::uint32_t support) override {
-    EXPECT_TRUE(larger.emplace(generator, Items(items.begin(), items.end()), support).second);
+  void OnLarger(std::span<const std::uint32_t> items, std::uint32_t support_count) override {
+    EXPECT_TRUE(larger.emplace(generator, Items(items.begin(), items.end()), support_count).second);
   }
   Items generator;
   std::set<Items> closed;
@@ -158,7 +158,7 @@ TEST_F(ItemsetSorterTest, OrdersMoreRecordsThanItHolds) {
         const EncodedRecord record = TakeRecord(records);
         Items items;
         record.CopyItems(items);
-        ASSERT_EQ(std::pair(items, record.support), bucket->second[next++]);
+        ASSERT_EQ(std::pair(items, record.support_count), bucket->second[next++]);
       }
     });
     EXPECT_TRUE(std::next(bucket) == expected.end() && next == bucket->second.size());

@@ -83,7 +83,7 @@ class Derivation {
     exact_ = RulesIn("ExactRules.dat");
     for (const BaseRule& rule : RulesIn("ApproxRules.dat")) from_[ClosureOf(rule.left)].push_back(rule);
     for (const ItemsetRecord& closed : Records("FCI.dat"))
-      closed_.emplace_back(SetOf(closed), closed.support);
+      closed_.emplace_back(SetOf(closed), closed.support_count);
   }
 
   // The rule as a line of the table, empty when it is none.
@@ -118,8 +118,9 @@ class Derivation {
     std::vector<BaseRule> rules;
     const std::vector<ItemsetRecord> records = Records(path);
     for (std::size_t i = 0; i < records.size(); i += 2) {
-      rules.push_back({SetOf(records[i]), SetOf(records[i + 1]), records[i].support, records[i + 1].support});
-      EXPECT_EQ(path == "ExactRules.dat", records[i].support == records[i + 1].support);
+      rules.push_back(
+          {SetOf(records[i]), SetOf(records[i + 1]), records[i].support_count, records[i + 1].support_count});
+      EXPECT_EQ(path == "ExactRules.dat", records[i].support_count == records[i + 1].support_count);
     }
     return rules;
   }
