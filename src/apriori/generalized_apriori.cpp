@@ -4,11 +4,39 @@
 #include <bit>
 #include <fstream>
 #include <numeric>
+#include <optional>
 
 #include "base/error.h"
 #include "itemsets/least_rows.h"
 
 namespace selvane {
+
+namespace {
+
+// The pairs of nodes of which neither position code occurs in the other. A plain substring test: C.2 counts
+// as related to C.23, and an empty code to all.
+PairTable UnrelatedPairs(std::span<const NodeNumber> nodes, const TaxonomyStore& taxonomy) {
+  std::vector<std::string> codes;
+  codes.reserve(nodes.size());
+  for (const NodeNumber node : nodes) codes.push_back(taxonomy.FatherCode(node));
+  PairTable pairs(codes.size());
+  for (std::uint32_t a = 0; a < codes.size(); ++a) {
+    for (std::uint32_t b = 0; b < a; ++b) {
+      const bool related =
+          codes[a].find(codes[b]) != std::string::npos || codes[b].find(codes[a]) != std::string::npos;
+      if (!related) pairs.Insert(a, b);
+    }
+  }
+  return pairs;
+}
+
+PairTable PairsOf(const Level& pairs, std::size_t items) {
+  PairTable table(items);
+  for (std::size_t i = 0; i < pairs.size(); ++i) table.Insert(pairs.Set(i)[0], pairs.Set(i)[1]);
+  return table;
+}
+
+}  // namespace
 
 GeneralizedApriori::GeneralizedApriori(TransactionSource& source, std::string table, float minimum_support,
                                        const TaxonomyStore& taxonomy, bool generalize,
@@ -77,19 +105,10 @@ void GeneralizedApriori::WriteLevel(const Level& level) {
   }
 }
 
-bool GeneralizedApriori::AreRelated(std::uint32_t a, std::uint32_t b) const {
-  return codes_[a].find(codes_[b]) != std::string::npos || codes_[b].find(codes_[a]) != std::string::npos;
-}
-
 Level GeneralizedApriori::PairLevel(const Level& singles, Progress& progress) {
-  if (!generalize_) {
-    return NextLevel(
-        singles, known_, [](std::uint32_t, std::uint32_t) { return true; }, work_, progress);
-  }
-  for (const NodeNumber node : nodes_) codes_.push_back(taxonomy_.FatherCode(node));
-  return NextLevel(
-      singles, known_, [this](std::uint32_t a, std::uint32_t b) { return !AreRelated(a, b); }, work_,
-      progress);
+  if (!generalize_) return NextLevel(singles, known_, nullptr, work_, progress);
+  const PairTable unrelated = UnrelatedPairs(nodes_, taxonomy_);
+  return NextLevel(singles, known_, &unrelated, work_, progress);
 }
 
 void GeneralizedApriori::Run(Progress& progress) {
@@ -108,15 +127,14 @@ void GeneralizedApriori::Run(Progress& progress) {
     file_error_ = error.what();
   }
   WriteLevel(level);
+  std::optional<PairTable> frequent_pairs;
   // An itemset never has as many items as were registered, even if all of them stand in every row.
   for (std::size_t k = 2; level.size() > 0 && k < registry_.nodes.size(); ++k) {
     if (k == 2) {
       level = PairLevel(level, progress);
-      pairs_ = PairTable(nodes_.size());
-      for (std::size_t i = 0; i < level.size(); ++i) pairs_.Insert(level.Set(i)[0], level.Set(i)[1]);
+      frequent_pairs.emplace(PairsOf(level, nodes_.size()));
     } else {
-      const auto may_join = [this](std::uint32_t a, std::uint32_t b) { return pairs_.Contains(a, b); };
-      level = NextLevel(level, known_, may_join, work_, progress);
+      level = NextLevel(level, known_, &*frequent_pairs, work_, progress);
     }
     WriteLevel(level);
     // How many levels there will be is not known; each takes half of what is left of the bar.

@@ -47,7 +47,6 @@ class GeneralizedApriori {
   std::vector<std::uint32_t> SelectSingleItems();
   void RankItems();
   void WriteLevel(const Level& level);
-  bool AreRelated(std::uint32_t a, std::uint32_t b) const;
   Level PairLevel(const Level& singles, Progress& progress);
 
   TransactionSource& source_;
@@ -59,10 +58,8 @@ class GeneralizedApriori {
   std::vector<std::string> item_names_;
 
   ItemRegistry registry_;
-  std::vector<NodeNumber> nodes_;   // of the frequent single items
-  std::vector<std::string> codes_;  // their position codes, when generalizing
+  std::vector<NodeNumber> nodes_;  // of the frequent single items
   LevelItems known_;
-  PairTable pairs_;
   ItemsetFile file_;
   std::vector<std::uint32_t> record_items_;
   std::uint32_t itemsets_written_ = 0;

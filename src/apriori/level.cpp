@@ -58,11 +58,10 @@ class PrefixRows {
 
 class Joiner {
  public:
-  Joiner(const Level& level, const LevelItems& known,
-         const std::function<bool(std::uint32_t, std::uint32_t)>& may_join)
+  Joiner(const Level& level, const LevelItems& known, const PairTable* allowed)
       : level_(level),
         known_(known),
-        may_join_(may_join),
+        allowed_(allowed),
         bits_(FastRowBitsOperations()),
         prefix_rows_(known, bits_, level.set_size),
         rows_(1, known.rows.words() * 64) {
@@ -101,7 +100,7 @@ class Joiner {
     const RowWord* rows = prefix == nullptr ? known_.rows[last] : nullptr;
     for (const std::uint32_t partner : later) {
       const std::uint32_t other = level_.Last(partner);
-      if (!may_join_(last, other)) continue;
+      if (allowed_ != nullptr && !allowed_->Contains(last, other)) continue;
       if (rows == nullptr) {
         bits_.store_and(prefix, known_.rows[last], rows_[0], words);
         rows = rows_[0];
@@ -114,7 +113,7 @@ class Joiner {
 
   const Level& level_;
   const LevelItems& known_;
-  const std::function<bool(std::uint32_t, std::uint32_t)>& may_join_;
+  const PairTable* allowed_;
   const RowBitsOperations bits_;
   PrefixRows prefix_rows_;
   RowBits rows_;
@@ -164,10 +163,9 @@ Level FirstLevel(const LevelItems& known, std::vector<std::uint32_t> support_cou
   return level;
 }
 
-Level NextLevel(const Level& level, const LevelItems& known,
-                const std::function<bool(std::uint32_t a, std::uint32_t b)>& may_join, SearchWork& work,
+Level NextLevel(const Level& level, const LevelItems& known, const PairTable* allowed, SearchWork& work,
                 Progress& progress) {
-  const Joins joins = Joiner(level, known, may_join).Run(work, progress);
+  const Joins joins = Joiner(level, known, allowed).Run(work, progress);
   Level next;
   next.set_size = level.set_size + 1;
   next.items.reserve(joins.all.size() * next.set_size);

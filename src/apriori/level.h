@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <span>
 #include <vector>
 
@@ -24,10 +23,11 @@ struct SearchWork {
   std::uint64_t words = 0;       // pairs of words that were intersected for it
 };
 
-// Pairs of items, as a table of bits. Holds n * n of them.
+// Pairs of items that may stand together in an itemset, as a table of bits. Holds n * n of them.
 class PairTable {
  public:
-  explicit PairTable(std::size_t items = 0) : items_(items), bits_(items * items, false) {}
+  // Without any pair at first.
+  explicit PairTable(std::size_t items) : items_(items), bits_(items * items, false) {}
   void Insert(std::uint32_t a, std::uint32_t b) { bits_[a * items_ + b] = bits_[b * items_ + a] = true; }
   bool Contains(std::uint32_t a, std::uint32_t b) const { return bits_[a * items_ + b]; }
 
@@ -56,7 +56,8 @@ struct Level {
 // The first level: all items of `known`, each with its number of rows, in one group.
 Level FirstLevel(const LevelItems& known, std::vector<std::uint32_t> support_counts);
 
-// The next level: every two itemsets of one group whose last items `may_join`, when their union is frequent.
+// The next level: every two itemsets of one group whose last items are a pair of `allowed`, or any two where
+// that is nullptr, when their union is frequent.
 //
 // That a union is frequent and that no two of its items form a dropped pair already implies that each of its
 // subsets is in the level, since canonical order is total: among equal texts the item met later comes first,
@@ -64,8 +65,7 @@ Level FirstLevel(const LevelItems& known, std::vector<std::uint32_t> support_cou
 // R. Agrawal and R. Srikant, Fast algorithms for mining association rules, 1994; the sets of rows are those
 // of M. J. Zaki, Scalable algorithms for association mining, 2000, computed anew from the items' own for each
 // group, so that only one level's itemsets are held and none of their rows.
-Level NextLevel(const Level& level, const LevelItems& known,
-                const std::function<bool(std::uint32_t a, std::uint32_t b)>& may_join, SearchWork& work,
+Level NextLevel(const Level& level, const LevelItems& known, const PairTable* allowed, SearchWork& work,
                 Progress& progress);
 
 }  // namespace selvane
