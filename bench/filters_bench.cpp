@@ -44,11 +44,11 @@ struct Input {
     TransactionSource source;
     source.Open(folder / "terms.mdb");
     GeneralizedApriori engine(source, "T", kSupport, taxonomy, true, folder / "ItemSets.dat");
-    engine.Run(progress);
+    const AprioriSummary found = engine.Run(progress);
     store.SetTargetTable("Mined");
     RuleGenerator generator(
-        0.5F, taxonomy, engine.row_count(),
-        {folder / "ItemSets.dat", engine.itemsets_written(), 512 << 20, 64 << 20, kMostRules});
+        0.5F, taxonomy, found.row_count,
+        {folder / "ItemSets.dat", found.itemsets_written, 512 << 20, 64 << 20, kMostRules});
     generator.Generate(store, {}, progress);
   }
 

@@ -25,21 +25,22 @@ void RestoreMissing(const TransactionSource& source, TaxonomyStore& taxonomy,
   }
 }
 
-void Search(GeneralizedApriori& engine, const ExtractionRequest& request, const ItemsetFileHold& hold,
-            ExtractionReport& report, Progress& progress) {
+AprioriSummary Search(GeneralizedApriori& engine, const ExtractionRequest& request,
+                      const ItemsetFileHold& hold, ExtractionReport& report, Progress& progress) {
   progress.SetStatus("Searching for frequent itemsets...");
-  engine.Run(progress);
+  AprioriSummary found = engine.Run(progress);
   // Rules made from a file with records missing would be wrong without anybody seeing it.
-  if (!engine.file_error().empty()) throw FileError(engine.file_error());
-  report.rows = engine.row_count();
-  report.items = engine.direct_items().size() + engine.generalized_items().size();
-  report.itemsets = engine.itemsets_written();
-  report.work = engine.work();
-  CheckInfoItems(engine.direct_items());
-  CheckInfoItems(engine.generalized_items());
+  if (!found.file_error.empty()) throw FileError(found.file_error);
+  report.rows = found.row_count;
+  report.items = found.direct_items.size() + found.generalized_items.size();
+  report.itemsets = found.itemsets_written;
+  report.work = found.work;
+  CheckInfoItems(found.direct_items);
+  CheckInfoItems(found.generalized_items);
   progress.SetStatus("Completed!!");
   progress.SetPosition(100);
   KeepCopy(hold.path(), request.itemset_copy);
+  return found;
 }
 
 }  // namespace
@@ -76,22 +77,22 @@ ExtractionReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy
   const StageTimer search_timer;
   GeneralizedApriori engine(source, request.table, request.min_support, taxonomy, request.generalize,
                             hold.path());
-  Search(engine, request, hold, report, progress);
+  const AprioriSummary found = Search(engine, request, hold, report, progress);
   report.search_seconds = search_timer.Seconds();
-  if (engine.itemsets_written() == engine.single_items()) {
+  if (found.itemsets_written == found.single_items) {
     hold.Remove();
     return report;
   }
 
   const RunInformation information{
-      engine.direct_items(), engine.generalized_items(),
-      InformationTexts(request, engine.row_count(),
+      found.direct_items, found.generalized_items,
+      InformationTexts(request, found.row_count,
                        request.generalize ? taxonomy.TaxonomiesInUse() : std::vector<std::string>())};
   const std::vector<fs::path> others = {source.file_name(), taxonomy.path(), request.itemset_copy};
   StoreRules(hooks, others, information, report, progress, [&](RulesStore& rules) {
-    RuleGenerator::Options options{hold.path(), engine.itemsets_written()};
+    RuleGenerator::Options options{hold.path(), found.itemsets_written};
     options.most_rules = request.most_rules;
-    RuleGenerator generator(request.min_confidence, taxonomy, engine.row_count(), std::move(options));
+    RuleGenerator generator(request.min_confidence, taxonomy, found.row_count, std::move(options));
     const RuleTally tally = generator.Tally(progress);
     report.rules_found = tally.total();
     TellWhetherFits(tally, request, hooks);

@@ -96,11 +96,10 @@ TEST_F(RuleGeneratorTest, EqualsLookingEveryCountUp) {
     source.Open("terms.mdb");
     SilentProgress progress;
     GeneralizedApriori engine(source, "T", seed % 2 == 0 ? 0.2F : 0.4F, taxonomy, seed % 3 != 0, "sets.dat");
-    engine.Run(progress);
-    if (engine.itemsets_written() > 400) continue;  // the plain way is quadratic
+    const AprioriSummary found = engine.Run(progress);
+    if (found.itemsets_written > 400) continue;  // the plain way is quadratic
     const float confidence = std::vector<float>{0.01F, 0.5F, 0.75F, 1.0F}[seed % 4];
-    const Texts plain =
-        PlainGenerator("sets.dat", engine.itemsets_written(), engine.row_count(), confidence).Run();
+    const Texts plain = PlainGenerator("sets.dat", found.itemsets_written, found.row_count, confidence).Run();
     total += plain.size();
     // In memory, in batches of some records, and in batches of one.
     const std::size_t budgets[][2] = {{1 << 20, 1}, {0, 20000}, {0, 1}};
@@ -109,12 +108,12 @@ TEST_F(RuleGeneratorTest, EqualsLookingEveryCountUp) {
       RulesStore store;
       store.CreateRulesDatabase("rules.mdb", "Extracted");
       store.SetTargetTable("Extracted");
-      RuleGenerator generator(confidence, taxonomy, engine.row_count(),
-                              {"sets.dat", engine.itemsets_written(), file_budget, scan_budget, kMostRules});
+      RuleGenerator generator(confidence, taxonomy, found.row_count,
+                              {"sets.dat", found.itemsets_written, file_budget, scan_budget, kMostRules});
       ASSERT_EQ(generator.Tally(progress).total(), plain.size()) << input;
       RecordingProgress recorded;
       ASSERT_EQ(generator.Generate(store, {}, recorded), static_cast<long>(plain.size()));
-      ASSERT_EQ(recorded.steps, static_cast<int>(engine.itemsets_written()));
+      ASSERT_EQ(recorded.steps, static_cast<int>(found.itemsets_written));
       ASSERT_EQ(StoredRules(store), plain) << input;
     }
   }
