@@ -15,10 +15,10 @@
 #include <string_view>
 
 #include "app/about_box.h"
-#include "base/tabulation.h"
 #include "filters/filtering_window.h"
 #include "mining/extraction_window.h"
 #include "pmml/exchange_window.h"
+#include "tabulation/tabulation.h"
 #include "taxonomy/loading_window.h"
 #include "taxonomy/restoring_window.h"
 #include "taxonomy/selecting_window.h"

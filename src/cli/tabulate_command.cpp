@@ -5,8 +5,8 @@
 
 #include "base/error.h"
 #include "base/file.h"
-#include "base/tabulation.h"
 #include "cli/cli.h"
+#include "tabulation/tabulation.h"
 
 namespace selvane {
 

@@ -1,4 +1,4 @@
-#include "base/tabulation.h"
+#include "tabulation/tabulation.h"
 
 #include <fmt/format.h>
 

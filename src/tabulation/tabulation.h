@@ -1,4 +1,4 @@
-// Compares the entries of two files.
+// tabulation/: compares the entries of two files, without any database.
 #pragma once
 
 #include <cstddef>
