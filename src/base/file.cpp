@@ -68,6 +68,15 @@ bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b) 
   return std::filesystem::equivalent(a, b, ignored);
 }
 
+bool IsSamePlace(const std::filesystem::path& a, const std::filesystem::path& b) {
+  // Through links of folders too. When the current folder is gone, making a file says so.
+  const auto place = [](const std::filesystem::path& path) {
+    std::error_code error;
+    return std::filesystem::weakly_canonical(std::filesystem::absolute(path, error), error);
+  };
+  return IsSameFile(a, b) || place(a) == place(b);
+}
+
 void CheckIsNoInput(const std::filesystem::path& output,
                     std::initializer_list<std::filesystem::path> inputs) {
   for (const std::filesystem::path& input : inputs) {

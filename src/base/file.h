@@ -18,6 +18,8 @@ std::string ReadFile(const std::filesystem::path& path);
 
 // True when both names lead to one existing file.
 bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b);
+// True when both names lead to one file, or would if it were there.
+bool IsSamePlace(const std::filesystem::path& a, const std::filesystem::path& b);
 
 // Throws InputError when the output is one of the inputs, which it would replace.
 void CheckIsNoInput(const std::filesystem::path& output, std::initializer_list<std::filesystem::path> inputs);

@@ -43,15 +43,6 @@ void CheckRequest(const TransactionSource& source, const ExtractionRequest& requ
   }
 }
 
-bool IsSamePlace(const fs::path& a, const fs::path& b) {
-  // Through links of folders too. When the current folder is gone, making a file says so.
-  const auto place = [](const fs::path& path) {
-    std::error_code error;
-    return fs::weakly_canonical(fs::absolute(path, error), error);
-  };
-  return IsSameFile(a, b) || place(a) == place(b);
-}
-
 void KeepCopy(const fs::path& itemsets, const fs::path& copy) {
   if (copy.empty()) return;
   NewFile file(copy, ExistingFile::kRefuse);

@@ -29,9 +29,6 @@ class StageTimer {
 // FileError when the copy of the itemset file cannot be made.
 void CheckRequest(const TransactionSource& source, const ExtractionRequest& request);
 
-// True when both names lead to one file, or would.
-bool IsSamePlace(const std::filesystem::path& a, const std::filesystem::path& b);
-
 // Copies the itemset file, unless `copy` is empty. Throws FileError.
 void KeepCopy(const std::filesystem::path& itemsets, const std::filesystem::path& copy);
 
