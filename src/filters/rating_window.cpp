@@ -5,7 +5,7 @@
 #include <QRadioButton>
 #include <QTreeWidget>
 
-#include "mining/extraction.h"
+#include "base/fraction.h"
 #include "ui/framed.h"
 #include "ui/number_field.h"
 #include "ui/qt_text.h"

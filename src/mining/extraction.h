@@ -11,20 +11,13 @@
 #include "apriori/level.h"
 #include "apriori/rule_generator.h"
 #include "base/file.h"
+#include "base/fraction.h"
 #include "base/progress.h"
 #include "data/transaction_source.h"
 #include "itemsets/itemset_file.h"
 #include "taxonomy/taxonomy_store.h"
 
 namespace selvane {
-
-inline constexpr float kDefaultMinSupport = 0.05F;
-inline constexpr float kDefaultMinConfidence = 0.5F;
-
-// What a threshold must be: above 0 and at most 1.
-inline bool IsFraction(float value) {
-  return value > 0 && value <= 1;
-}
 
 struct ExtractionRequest {
   std::string table;  // of the term database
