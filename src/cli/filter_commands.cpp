@@ -9,8 +9,8 @@
 #include "cli/cli.h"
 #include "cli/rules_output.h"
 #include "filters/cover_filter.h"
-#include "filters/filter_source.h"
 #include "filters/rating_filter.h"
+#include "filters/rules_opening.h"
 #include "filters/specificity_filter.h"
 #include "filters/template_filter.h"
 

@@ -5,7 +5,7 @@
 #include <QSpinBox>
 #include <QTreeWidget>
 
-#include "filters/filter_source.h"
+#include "filters/rules_opening.h"
 #include "ui/framed.h"
 #include "ui/qt_text.h"
 #include "ui/searched_tree.h"

@@ -13,8 +13,8 @@
 
 #include "base/text.h"
 #include "filters/cover_window.h"
-#include "filters/filter_source.h"
 #include "filters/rating_window.h"
+#include "filters/rules_opening.h"
 #include "filters/specificity_window.h"
 #include "filters/template_window.h"
 #include "ui/framed.h"

@@ -1,4 +1,4 @@
-#include "filters/filter_source.h"
+#include "filters/rules_opening.h"
 
 #include <fmt/format.h>
 
