@@ -146,7 +146,7 @@ void WholeTaxonomy(benchmark::State& state) {
 void MinedRules(benchmark::State& state) {
   Input& input = TheInput();
   const TaxonomyStore taxonomy(input.folder / "tax.mdb");
-  const RulesInfo info{{}, {}, {"T", "32767", "0.145", "0.5", "generalized"}};
+  const RulesInfo info{"T", "32767", "0.145", "0.5", {"generalized"}, {}, {}};
   for (auto _ : state) {
     const RuleList rules = LoadRules(input, "Mined", state);
     std::unordered_map<NodeNumber, int> uses;

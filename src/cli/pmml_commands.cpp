@@ -25,9 +25,7 @@ struct ExportOptions {
 };
 
 void Export(const ExportOptions& options, const CliContext& context) {
-  fs::path info_file = RulesInfoBasePath(options.rules);
-  info_file += ".dat";
-  CheckIsNoInput(options.output, {options.rules, options.taxonomy, info_file});
+  CheckIsNoInput(options.output, {options.rules, options.taxonomy, RulesInfoPath(options.rules)});
   RulesStore rules;
   rules.OpenRulesDatabase(options.rules);
   const RulesInfo info = ReadRulesInfo(options.rules);

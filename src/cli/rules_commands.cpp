@@ -196,9 +196,6 @@ void List(const fs::path& database, const CliContext& context) {
   const auto line = [&lines](std::string_view key, const auto& value) {
     fmt::format_to(std::back_inserter(lines), "{}\t{}\n", key, value);
   };
-  const auto items = [](const std::vector<std::int32_t>& map) {
-    return std::count_if(map.begin(), map.end(), [](std::int32_t entry) { return entry > 0; });
-  };
   RulesInfo info;
   std::string missing;
   try {
@@ -211,12 +208,13 @@ void List(const fs::path& database, const CliContext& context) {
     fmt::format_to(std::back_inserter(lines), "table\t{}\t{}\n", table, rules.CountRules());
   }
   if (missing.empty()) {
-    constexpr std::array<std::string_view, 4> kKeys = {"term table", "rows", "minimum support",
-                                                       "minimum confidence"};
-    for (std::size_t i = 0; i < info.texts.size(); ++i)
-      line(i < kKeys.size() ? kKeys[i] : "taxonomy", info.texts[i]);
-    line("direct items", items(info.first_map));
-    line("generalized items", items(info.second_map));
+    line("term table", info.term_table);
+    line("rows", info.rows);
+    line("minimum support", info.min_support);
+    line("minimum confidence", info.min_confidence);
+    for (const std::string& taxonomy : info.taxonomies) line("taxonomy", taxonomy);
+    line("direct items", ItemsOfMap(info.first_map).size());
+    line("generalized items", ItemsOfMap(info.second_map).size());
   }
   WriteOut(context, lines);
   if (!missing.empty()) {

@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "base/text.h"
-#include "filters/info_items.h"
 #include "ui/framed.h"
 #include "ui/qt_text.h"
 #include "ui/searched_tree.h"

@@ -152,7 +152,7 @@ void FilteringWindow::OpenRules(const std::filesystem::path& path) {
   info_ = OpenRulesForFiltering(*rules_, *taxonomy_, path);
   min_support_ = MinimumSupportOf(info_);
   ListTables();
-  for (const std::string& name : TaxonomiesOf(info_)) taxonomies_->addItem(ToQt(name));
+  for (const std::string& name : info_.taxonomies) taxonomies_->addItem(ToQt(name));
   min_support_field_->setText(ToQt(SingleText(min_support_, context().decimal_sign)));
   min_confidence_field_->setText(ToQt(SingleText(MinimumConfidenceOf(info_), context().decimal_sign)));
   tables_->setFocus();

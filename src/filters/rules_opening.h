@@ -27,12 +27,6 @@ class MissingTaxonomies : public InputError {
 RulesInfo OpenRulesForFiltering(RulesStore& store, const TaxonomyStore& taxonomy,
                                 const std::filesystem::path& path);
 
-// The names of the taxonomies that the rules were made over, a part of `info`.
-std::span<const std::string> TaxonomiesOf(const RulesInfo& info);
-// The thresholds of the extraction; 0 where the information file has none or no number.
-float MinimumSupportOf(const RulesInfo& info);
-float MinimumConfidenceOf(const RulesInfo& info);
-
 // The items of the rows that the rules were made of: reads the table that `info` names out of a term
 // database. Throws DatabaseError, Interrupted, and InputError when the database has no such table.
 ItemRegistry ReadTermTable(const std::filesystem::path& path, const RulesInfo& info,

@@ -99,8 +99,10 @@ ExtractionReport ExtractClosedRules(const TransactionSource& source, const Taxon
   }
 
   others.insert(others.end(), ClosedResultFiles::kNames.begin(), ClosedResultFiles::kNames.end());
-  const RunInformation information{items.in_column_order, {}, InformationTexts(request, items.row_count, {})};
-  StoreRules(hooks, others, information, report, progress, [&](RulesStore& rules) {
+  RulesInfo info = InfoOf(request, items.row_count);
+  info.first_map = MapOfItems(items.in_column_order);
+  info.second_map = MapOfItems({});
+  StoreRules(hooks, others, info, report, progress, [&](RulesStore& rules) {
     TellWhetherFits(found.tally(), request, hooks);
     ClosedRuleStorer storer(items, taxonomy, rules, hooks.rule_line, request.most_rules);
     const auto store = [&storer](const EncodedRecord& generator, const EncodedRecord& larger) {

@@ -84,12 +84,12 @@ ExtractionReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy
     return report;
   }
 
-  const RunInformation information{
-      found.direct_items, found.generalized_items,
-      InformationTexts(request, found.row_count,
-                       request.generalize ? taxonomy.TaxonomiesInUse() : std::vector<std::string>())};
+  RulesInfo info = InfoOf(request, found.row_count);
+  if (request.generalize) info.taxonomies = taxonomy.TaxonomiesInUse();
+  info.first_map = MapOfItems(found.direct_items);
+  info.second_map = MapOfItems(found.generalized_items);
   const std::vector<fs::path> others = {source.file_name(), taxonomy.path(), request.itemset_copy};
-  StoreRules(hooks, others, information, report, progress, [&](RulesStore& rules) {
+  StoreRules(hooks, others, info, report, progress, [&](RulesStore& rules) {
     RuleGenerator::Options options{hold.path(), found.itemsets_written};
     options.most_rules = request.most_rules;
     RuleGenerator generator(request.min_confidence, taxonomy, found.row_count, std::move(options));

@@ -10,7 +10,6 @@
 #include "data/database_error.h"
 #include "data/new_database.h"
 #include "data/sql_dialect.h"
-#include "rules/rules_info.h"
 
 namespace selvane {
 
@@ -58,8 +57,8 @@ void TellWhetherFits(const RuleTally& tally, const ExtractionRequest& request, c
   hooks.will_not_fit(tally);
 }
 
-void StoreRules(const ExtractionHooks& hooks, const std::vector<fs::path>& others,
-                const RunInformation& information, ExtractionReport& report, Progress& progress,
+void StoreRules(const ExtractionHooks& hooks, const std::vector<fs::path>& others, const RulesInfo& info,
+                ExtractionReport& report, Progress& progress,
                 const std::function<void(RulesStore& rules)>& fill) {
   constexpr const char* kTable = "Extracted";
   const RulesOutput output = hooks.choose_output();
@@ -73,21 +72,20 @@ void StoreRules(const ExtractionHooks& hooks, const std::vector<fs::path>& other
     progress.SetStatus("Generating rules ....");
     fill(rules);
     rules.Close();
-    WriteRulesInfo(information.direct_items, information.generalized_items, information.texts,
-                   RulesInfoBasePath(output.path));
+    WriteRulesInfo(info, output.path);
   });
   report.rules_seconds = timer.Seconds();
   report.end = report.rules_stored > 0 ? ExtractionEnd::kRules : ExtractionEnd::kNoRules;
   progress.SetStatus("Completed!!");
 }
 
-std::vector<std::string> InformationTexts(const ExtractionRequest& request, std::uint32_t rows,
-                                          std::vector<std::string> taxonomies) {
-  std::vector<std::string> texts = {request.table, fmt::format("{}", rows),
-                                    SingleText(request.min_support, request.decimal_sign),
-                                    SingleText(request.min_confidence, request.decimal_sign)};
-  std::move(taxonomies.begin(), taxonomies.end(), std::back_inserter(texts));
-  return texts;
+RulesInfo InfoOf(const ExtractionRequest& request, std::uint32_t rows) {
+  RulesInfo info;
+  info.term_table = request.table;
+  info.rows = fmt::format("{}", rows);
+  info.min_support = SingleText(request.min_support, request.decimal_sign);
+  info.min_confidence = SingleText(request.min_confidence, request.decimal_sign);
+  return info;
 }
 
 void CheckRulesOutput(const RulesOutput& output, const std::vector<fs::path>& others) {
@@ -101,8 +99,7 @@ void CheckRulesOutput(const RulesOutput& output, const std::vector<fs::path>& ot
   if (output.path.has_parent_path() && !fs::is_directory(output.path.parent_path())) {
     throw DatabaseError(output.path, "there is no such folder; make it first, or choose another one");
   }
-  fs::path info = RulesInfoBasePath(output.path);
-  info += ".dat";
+  const fs::path info = RulesInfoPath(output.path);
   for (const fs::path& other : others) {
     if (other.empty()) continue;
     for (const fs::path& made : {output.path, info}) {

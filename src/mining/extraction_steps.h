@@ -11,6 +11,7 @@
 
 #include "data/transaction_source.h"
 #include "mining/extraction.h"
+#include "rules/rules_info.h"
 #include "rules/rules_store.h"
 
 namespace selvane {
@@ -35,22 +36,14 @@ void KeepCopy(const std::filesystem::path& itemsets, const std::filesystem::path
 // Tells of it when the rules will not fit the table.
 void TellWhetherFits(const RuleTally& tally, const ExtractionRequest& request, const ExtractionHooks& hooks);
 
-// What goes into the information file.
-struct RunInformation {
-  std::span<const NodeNumber> direct_items;
-  std::span<const NodeNumber> generalized_items;
-  std::vector<std::string> texts;
-};
+// How the rules of this run are made; the taxonomies and the maps are left to the caller.
+RulesInfo InfoOf(const ExtractionRequest& request, std::uint32_t rows);
 
 // Asks for the output, checks it against the other files of the run, and makes the rules database, whose
-// table `fill` fills, with its information file. Puts into the report where the rules went, how the run ended
-// and how long this took. Throws as CheckRulesOutput, MakeDatabase, WriteRulesInfo and `fill` do.
+// table `fill` fills, with its information file, `info`. Puts into the report where the rules went, how the
+// run ended and how long this took. Throws as CheckRulesOutput, MakeDatabase, WriteRulesInfo and `fill` do.
 void StoreRules(const ExtractionHooks& hooks, const std::vector<std::filesystem::path>& others,
-                const RunInformation& information, ExtractionReport& report, Progress& progress,
+                const RulesInfo& info, ExtractionReport& report, Progress& progress,
                 const std::function<void(RulesStore& rules)>& fill);
-
-// The texts of the information file.
-std::vector<std::string> InformationTexts(const ExtractionRequest& request, std::uint32_t rows,
-                                          std::vector<std::string> taxonomies);
 
 }  // namespace selvane

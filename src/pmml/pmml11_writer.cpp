@@ -31,7 +31,6 @@ Pmml11Writer::Pmml11Writer(const std::filesystem::path& path, ExistingFile exist
 
 // The first seven lines end in carriage return and line feed, all others in line feed.
 void Pmml11Writer::WriteHead(std::string_view model_name, const RulesInfo& info, long rules) {
-  const ModelParameters parameters = ParametersOf(info, {});
   output_.Write(
       "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\r\n"
       "<PMML version=\"1.1\">\r\n"
@@ -45,8 +44,8 @@ void Pmml11Writer::WriteHead(std::string_view model_name, const RulesInfo& info,
   output_.Write(fmt::format(
       "\t\t<AssocInputStats numberOfTransactions=\"{}\" minimumSupport=\"{}\"  minimumConfidence=\"{}\" "
       "numberOfItems=\"{}\"  numberOfItemsets=\"{}\"  numberOfRules=\"{}\"/>",
-      ToLatin1(parameters.transactions), ToLatin1(parameters.min_support),
-      ToLatin1(parameters.min_confidence), info.first_map.size() + info.second_map.size(), 2 * rules, rules));
+      ToLatin1(info.rows), ToLatin1(info.min_support), ToLatin1(info.min_confidence),
+      info.first_map.size() + info.second_map.size(), 2 * rules, rules));
 }
 
 // The maps' entries are taken for item numbers, as they stand: each of their 0s and 10s gives a line.

@@ -27,10 +27,7 @@ struct ModelParameters {
 
 // Of a rules database: the name is that of the table, the other texts are those of its information file.
 inline ModelParameters ParametersOf(const RulesInfo& info, std::string table) {
-  const auto text = [&info](std::size_t place) {
-    return place < info.texts.size() ? info.texts[place] : std::string();
-  };
-  return {std::move(table), text(1), text(2), text(3)};
+  return {std::move(table), info.rows, info.min_support, info.min_confidence};
 }
 
 }  // namespace selvane

@@ -165,24 +165,21 @@ void WriteImportInfo(const PmmlHead& head, const std::vector<Rule>& rules, const
     items.insert(items.end(), rule.antecedent.begin(), rule.antecedent.end());
     items.insert(items.end(), rule.consequent.begin(), rule.consequent.end());
   }
-  std::sort(items.begin(), items.end());
-  items.erase(std::unique(items.begin(), items.end()), items.end());
   const ModelParameters& parameters = head.parameters;
-  std::vector<std::string> texts = {parameters.name, parameters.transactions, parameters.min_support,
-                                    parameters.min_confidence};
+  RulesInfo info{.term_table = parameters.name,
+                 .rows = parameters.transactions,
+                 .min_support = parameters.min_support,
+                 .min_confidence = parameters.min_confidence,
+                 .taxonomies = {},
+                 .first_map = MapOfItems(items),
+                 .second_map = MapOfItems({})};
   // An export of the old form repeats its items.
   for (const std::string& name : head.taxonomies) {
-    if (std::find(texts.begin() + 4, texts.end(), name) == texts.end()) texts.push_back(name);
+    if (std::find(info.taxonomies.begin(), info.taxonomies.end(), name) == info.taxonomies.end()) {
+      info.taxonomies.push_back(name);
+    }
   }
-  WriteRulesInfo(items, {}, texts, RulesInfoBasePath(path));
-}
-
-// What a replaced database was made of says nothing of the new one.
-void ForgetInfo(const fs::path& path) {
-  fs::path info = RulesInfoBasePath(path);
-  info += ".dat";
-  std::error_code not_there;
-  fs::remove(info, not_there);
+  WriteRulesInfo(info, path);
 }
 
 }  // namespace
@@ -223,7 +220,8 @@ void ImportRules(const PmmlHead& head, const std::vector<Rule>* rules, const fs:
   MakeDatabase(path, existing, [&](const fs::path& temporary) {
     RulesStore store;
     store.CreateRulesDatabase(temporary, head.parameters.name);
-    if (rules == nullptr) return ForgetInfo(path);
+    // What a replaced database was made of says nothing of the new one.
+    if (rules == nullptr) return RemoveRulesInfo(path);
     store.SetTargetTable(head.parameters.name);
     Transaction transaction(store.database());
     long stored = 0;

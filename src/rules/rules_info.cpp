@@ -2,6 +2,11 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <array>
+#include <system_error>
+#include <utility>
+
 #include "base/error.h"
 #include "base/text.h"
 #include "data/object_archive.h"
@@ -10,12 +15,39 @@ namespace selvane {
 
 namespace {
 
-constexpr std::uint32_t kInTheRun = 10;
+constexpr std::int32_t kInTheRun = 10;
 
-std::vector<std::uint32_t> MapOf(std::span<const std::int32_t> items) {
-  std::vector<std::uint32_t> map(kMostItems, 0);
-  for (const std::int32_t item : items) map[static_cast<std::size_t>(item)] = kInTheRun;
-  return map;
+// The texts before the names of the taxonomies, in their order in the file. Readers and writers of the file
+// agree on it here and nowhere else.
+constexpr std::array kFirstTexts = {&RulesInfo::term_table, &RulesInfo::rows, &RulesInfo::min_support,
+                                    &RulesInfo::min_confidence};
+
+std::vector<std::string> TextsOf(const RulesInfo& info) {
+  std::vector<std::string> texts;
+  for (const auto text : kFirstTexts) texts.push_back(info.*text);
+  texts.insert(texts.end(), info.taxonomies.begin(), info.taxonomies.end());
+  return texts;
+}
+
+void TakeTexts(std::vector<std::string> texts, RulesInfo& info) {
+  const std::size_t first = std::min(kFirstTexts.size(), texts.size());
+  for (std::size_t i = 0; i < first; ++i) info.*kFirstTexts[i] = std::move(texts[i]);
+  texts.erase(texts.begin(), texts.begin() + static_cast<std::ptrdiff_t>(first));
+  info.taxonomies = std::move(texts);
+}
+
+void WriteFile(std::span<const std::int32_t> first_map, std::span<const std::int32_t> second_map,
+               std::span<const std::string> texts, const std::filesystem::path& path) {
+  NewFile file(path, ExistingFile::kReplace);
+  ArchiveWriter archive(file.temporary());
+  for (const auto& map : {first_map, second_map}) {
+    archive.WriteCount(static_cast<std::uint32_t>(map.size()));
+    archive.WriteValues(std::vector<std::uint32_t>(map.begin(), map.end()));
+  }
+  archive.WriteCount(static_cast<std::uint32_t>(texts.size()));
+  for (const std::string& text : texts) archive.WriteText(ToCodePage1252(text));
+  archive.Close();
+  file.Commit();
 }
 
 void ReadMap(ArchiveReader& archive, std::vector<std::int32_t>& map) {
@@ -26,8 +58,31 @@ void ReadMap(ArchiveReader& archive, std::vector<std::int32_t>& map) {
 
 }  // namespace
 
-std::filesystem::path RulesInfoBasePath(const std::filesystem::path& database) {
-  return database.parent_path() / ("Info" + database.stem().string());
+std::filesystem::path RulesInfoPath(const std::filesystem::path& database) {
+  return database.parent_path() / ("Info" + database.stem().string() + ".dat");
+}
+
+std::vector<std::int32_t> MapOfItems(std::span<const std::int32_t> items) {
+  CheckInfoItems(items);
+  std::vector<std::int32_t> map(kMostItems, 0);
+  for (const std::int32_t item : items) map[static_cast<std::size_t>(item)] = kInTheRun;
+  return map;
+}
+
+std::vector<std::int32_t> ItemsOfMap(std::span<const std::int32_t> map) {
+  std::vector<std::int32_t> items;
+  for (std::size_t place = 0; place < map.size(); ++place) {
+    if (map[place] > 0) items.push_back(static_cast<std::int32_t>(place));
+  }
+  return items;
+}
+
+float MinimumSupportOf(const RulesInfo& info) {
+  return static_cast<float>(NumberOf(info.min_support).value_or(0));
+}
+
+float MinimumConfidenceOf(const RulesInfo& info) {
+  return static_cast<float>(NumberOf(info.min_confidence).value_or(0));
 }
 
 void CheckInfoItems(std::span<const std::int32_t> items) {
@@ -42,20 +97,18 @@ void CheckInfoItems(std::span<const std::int32_t> items) {
 
 void WriteRulesInfo(std::span<const std::int32_t> first_items, std::span<const std::int32_t> second_items,
                     std::span<const std::string> texts, const std::filesystem::path& base_path) {
-  CheckInfoItems(first_items);
-  CheckInfoItems(second_items);
   std::filesystem::path path = base_path;
   path += ".dat";
-  NewFile file(path, ExistingFile::kReplace);
-  ArchiveWriter archive(file.temporary());
-  for (const auto& items : {first_items, second_items}) {
-    archive.WriteCount(kMostItems);
-    archive.WriteValues(MapOf(items));
-  }
-  archive.WriteCount(static_cast<std::uint32_t>(texts.size()));
-  for (const std::string& text : texts) archive.WriteText(ToCodePage1252(text));
-  archive.Close();
-  file.Commit();
+  WriteFile(MapOfItems(first_items), MapOfItems(second_items), texts, path);
+}
+
+void WriteRulesInfo(const RulesInfo& info, const std::filesystem::path& database) {
+  WriteFile(info.first_map, info.second_map, TextsOf(info), RulesInfoPath(database));
+}
+
+void RemoveRulesInfo(const std::filesystem::path& database) {
+  std::error_code not_there;
+  std::filesystem::remove(RulesInfoPath(database), not_there);
 }
 
 void ReadRulesInfo(const std::string& database_path, const std::string& file_name,
@@ -85,7 +138,9 @@ void ReadRulesInfo(const std::string& database_path, const std::string& file_nam
 
 RulesInfo ReadRulesInfo(const std::filesystem::path& database) {
   RulesInfo info;
-  ReadRulesInfo(database.string(), database.filename().string(), info.first_map, info.second_map, info.texts);
+  std::vector<std::string> texts;
+  ReadRulesInfo(database.string(), database.filename().string(), info.first_map, info.second_map, texts);
+  TakeTexts(std::move(texts), info);
   return info;
 }
 

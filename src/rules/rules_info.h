@@ -13,26 +13,44 @@ namespace selvane {
 // Both maps have room for the items 0..99,999.
 inline constexpr std::int32_t kMostItems = 100000;
 
-// What the file holds when it is read: an entry for each item number, 10 for an item of the run and 0 for any
-// other, for the direct items and for those that generalization added; and the texts: the term table's name,
-// the number of rows, the minimum support, the minimum confidence and, after a run that generalized, the
-// names of the taxonomies in use.
+// How rules were made. Figures are the texts that stand in the file; what it lacks is empty.
 struct RulesInfo {
+  std::string term_table;
+  std::string rows;
+  std::string min_support;
+  std::string min_confidence;
+  std::vector<std::string> taxonomies;  // in use, of a run that generalized
+  // An entry for each item number, 10 for an item of the run and 0 for any other: the direct items, and those
+  // that generalization added.
   std::vector<std::int32_t> first_map;
   std::vector<std::int32_t> second_map;
-  std::vector<std::string> texts;
+  bool operator==(const RulesInfo&) const = default;
 };
 
-// The path of a database's information file but for its ".dat": "Info" and the file's title, in its folder.
-std::filesystem::path RulesInfoBasePath(const std::filesystem::path& database);
+// The path of a database's information file: "Info", the database's title and ".dat", in its folder.
+std::filesystem::path RulesInfoPath(const std::filesystem::path& database);
+
+// The map of these items. Throws InputError when one is outside 0..99,999.
+std::vector<std::int32_t> MapOfItems(std::span<const std::int32_t> items);
+// The places of all entries above 0, which are the numbers of the items.
+std::vector<std::int32_t> ItemsOfMap(std::span<const std::int32_t> map);
+
+// The thresholds as numbers; 0 where there is none.
+float MinimumSupportOf(const RulesInfo& info);
+float MinimumConfidenceOf(const RulesInfo& info);
 
 // Throws InputError when a number is outside 0..99,999.
 void CheckInfoItems(std::span<const std::int32_t> items);
 
-// Writes base_path + ".dat", in place of one that is there. Throws InputError, before anything is written,
+// Writes base_path + ".dat", in place of one that is there: the two maps of these items, and the texts in the
+// order of the members of `RulesInfo`. Throws InputError, before anything is written,
 // when an item is outside 0..99,999, and FileError.
 void WriteRulesInfo(std::span<const std::int32_t> first_items, std::span<const std::int32_t> second_items,
                     std::span<const std::string> texts, const std::filesystem::path& base_path);
+// Writes the information file of a database, in place of one that is there. Throws FileError.
+void WriteRulesInfo(const RulesInfo& info, const std::filesystem::path& database);
+// Removes it, where there is one.
+void RemoveRulesInfo(const std::filesystem::path& database);
 
 // Reads the information file that belongs to a database. `file_name` is the last part of `database_path`.
 // Throws EndOfProgram when the name has no "mdb" behind its last "." (in small letters), FileError when the

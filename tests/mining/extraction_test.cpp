@@ -51,9 +51,11 @@ TEST_F(ExtractionTest, StoresRulesAndTellsOfTheRun) {
   EXPECT_EQ(progress_.statuses, (Texts{"Checking items presence ...", "Searching for frequent itemsets...",
                                        "Completed!!", "Generating rules ....", "Completed!!"}));
   const RulesInfo info = ReadRulesInfo("Run.mdb");
-  EXPECT_EQ(info.texts, (Texts{"T", "4", "0,5", "0,5", "Diseases", "Drugs"}));
-  EXPECT_EQ(std::count(info.first_map.begin(), info.first_map.end(), 10), 3);
-  EXPECT_EQ(std::count(info.second_map.begin(), info.second_map.end(), 10), 4);
+  EXPECT_EQ((Texts{info.term_table, info.rows, info.min_support, info.min_confidence}),
+            (Texts{"T", "4", "0,5", "0,5"}));
+  EXPECT_EQ(info.taxonomies, (Texts{"Diseases", "Drugs"}));
+  EXPECT_EQ(ItemsOfMap(info.first_map).size(), 3U);
+  EXPECT_EQ(ItemsOfMap(info.second_map).size(), 4U);
   EXPECT_EQ(FileNames("."), (Texts{"InfoRun.dat", "Run.mdb", "copy.dat", "frequentItemset2.dat", "state",
                                    "tax.mdb", "terms.mdb"}));
   EXPECT_EQ(FileNames("state"), Texts{"ItemSets.lock"});

@@ -90,7 +90,9 @@ TEST_F(ExtractionWindowTest, GoesFromADatabaseToRulesAsTheCoreDoes) {
   dialogs.Expect(kAskOutput, {"rules.mdb"});
   Extract();
   EXPECT_EQ(rules().topLevelItemCount(), 2);
-  EXPECT_EQ(ReadRulesInfo("rules.mdb").texts, (Texts{kTable, "30", "0.2", "0.7"}));
+  const RulesInfo info = ReadRulesInfo("rules.mdb");
+  EXPECT_EQ((Texts{info.term_table, info.rows, info.min_support, info.min_confidence}),
+            (Texts{kTable, "30", "0.2", "0.7"}));
 }
 
 TEST_F(ExtractionWindowTest, ThresholdsOutOfRangeAreReportedWhenTheFieldIsLeft) {
@@ -110,7 +112,7 @@ TEST_F(ExtractionWindowTest, ThresholdsOutOfRangeAreReportedWhenTheFieldIsLeft) 
   Extract();
   EXPECT_EQ(Shown("Minimun Support"), "0.05");
   EXPECT_EQ(Shown("Minimun Confidence"), "0.5");
-  EXPECT_EQ(ReadRulesInfo("rules.mdb").texts[2], "0.05");
+  EXPECT_EQ(ReadRulesInfo("rules.mdb").min_support, "0.05");
   dialogs.Expect("error: Extracting Rules: \"many\" is not a number*");
   Enter("Minimun Support", "many");
   EXPECT_EQ(Shown("Minimun Support"), "0.05");

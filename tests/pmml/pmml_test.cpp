@@ -26,9 +26,7 @@ class PmmlTest : public FolderTest {
     store_.CreateRulesDatabase("rules.mdb", "R_1");
     store_.SetTargetTable("R_1");
     store_.SetSourceTable("R_1");
-    info_.texts = {"T", "5", "0,2", "0.5", "Diseases"};
-    info_.first_map = {0, 0, 3, 0};
-    info_.second_map = {1, 5};
+    info_ = {"T", "5", "0,2", "0.5", {"Diseases"}, {0, 0, 3, 0}, {1, 5}};
   }
   void Insert(std::vector<std::int32_t> antecedent, std::vector<std::int32_t> consequent, float pa = 0.4F) {
     const auto size = [](const auto& side) { return static_cast<std::int32_t>(side.size()); };
@@ -156,7 +154,7 @@ TEST_F(PmmlTest, RulesComeBackAsTheyWentOut) {
     const std::vector<Rule> rules = file.ReadRules(TaxonomyStore("tax.mdb"), progress_);
     ImportRules(head, &rules, name + ".mdb", ExistingFile::kRefuse, progress_);
     EXPECT_EQ(Rows(name + ".mdb", "SELECT * FROM R_1"), rows);
-    EXPECT_EQ(ReadRulesInfo(name + ".mdb").texts.at(1), "5");
+    EXPECT_EQ(ReadRulesInfo(name + ".mdb").rows, "5");
     ImportRules(head, nullptr, name + "_empty.mdb", ExistingFile::kRefuse, progress_);
     EXPECT_TRUE(Rows(name + "_empty.mdb", "SELECT * FROM R_1").empty());
   }

@@ -10,8 +10,24 @@ using Texts = std::vector<std::string>;
 
 class RulesInfoTest : public FolderTest {};
 
+TEST_F(RulesInfoTest, BothWaysOfWritingGiveTheSameFile) {
+  const RulesInfo info{
+      "T", "4", "0,5", "", {"Diseases", "Drugs"}, MapOfItems(Items{7, 3}), MapOfItems(Items{99999})};
+  EXPECT_EQ(ItemsOfMap(info.first_map), (Items{3, 7}));
+  std::filesystem::create_directory("sub.folder");
+  WriteRulesInfo(info, "sub.folder/my.run.mdb");
+  EXPECT_EQ(ReadRulesInfo("sub.folder/my.run.mdb"), info);
+  WriteRulesInfo(Items{3, 7}, Items{99999}, Texts{"T", "4", "0,5", "", "Diseases", "Drugs"}, "Infoplain");
+  EXPECT_EQ(ReadFile("sub.folder/Infomy.run.dat"), ReadFile("Infoplain.dat"));
+  WriteRulesInfo(Items{}, Items{}, Texts{"T", "4"}, "Infoshort");
+  const RulesInfo less = ReadRulesInfo("short.mdb");
+  EXPECT_EQ(less, (RulesInfo{"T", "4", "", "", {}, MapOfItems({}), MapOfItems({})}));
+  EXPECT_EQ(MinimumSupportOf(less), 0);
+  EXPECT_FLOAT_EQ(MinimumSupportOf(info), 0.5);
+}
+
 TEST_F(RulesInfoTest, WritesTheseBytes) {
-  WriteRulesInfo(Items{0, 3}, Items{99999}, Texts{"T", "Sj\xC3\xB6gren"}, RulesInfoBasePath("Run1.mdb"));
+  WriteRulesInfo(Items{0, 3}, Items{99999}, Texts{"T", "Sj\xC3\xB6gren"}, "InfoRun1");
   EXPECT_EQ(FileNames("."), Texts{"InfoRun1.dat"});
   const std::string count("\xFF\xFF\xA0\x86\x01\0", 6);
   std::string first(400000, '\0');
