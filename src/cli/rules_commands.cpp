@@ -74,25 +74,29 @@ void ReportTooMany(const RuleTally& tally, const CliContext& context) {
                              : fitting + " would have fitted");
 }
 
-void ReportEmpty(const ExtractionReport& report, const CliContext& context) {
-  if (report.rows == 0) {
-    fmt::print(context.err, "No extractable rules: the table is empty\n");
-  } else if (report.items == 0) {
-    fmt::print(context.err,
-               "No extractable rules: no row holds a term that the taxonomy knows; check that the table "
-               "and the taxonomy belong together\n");
-  } else if (report.end == ExtractionEnd::kOnlySingleItems) {
-    fmt::print(context.err,
-               "No extractable rules: no two items are frequent together, so no database was made; "
-               "try a lower --min-support\n");
-  } else if (report.end == ExtractionEnd::kNoRules && report.closed.too_long_rules == 0) {
-    fmt::print(context.err,
-               "No extracted rules: none reaches the confidence; try a lower --min-confidence\n");
+// What a run without rules tells; empty for one with rules, or for which more is told anyway.
+std::string_view AdviceOf(ExtractionEnd end) {
+  switch (end) {
+    case ExtractionEnd::kEmptyTable:
+      return "No extractable rules: the table is empty\n";
+    case ExtractionEnd::kNoKnownTerm:
+      return "No extractable rules: no row holds a term that the taxonomy knows; check that the table and "
+             "the "
+             "taxonomy belong together\n";
+    case ExtractionEnd::kOnlySingleItems:
+      return "No extractable rules: no two items are frequent together, so no database was made; try a lower "
+             "--min-support\n";
+    case ExtractionEnd::kNoRules:
+      return "No extracted rules: none reaches the confidence; try a lower --min-confidence\n";
+    case ExtractionEnd::kRules:
+    case ExtractionEnd::kOnlyTooLongRules:
+      break;
   }
+  return {};
 }
 
 void ReportEnd(const ExtractionReport& report, const CliContext& context) {
-  ReportEmpty(report, context);
+  fmt::print(context.err, "{}", AdviceOf(report.end));
   fmt::print(
       context.err,
       "{} rows, {} items, {} itemsets, {} rules; checking {:.2f} s, searching {:.2f} s ({} candidates, {} "
@@ -113,7 +117,7 @@ void ReportClosedEnd(const ExtractionReport& report, const CliContext& context) 
       "the "
       "tables differ; rules show and the filters will not name them rightly",
       closed.renumbered);
-  ReportEmpty(report, context);
+  fmt::print(context.err, "{}", AdviceOf(report.end));
   if (closed.too_long_rules > 0) {
     fmt::print(
         context.err,

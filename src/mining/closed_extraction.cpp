@@ -95,6 +95,7 @@ ExtractionReport ExtractClosedRules(const TransactionSource& source, const Taxon
   if (found.largest_size() < 2) {
     WriteFiles(found, files, request.itemset_copy, {}, progress);
     files.Commit();
+    report.end = EndWithoutPairs(report);
     return report;
   }
 

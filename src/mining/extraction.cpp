@@ -81,6 +81,7 @@ ExtractionReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy
   report.search_seconds = search_timer.Seconds();
   if (found.itemsets_written == found.single_items) {
     hold.Remove();
+    report.end = EndWithoutPairs(report);
     return report;
   }
 

@@ -48,10 +48,16 @@ struct ExtractionHooks {
   std::function<void(const RuleTally&)> will_not_fit;
 };
 
+// How a run ended, and what its user may do about it.
 enum class ExtractionEnd {
-  kRules,    // rules were stored
-  kNoRules,  // "No extracted rules": none reached the confidence; the database is there, with an empty table
-  kOnlySingleItems  // "No extractable rules": no two items are frequent together; nothing was written
+  kRules,  // rules were stored
+  // "No extracted rules". The database is there, with an empty table.
+  kNoRules,           // none reached the confidence: a lower one may help
+  kOnlyTooLongRules,  // of closed itemsets: all that were found have a side that the table has no room for
+  // "No extractable rules". Nothing was written.
+  kEmptyTable,
+  kNoKnownTerm,     // no row holds a term of the taxonomy: do the table and the taxonomy belong together?
+  kOnlySingleItems  // no two items are frequent together: a lower support may help
 };
 
 struct ClosedItemsetReport {

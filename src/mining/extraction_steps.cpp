@@ -57,6 +57,11 @@ void TellWhetherFits(const RuleTally& tally, const ExtractionRequest& request, c
   hooks.will_not_fit(tally);
 }
 
+ExtractionEnd EndWithoutPairs(const ExtractionReport& report) {
+  if (report.rows == 0) return ExtractionEnd::kEmptyTable;
+  return report.items == 0 ? ExtractionEnd::kNoKnownTerm : ExtractionEnd::kOnlySingleItems;
+}
+
 void StoreRules(const ExtractionHooks& hooks, const std::vector<fs::path>& others, const RulesInfo& info,
                 ExtractionReport& report, Progress& progress,
                 const std::function<void(RulesStore& rules)>& fill) {
@@ -75,7 +80,9 @@ void StoreRules(const ExtractionHooks& hooks, const std::vector<fs::path>& other
     WriteRulesInfo(info, output.path);
   });
   report.rules_seconds = timer.Seconds();
-  report.end = report.rules_stored > 0 ? ExtractionEnd::kRules : ExtractionEnd::kNoRules;
+  report.end = report.rules_stored > 0            ? ExtractionEnd::kRules
+               : report.closed.too_long_rules > 0 ? ExtractionEnd::kOnlyTooLongRules
+                                                  : ExtractionEnd::kNoRules;
   progress.SetStatus("Completed!!");
 }
 

@@ -36,6 +36,9 @@ void KeepCopy(const std::filesystem::path& itemsets, const std::filesystem::path
 // Tells of it when the rules will not fit the table.
 void TellWhetherFits(const RuleTally& tally, const ExtractionRequest& request, const ExtractionHooks& hooks);
 
+// How a run ends in which no two items were frequent together.
+ExtractionEnd EndWithoutPairs(const ExtractionReport& report);
+
 // How the rules of this run are made; the taxonomies and the maps are left to the caller.
 RulesInfo InfoOf(const ExtractionRequest& request, std::uint32_t rows);
 

@@ -268,16 +268,25 @@ void ExtractionWindow::WarnOfTooMany(const RuleTally& tally) {
 }
 
 void ExtractionWindow::ShowEnd(const ExtractionReport& report) {
-  if (report.end == ExtractionEnd::kOnlySingleItems) {
-    ShowMessage(MessageIcon::kInformation, kCaption, "No extractable rules",
-                report.rows == 0 ? "The table is empty."
-                : report.items == 0
-                    ? "No row holds a term that the taxonomy knows. Do the table and the taxonomy belong "
-                      "together?"
-                    : "No two items are frequent together, so no database was made. Try a lower support.");
-  } else if (report.end == ExtractionEnd::kNoRules && report.closed.too_long_rules == 0) {
-    ShowMessage(MessageIcon::kInformation, kCaption, "No extracted rules",
-                "None reaches the minimum confidence. Try a lower one.");
+  const auto tell = [this](const char* text, const char* advice) {
+    ShowMessage(MessageIcon::kInformation, kCaption, text, advice);
+  };
+  constexpr const char* kNotExtractable = "No extractable rules";
+  switch (report.end) {
+    case ExtractionEnd::kEmptyTable:
+      return tell(kNotExtractable, "The table is empty.");
+    case ExtractionEnd::kNoKnownTerm:
+      return tell(kNotExtractable,
+                  "No row holds a term that the taxonomy knows. Do the table and the taxonomy belong "
+                  "together?");
+    case ExtractionEnd::kOnlySingleItems:
+      return tell(kNotExtractable,
+                  "No two items are frequent together, so no database was made. Try a lower support.");
+    case ExtractionEnd::kNoRules:
+      return tell("No extracted rules", "None reaches the minimum confidence. Try a lower one.");
+    case ExtractionEnd::kRules:
+    case ExtractionEnd::kOnlyTooLongRules:  // told with the items
+      break;
   }
 }
 
