@@ -59,17 +59,17 @@ void CheckOutput(const ExtractOptions& options, const CliContext& context) {
   }
 }
 
-void ReportTooMany(const RuleTally& tally, const CliContext& context) {
+void ReportTooMany(const TooManyRules& rules, const CliContext& context) {
   std::string fitting;
-  if (const auto confidence = tally.FittingConfidence(kMostRules)) {
+  if (const auto confidence = rules.fitting.confidence) {
     fitting += fmt::format("--min-confidence {:g}", *confidence);
   }
-  if (const auto support = tally.FittingSupport(kMostRules)) {
+  if (const auto support = rules.fitting.support) {
     fitting += fmt::format("{}--min-support {:g}", fitting.empty() ? "" : " or ", *support);
   }
   fmt::print(context.err,
              "selvane-cli: there are {} rules and a table holds {}: the first {} are stored. {}\n",
-             tally.total(), kMostRules, kMostRules,
+             rules.found, rules.stored, rules.stored,
              fitting.empty() ? "No higher threshold would make them fit; choose fewer terms"
                              : fitting + " would have fitted");
 }
@@ -150,7 +150,7 @@ void Extract(ExtractOptions& options, const CliContext& context) {
   hooks.restored = [&context](const std::string& entry) {
     fmt::print(context.err, "selvane-cli: the pruned term {} is in the table and was restored\n", entry);
   };
-  hooks.will_not_fit = [&context](const RuleTally& tally) { ReportTooMany(tally, context); };
+  hooks.will_not_fit = [&context](const TooManyRules& rules) { ReportTooMany(rules, context); };
   if (options.closed) {
     request.covers_only = !options.unreduced;
     ReportClosedEnd(ExtractClosedRules(source, taxonomy, hold, request, hooks, context.progress), context);

@@ -45,7 +45,7 @@ struct ExtractionHooks {
   // Told of each entry that was brought back into the working taxonomy. It stays there however the run ends.
   std::function<void(const std::string& entry)> restored;
   // Told, before storing begins, that the run gives more rules than a table holds.
-  std::function<void(const RuleTally&)> will_not_fit;
+  std::function<void(const TooManyRules&)> will_not_fit;
 };
 
 // How a run ended, and what its user may do about it.

@@ -53,8 +53,9 @@ void KeepCopy(const fs::path& itemsets, const fs::path& copy) {
 }
 
 void TellWhetherFits(const RuleTally& tally, const ExtractionRequest& request, const ExtractionHooks& hooks) {
-  if (tally.total() <= static_cast<std::uint64_t>(request.most_rules) || !hooks.will_not_fit) return;
-  hooks.will_not_fit(tally);
+  const auto most = static_cast<std::uint64_t>(request.most_rules);
+  if (tally.total() <= most || !hooks.will_not_fit) return;
+  hooks.will_not_fit({tally.total(), request.most_rules, tally.Fitting(most)});
 }
 
 ExtractionEnd EndWithoutPairs(const ExtractionReport& report) {

@@ -227,7 +227,7 @@ ExtractionReport ExtractionWindow::ExtractWith(Extractor extractor, QStringList&
   };
   hooks.rule_line = [&lines](std::string_view line) { lines.Add(ToQt(line)); };
   hooks.restored = [&restored](const std::string& entry) { restored.append(ToQt(entry)); };
-  hooks.will_not_fit = [this](const RuleTally& tally) { WarnOfTooMany(tally); };
+  hooks.will_not_fit = [this](const TooManyRules& rules) { WarnOfTooMany(rules); };
   ExtractionReport report;
   if (extractor == Extractor::kOrnex) {
     report = ExtractClosedRules(source_, *taxonomy_, hold, request, hooks, progress());
@@ -251,18 +251,18 @@ fs::path ExtractionWindow::ChooseOutput(Extractor extractor) {
   return path;
 }
 
-void ExtractionWindow::WarnOfTooMany(const RuleTally& tally) {
+void ExtractionWindow::WarnOfTooMany(const TooManyRules& rules) {
   QStringList fitting;
-  if (const auto confidence = tally.FittingConfidence(kMostRules)) {
+  if (const auto confidence = rules.fitting.confidence) {
     fitting.append("a minimum confidence of " + NumberText(*confidence));
   }
-  if (const auto support = tally.FittingSupport(kMostRules)) {
+  if (const auto support = rules.fitting.support) {
     fitting.append("a minimum support of " + NumberText(*support));
   }
   ShowMessage(MessageIcon::kInformation, kCaption,
               QString("There are %1 rules and a table holds %2: the first %2 will be stored. %3")
-                  .arg(tally.total())
-                  .arg(kMostRules)
+                  .arg(rules.found)
+                  .arg(rules.stored)
                   .arg(fitting.isEmpty() ? "No higher threshold would make them fit; choose fewer terms."
                                          : "All would have fitted with " + fitting.join(" or ") + '.'));
 }

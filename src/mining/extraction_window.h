@@ -48,7 +48,7 @@ class ExtractionWindow final : public ToolWindow {
   void ReadFields();
   void WriteFields();
   QString NumberText(double value) const;
-  void WarnOfTooMany(const RuleTally& tally);
+  void WarnOfTooMany(const TooManyRules& rules);
   void ShowEnd(const ExtractionReport& report);
   void ReportRestored(const QStringList& entries);
   void ReportItems(const ClosedItemsetReport& report);

@@ -9,6 +9,19 @@
 
 namespace selvane {
 
+// Thresholds above those of a run with which its rules would have fitted a table.
+struct FittingThresholds {
+  std::optional<double> confidence;  // in thousandths; nothing when too many rules have confidence 1
+  std::optional<double> support;     // in ten-thousandths; nothing when too many stand in every row
+};
+
+// That a run gives more rules than a table holds, and what to do about it.
+struct TooManyRules {
+  std::uint64_t found = 0;
+  long stored = 0;  // the first of them, which the table holds
+  FittingThresholds fitting;
+};
+
 // Counts rules by confidence and by support, in fixed memory, so that a run which gives more rules than a
 // table holds can name thresholds that would have fitted.
 class RuleTally {
@@ -23,13 +36,14 @@ class RuleTally {
     ++by_rows_[std::min(rows, row_count_)];
   }
   std::uint64_t total() const { return total_; }
-  // The smallest thousandth, above the threshold used, at which no more than `most` rules stay; nothing when
-  // too many have confidence 1.
-  std::optional<double> FittingConfidence(std::uint64_t most) const;
-  // The same for the support, in ten-thousandths; nothing when too many stand in every row.
-  std::optional<double> FittingSupport(std::uint64_t most) const;
+  // The smallest thresholds, of these steps, at which no more than `most` rules stay.
+  FittingThresholds Fitting(std::uint64_t most) const {
+    return {FittingConfidence(most), FittingSupport(most)};
+  }
 
  private:
+  std::optional<double> FittingConfidence(std::uint64_t most) const;
+  std::optional<double> FittingSupport(std::uint64_t most) const;
   static float Thousandth(std::size_t n) { return static_cast<float>(static_cast<double>(n) / 1000); }
   // The greatest thousandth that the confidence reaches, compared as a minimum confidence would be.
   // Not-a-number, which a damaged file can give, counts as 0.

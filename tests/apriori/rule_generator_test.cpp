@@ -150,11 +150,11 @@ TEST(RuleTally, NamesThresholdsThatJustFit) {
     RuleTally tally(rows);
     tally.Add(lower, rows - 2);
     tally.Add(1, rows);
-    for (const double threshold : {tally.FittingSupport(1).value(), tally.FittingConfidence(1).value()}) {
+    for (const double threshold : {tally.Fitting(1).support.value(), tally.Fitting(1).confidence.value()}) {
       EXPECT_LT(lower, static_cast<float>(threshold)) << rows;
       EXPECT_LE(threshold, 1) << rows;
     }
-    EXPECT_FALSE(tally.FittingSupport(0) || tally.FittingConfidence(0));
+    EXPECT_FALSE(tally.Fitting(0).support || tally.Fitting(0).confidence);
   }
 }
 

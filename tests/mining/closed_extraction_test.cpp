@@ -352,7 +352,7 @@ TEST_F(LargeExtractionTest, StoresTheShortestRulesWhenNotAllFit) {
   request_.min_support = 0.3F;
   request_.most_rules = 1000;
   std::uint64_t told = 0;
-  hooks_.will_not_fit = [&told](const RuleTally& tally) { told = tally.total(); };
+  hooks_.will_not_fit = [&told](const TooManyRules& rules) { told = rules.found; };
   const ExtractionReport report = Extract();
   EXPECT_EQ(report.rules_stored, 1000);
   EXPECT_EQ(report.rules_found, told);
