@@ -30,28 +30,28 @@ void Extract(benchmark::State& state, const char* terms) {
   TransactionSource source;
   source.Open(terms);
   TaxonomyStore taxonomy("tax.mdb");
-  ExtractionRequest request{"T", static_cast<float>(state.range(0)) / 1000};
-  request.generalize = false;
+  const ExtractionRequest request{.table = "T", .min_support = static_cast<float>(state.range(0)) / 1000};
   ExtractionHooks hooks;
   hooks.choose_output = [] { return RulesOutput{"rules.mdb", ExistingFile::kReplace}; };
   SilentProgress progress;
   ItemsetFileHold hold(std::filesystem::current_path());
   for (auto _ : state) {
-    ExtractionReport closed;
-    ExtractionReport apriori;
-    const double closed_seconds =
-        SecondsOf([&] { closed = ExtractClosedRules(source, taxonomy, hold, request, hooks, progress); });
-    const double apriori_seconds =
-        SecondsOf([&] { apriori = ExtractRules(source, taxonomy, hold, request, hooks, progress); });
+    ClosedReport closed;
+    AprioriReport apriori;
+    const double closed_seconds = SecondsOf(
+        [&] { closed = ExtractClosedRules(source, taxonomy, hold, {.run = request}, hooks, progress); });
+    const double apriori_seconds = SecondsOf([&] {
+      apriori = ExtractRules(source, taxonomy, hold, {.run = request, .generalize = false}, hooks, progress);
+    });
     state.counters["itemsets"] = apriori.itemsets;
-    state.counters["closed_itemsets"] = static_cast<double>(closed.closed.closed_itemsets);
-    state.counters["generators"] = static_cast<double>(closed.closed.generators);
-    state.counters["rules"] = static_cast<double>(apriori.rules_found);
-    state.counters["rules_of_the_bases"] = static_cast<double>(closed.rules_found);
+    state.counters["closed_itemsets"] = static_cast<double>(closed.closed_itemsets);
+    state.counters["generators"] = static_cast<double>(closed.generators);
+    state.counters["rules"] = static_cast<double>(apriori.run.rules_found);
+    state.counters["rules_of_the_bases"] = static_cast<double>(closed.run.rules_found);
     state.counters["closed_s"] = closed_seconds;
     state.counters["apriori_s"] = apriori_seconds;
-    state.counters["closed_search_s"] = closed.search_seconds;
-    state.counters["apriori_search_s"] = apriori.search_seconds;
+    state.counters["closed_search_s"] = closed.run.search_seconds;
+    state.counters["apriori_search_s"] = apriori.run.search_seconds;
     state.counters["ratio_to_apriori"] = closed_seconds / apriori_seconds;
   }
 }

@@ -12,8 +12,8 @@
 #include "cli/cli.h"
 #include "cli/rules_output.h"
 #include "closed/closed_result_files.h"
+#include "mining/apriori_extraction.h"
 #include "mining/closed_extraction.h"
-#include "mining/extraction.h"
 #include "rules/rule_list.h"
 #include "rules/rules_info.h"
 #include "rules/rules_store.h"
@@ -95,18 +95,19 @@ std::string_view AdviceOf(ExtractionEnd end) {
   return {};
 }
 
-void ReportEnd(const ExtractionReport& report, const CliContext& context) {
-  fmt::print(context.err, "{}", AdviceOf(report.end));
+void ReportEnd(const AprioriReport& report, const CliContext& context) {
+  const ExtractionReport& run = report.run;
+  fmt::print(context.err, "{}", AdviceOf(run.end));
   fmt::print(
       context.err,
       "{} rows, {} items, {} itemsets, {} rules; checking {:.2f} s, searching {:.2f} s ({} candidates, {} "
       "million words), rules {:.2f} s\n",
-      report.rows, report.items, report.itemsets, report.rules_stored, report.check_seconds,
-      report.search_seconds, report.work.candidates, report.work.words / 1000000, report.rules_seconds);
+      run.rows, run.items, report.itemsets, run.rules_stored, run.check_seconds, run.search_seconds,
+      report.work.candidates, report.work.words / 1000000, run.rules_seconds);
 }
 
-void ReportClosedEnd(const ExtractionReport& report, const CliContext& context) {
-  const ClosedItemsetReport& closed = report.closed;
+void ReportClosedEnd(const ClosedReport& closed, const CliContext& context) {
+  const ExtractionReport& run = closed.run;
   const auto tell = [&context](std::string_view what, const std::vector<std::string>& names) {
     if (!names.empty()) fmt::print(context.err, "selvane-cli: {}: {}\n", what, Listed(names));
   };
@@ -117,7 +118,7 @@ void ReportClosedEnd(const ExtractionReport& report, const CliContext& context) 
       "the "
       "tables differ; rules show and the filters will not name them rightly",
       closed.renumbered);
-  fmt::print(context.err, "{}", AdviceOf(report.end));
+  fmt::print(context.err, "{}", AdviceOf(run.end));
   if (closed.too_long_rules > 0) {
     fmt::print(
         context.err,
@@ -127,9 +128,9 @@ void ReportClosedEnd(const ExtractionReport& report, const CliContext& context) 
   fmt::print(context.err,
              "{} rows, {} items, {} closed itemsets, {} generators, {} rules ({} exact and {} approximate "
              "found); checking {:.2f} s, searching {:.2f} s, rules {:.2f} s\n",
-             report.rows, report.items, closed.closed_itemsets, closed.generators, report.rules_stored,
-             closed.exact_rules, report.rules_found - closed.exact_rules, report.check_seconds,
-             report.search_seconds, report.rules_seconds);
+             run.rows, run.items, closed.closed_itemsets, closed.generators, run.rules_stored,
+             closed.exact_rules, run.rules_found - closed.exact_rules, run.check_seconds, run.search_seconds,
+             run.rules_seconds);
 }
 
 void Extract(ExtractOptions& options, const CliContext& context) {
@@ -142,7 +143,6 @@ void Extract(ExtractOptions& options, const CliContext& context) {
   source.ListTables(tables);
   ExtractionRequest& request = options.request;
   request.table = ChooseTable(tables, request.table, options.terms);
-  request.generalize = !options.no_generalize;
   request.decimal_sign = context.decimal_sign;
   TaxonomyStore taxonomy(options.taxonomy);
   ExtractionHooks hooks;
@@ -152,11 +152,12 @@ void Extract(ExtractOptions& options, const CliContext& context) {
   };
   hooks.will_not_fit = [&context](const TooManyRules& rules) { ReportTooMany(rules, context); };
   if (options.closed) {
-    request.covers_only = !options.unreduced;
-    ReportClosedEnd(ExtractClosedRules(source, taxonomy, hold, request, hooks, context.progress), context);
+    const ClosedRequest closed{.run = request, .covers_only = !options.unreduced};
+    ReportClosedEnd(ExtractClosedRules(source, taxonomy, hold, closed, hooks, context.progress), context);
     return;
   }
-  ReportEnd(ExtractRules(source, taxonomy, hold, request, hooks, context.progress), context);
+  const AprioriRequest apriori{.run = request, .generalize = !options.no_generalize};
+  ReportEnd(ExtractRules(source, taxonomy, hold, apriori, hooks, context.progress), context);
 }
 
 void AddExtract(CLI::App& group, const CliContext& context) {

@@ -33,31 +33,33 @@ void CheckNames(const fs::path& terms, const fs::path& taxonomy, const fs::path&
 }
 
 ColumnItems ReadAndCheckItems(const TransactionSource& source, const TaxonomyStore& taxonomy,
-                              const std::string& table, ExtractionReport& report, Progress& progress) {
+                              const std::string& table, ClosedReport& report, Progress& progress) {
   progress.SetStatus("Checking items presence ...");
   ColumnItems items = ReadColumnItems(source, table, taxonomy, progress);
   CheckInfoItems(items.in_column_order);
-  report.rows = items.row_count;
-  report.items = items.nodes.size();
-  report.closed.unknown_columns = items.unknown_columns;
-  report.closed.joined_columns = items.joined_columns;
-  report.closed.renumbered = items.renumbered;
+  report.run.rows = items.row_count;
+  report.run.items = items.nodes.size();
+  report.unknown_columns = items.unknown_columns;
+  report.joined_columns = items.joined_columns;
+  report.renumbered = items.renumbered;
   return items;
 }
 
-void Search(const ColumnItems& items, const ExtractionRequest& request, FoundItemsets& found,
-            ExtractionReport& report, Progress& progress) {
+void Search(const ColumnItems& items, const ClosedRequest& request, FoundItemsets& found,
+            ClosedReport& report, Progress& progress) {
   progress.SetStatus("Searching for closed itemsets...");
   progress.SetRange(0, 100);
   progress.SetPosition(0);
-  const std::uint32_t least_rows = std::max(1U, LeastRows(request.min_support, items.row_count));
-  ClosedItemsetSearch(items.rows, {least_rows, request.min_confidence, request.covers_only}, found, progress)
-      .Run();
-  report.closed.closed_itemsets = found.closed_itemsets();
-  report.closed.generators = found.generators();
-  report.closed.exact_rules = found.exact_rules();
-  report.closed.too_long_rules = found.too_long_rules();
-  report.rules_found = found.tally().total() + found.too_long_rules();
+  const std::uint32_t least_rows = std::max(1U, LeastRows(request.run.min_support, items.row_count));
+  const ClosedItemsetSearch::Options options{.least_rows = least_rows,
+                                             .min_confidence = request.run.min_confidence,
+                                             .covers_only = request.covers_only};
+  ClosedItemsetSearch(items.rows, options, found, progress).Run();
+  report.closed_itemsets = found.closed_itemsets();
+  report.generators = found.generators();
+  report.exact_rules = found.exact_rules();
+  report.too_long_rules = found.too_long_rules();
+  report.run.rules_found = found.tally().total() + found.too_long_rules();
   progress.SetStatus("Completed!!");
   progress.SetPosition(100);
 }
@@ -76,43 +78,46 @@ void WriteFiles(FoundItemsets& found, ClosedResultFiles& files, const fs::path& 
 
 }  // namespace
 
-ExtractionReport ExtractClosedRules(const TransactionSource& source, const TaxonomyStore& taxonomy,
-                                    const ItemsetFileHold& hold, const ExtractionRequest& request,
-                                    const ExtractionHooks& hooks, Progress& progress) {
-  CheckRequest(source, request);
-  std::vector<fs::path> others = {source.file_name(), taxonomy.path(), request.itemset_copy};
-  CheckNames(source.file_name(), taxonomy.path(), request.itemset_copy);
+ClosedReport ExtractClosedRules(const TransactionSource& source, const TaxonomyStore& taxonomy,
+                                const ItemsetFileHold& hold, const ClosedRequest& request,
+                                const ExtractionHooks& hooks, Progress& progress) {
+  CheckRequest(source, request.run);
+  std::vector<fs::path> others = {source.file_name(), taxonomy.path(), request.run.itemset_copy};
+  CheckNames(source.file_name(), taxonomy.path(), request.run.itemset_copy);
   ClosedResultFiles files;  // made first, so that a folder that takes no files is told of at once
-  ExtractionReport report;
+  ClosedReport report;
   const StageTimer check_timer;
-  const ColumnItems items = ReadAndCheckItems(source, taxonomy, request.table, report, progress);
-  report.check_seconds = check_timer.Seconds();
+  const ColumnItems items = ReadAndCheckItems(source, taxonomy, request.run.table, report, progress);
+  report.run.check_seconds = check_timer.Seconds();
 
   const StageTimer search_timer;
   FoundItemsets found(hold.path().parent_path(), items.nodes, items.row_count);
   Search(items, request, found, report, progress);
-  report.search_seconds = search_timer.Seconds();
+  report.run.search_seconds = search_timer.Seconds();
   if (found.largest_size() < 2) {
-    WriteFiles(found, files, request.itemset_copy, {}, progress);
+    WriteFiles(found, files, request.run.itemset_copy, {}, progress);
     files.Commit();
-    report.end = EndWithoutPairs(report);
+    report.run.end = EndWithoutPairs(report.run);
     return report;
   }
 
   others.insert(others.end(), ClosedResultFiles::kNames.begin(), ClosedResultFiles::kNames.end());
-  RulesInfo info = InfoOf(request, items.row_count);
+  RulesInfo info = InfoOf(request.run, items.row_count);
   info.first_map = MapOfItems(items.in_column_order);
   info.second_map = MapOfItems({});
-  StoreRules(hooks, others, info, report, progress, [&](RulesStore& rules) {
-    TellWhetherFits(found.tally(), request, hooks);
-    ClosedRuleStorer storer(items, taxonomy, rules, hooks.rule_line, request.most_rules);
+  StoreRules(hooks, others, info, report.run, progress, [&](RulesStore& rules) {
+    TellWhetherFits(found.tally(), request.run, hooks);
+    ClosedRuleStorer storer(items, taxonomy, rules, hooks.rule_line, request.run.most_rules);
     const auto store = [&storer](const EncodedRecord& generator, const EncodedRecord& larger) {
       storer.Store(generator, larger);
     };
-    WriteFiles(found, files, request.itemset_copy, store, progress);
+    WriteFiles(found, files, request.run.itemset_copy, store, progress);
     storer.Finish();
-    report.rules_stored = storer.stored();
+    report.run.rules_stored = storer.stored();
   });
+  if (report.run.end == ExtractionEnd::kNoRules && report.too_long_rules > 0) {
+    report.run.end = ExtractionEnd::kOnlyTooLongRules;
+  }
   files.Commit();
   return report;
 }

@@ -2,9 +2,35 @@
 // database.
 #pragma once
 
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "base/progress.h"
+#include "data/transaction_source.h"
+#include "itemsets/itemset_file.h"
 #include "mining/extraction.h"
+#include "taxonomy/taxonomy_store.h"
 
 namespace selvane {
+
+struct ClosedRequest {
+  ExtractionRequest run;
+  // Of the approximate rules only those to the next larger closed itemsets; false gives those to all larger.
+  bool covers_only = true;
+};
+
+struct ClosedReport {
+  ExtractionReport run;
+  std::uint64_t closed_itemsets = 0;
+  std::uint64_t generators = 0;
+  std::uint64_t exact_rules = 0;  // found, of confidence 1; all others are approximate
+  // Rules of which one side has more items than the table has room for. They stand in the files only.
+  std::uint64_t too_long_rules = 0;
+  std::vector<std::string> unknown_columns;  // left out, having no node in the taxonomy
+  std::vector<std::string> joined_columns;   // taken as one item with an earlier column of the same node
+  std::vector<std::string> renumbered;       // items whose numbers are not theirs in `Taxonomy`
+};
 
 // Searches for the frequent closed itemsets of the table's columns and their minimal generators, and makes
 // rules of them: each generator => its closure, with confidence 1 (the generic base), and each generator => a
@@ -18,8 +44,8 @@ namespace selvane {
 // and are removed in the end.
 //
 // Throws as ExtractRules does, and InputError when an input is one of the files to be made.
-ExtractionReport ExtractClosedRules(const TransactionSource& source, const TaxonomyStore& taxonomy,
-                                    const ItemsetFileHold& hold, const ExtractionRequest& request,
-                                    const ExtractionHooks& hooks, Progress& progress);
+ClosedReport ExtractClosedRules(const TransactionSource& source, const TaxonomyStore& taxonomy,
+                                const ItemsetFileHold& hold, const ClosedRequest& request,
+                                const ExtractionHooks& hooks, Progress& progress);
 
 }  // namespace selvane

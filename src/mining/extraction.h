@@ -1,35 +1,29 @@
-// The whole extraction as one call: from a term table to a rules database with its information file.
+// What both extractions, from a term table to a rules database, are asked for and tell of.
 #pragma once
 
 #include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <span>
 #include <string>
 #include <vector>
 
-#include "apriori/level.h"
-#include "apriori/rule_generator.h"
 #include "base/file.h"
 #include "base/fraction.h"
-#include "base/progress.h"
-#include "data/transaction_source.h"
-#include "itemsets/itemset_file.h"
-#include "taxonomy/taxonomy_store.h"
+#include "rules/rule_line.h"
+#include "rules/rule_tally.h"
+#include "rules/rules_store.h"
 
 namespace selvane {
 
+// What every extraction is asked for.
 struct ExtractionRequest {
   std::string table;  // of the term database
   float min_support = kDefaultMinSupport;
   float min_confidence = kDefaultMinConfidence;
-  bool generalize = true;
   // The sign that the numbers of the information file are written with, after the user's locale.
   char decimal_sign = '.';
   // Where to keep a copy of the run's itemset file, or of its file of closed itemsets; empty for none.
   std::filesystem::path itemset_copy{};
-  // Of closed itemsets: of the approximate rules only those to the next larger closed itemsets.
-  bool covers_only = true;
   long most_rules = kMostRules;  // what the table is to hold
 };
 
@@ -60,35 +54,18 @@ enum class ExtractionEnd {
   kOnlySingleItems  // no two items are frequent together: a lower support may help
 };
 
-struct ClosedItemsetReport {
-  std::uint64_t closed_itemsets = 0;
-  std::uint64_t generators = 0;
-  std::uint64_t exact_rules = 0;  // found, of confidence 1; all others are approximate
-  // Rules of which one side has more items than the table has room for. They stand in the files only.
-  std::uint64_t too_long_rules = 0;
-  std::vector<std::string> unknown_columns;  // left out, having no node in the taxonomy
-  std::vector<std::string> joined_columns;   // taken as one item with an earlier column of the same node
-  std::vector<std::string> renumbered;       // items whose numbers are not theirs in `Taxonomy`
-};
-
+// What every extraction tells of itself.
 struct ExtractionReport {
   ExtractionEnd end = ExtractionEnd::kOnlySingleItems;
   std::filesystem::path output;
   std::uint32_t rows = 0;
   std::size_t items = 0;  // nodes found for terms and, when generalizing, their ancestors
-  std::uint32_t itemsets = 0;
   std::uint64_t rules_found = 0;
-  long rules_stored = 0;  // the first of those found, as many as the table is to hold
-  SearchWork work;
-  ClosedItemsetReport closed;  // of an extraction by closed itemsets
-  double check_seconds = 0;    // of checking and restoring items
+  long rules_stored = 0;     // the first of those found, as many as the table is to hold
+  double check_seconds = 0;  // of checking and restoring items
   double search_seconds = 0;
   double rules_seconds = 0;  // of counting, generating and storing rules
 };
-
-// Entries of the full taxonomy that the working taxonomy lacks, for these terms; the last one missing first.
-std::vector<std::string> FindMissingEntries(const TaxonomyStore& taxonomy, std::span<const std::string> terms,
-                                            Progress& progress);
 
 // Checks, before mining, that the rules can go there: nothing is there unless it is to be replaced, the
 // folder is there, and neither the database nor its information file is one of `others`, the other files of
@@ -97,14 +74,5 @@ void CheckRulesOutput(const RulesOutput& output, const std::vector<std::filesyst
 
 // The most rows that a term table may have.
 inline constexpr long kMostTableRows = 32767;
-
-// Checks that the items of the table are in the working taxonomy and brings missing ones back, searches for
-// frequent itemsets, makes rules of them and stores them, with the rules information file beside the
-// database. The itemset file under `hold` is removed in the end. Nothing is left under the output's name when
-// it fails. Throws InputError for thresholds outside (0, 1], a table that is too long and item numbers that
-// are too great, DatabaseError, FileError and Interrupted.
-ExtractionReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, ItemsetFileHold& hold,
-                              const ExtractionRequest& request, const ExtractionHooks& hooks,
-                              Progress& progress);
 
 }  // namespace selvane

@@ -81,9 +81,7 @@ void StoreRules(const ExtractionHooks& hooks, const std::vector<fs::path>& other
     WriteRulesInfo(info, output.path);
   });
   report.rules_seconds = timer.Seconds();
-  report.end = report.rules_stored > 0            ? ExtractionEnd::kRules
-               : report.closed.too_long_rules > 0 ? ExtractionEnd::kOnlyTooLongRules
-                                                  : ExtractionEnd::kNoRules;
+  report.end = report.rules_stored > 0 ? ExtractionEnd::kRules : ExtractionEnd::kNoRules;
   progress.SetStatus("Completed!!");
 }
 

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "base/progress.h"
 #include "data/transaction_source.h"
 #include "mining/extraction.h"
 #include "rules/rules_info.h"

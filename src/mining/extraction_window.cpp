@@ -12,7 +12,6 @@
 #include "base/file.h"
 #include "base/text.h"
 #include "itemsets/itemset_file.h"
-#include "mining/closed_extraction.h"
 #include "ui/framed.h"
 #include "ui/line_buffer.h"
 #include "ui/number_field.h"
@@ -205,9 +204,7 @@ void ExtractionWindow::Extract(Extractor extractor) {
   for (const QString& caption : CorrectThresholds()) ReportCorrection(caption);
   QStringList restored;
   try {
-    const ExtractionReport report = ExtractWith(extractor, restored);
-    ShowEnd(report);
-    ReportItems(report.closed);
+    extractor == Extractor::kOrnex ? ExtractWithOrnex() : ExtractWithApriori(restored);
   } catch (...) {
     rules_->clear();
     ReportRestored(restored);
@@ -216,32 +213,49 @@ void ExtractionWindow::Extract(Extractor extractor) {
   ReportRestored(restored);
 }
 
-ExtractionReport ExtractionWindow::ExtractWith(Extractor extractor, QStringList& restored) {
+ExtractionRequest ExtractionWindow::Request() const {
+  return {.table = table_,
+          .min_support = min_support_,
+          .min_confidence = min_confidence_,
+          .decimal_sign = context().decimal_sign};
+}
+
+ExtractionHooks ExtractionWindow::Hooks(const QString& suggestion, LineBuffer& lines) {
+  ExtractionHooks hooks;
+  hooks.choose_output = [this, suggestion] {
+    return RulesOutput{ChooseOutput(suggestion), ExistingFile::kReplace};
+  };
+  hooks.rule_line = [&lines](std::string_view line) { lines.Add(ToQt(line)); };
+  hooks.will_not_fit = [this](const TooManyRules& rules) { WarnOfTooMany(rules); };
+  return hooks;
+}
+
+void ExtractionWindow::ExtractWithApriori(QStringList& restored) {
   ItemsetFileHold hold(ItemsetFileHold::DefaultFolder());
   WriteFields();
   LineBuffer lines(*rules_);
-  const ExtractionRequest request{table_, min_support_, min_confidence_, generalize_, context().decimal_sign};
-  ExtractionHooks hooks;
-  hooks.choose_output = [this, extractor] {
-    return RulesOutput{ChooseOutput(extractor), ExistingFile::kReplace};
-  };
-  hooks.rule_line = [&lines](std::string_view line) { lines.Add(ToQt(line)); };
+  ExtractionHooks hooks = Hooks({}, lines);
   hooks.restored = [&restored](const std::string& entry) { restored.append(ToQt(entry)); };
-  hooks.will_not_fit = [this](const TooManyRules& rules) { WarnOfTooMany(rules); };
-  ExtractionReport report;
-  if (extractor == Extractor::kOrnex) {
-    report = ExtractClosedRules(source_, *taxonomy_, hold, request, hooks, progress());
-  } else {
-    report = ExtractRules(source_, *taxonomy_, hold, request, hooks, progress());
-  }
+  const AprioriReport report = ExtractRules(source_, *taxonomy_, hold,
+                                            {.run = Request(), .generalize = generalize_}, hooks, progress());
   lines.Flush();
-  return report;
+  ShowEnd(report.run);
 }
 
-fs::path ExtractionWindow::ChooseOutput(Extractor extractor) {
-  fs::path path = context().dialogs.SaveFile(this, FileKind::kRulesDatabase,
-                                             "Saving extracted rules :", OverwriteQuestion::kAsked,
-                                             extractor == Extractor::kOrnex ? "RulesORNEX" : "");
+void ExtractionWindow::ExtractWithOrnex() {
+  const ItemsetFileHold hold(ItemsetFileHold::DefaultFolder());
+  WriteFields();
+  LineBuffer lines(*rules_);
+  const ClosedReport report = ExtractClosedRules(source_, *taxonomy_, hold, {.run = Request()},
+                                                 Hooks("RulesORNEX", lines), progress());
+  lines.Flush();
+  ShowEnd(report.run);
+  ReportItems(report);
+}
+
+fs::path ExtractionWindow::ChooseOutput(const QString& suggestion) {
+  fs::path path = context().dialogs.SaveFile(
+      this, FileKind::kRulesDatabase, "Saving extracted rules :", OverwriteQuestion::kAsked, suggestion);
   if (!path.empty() && path.extension() != ".mdb") {
     ShowMessage(MessageIcon::kWarning, kCaption,
                 QString("%1 is not named *.mdb, so the filtering will not take it. Rename it, with the file "
@@ -299,7 +313,7 @@ void ExtractionWindow::ReportRestored(const QStringList& entries) {
 }
 
 // What became of the items of an extraction with ORNEX.
-void ExtractionWindow::ReportItems(const ClosedItemsetReport& report) {
+void ExtractionWindow::ReportItems(const ClosedReport& report) {
   const auto tell = [this](MessageIcon icon, const char* what, const std::vector<std::string>& names) {
     if (!names.empty()) ShowMessage(icon, kCaption, what + ToQt(": " + Listed(names)));
   };

@@ -6,7 +6,8 @@
 #include <vector>
 
 #include "data/transaction_source.h"
-#include "mining/extraction.h"
+#include "mining/apriori_extraction.h"
+#include "mining/closed_extraction.h"
 #include "taxonomy/taxonomy_store.h"
 #include "ui/tool_window.h"
 
@@ -16,6 +17,7 @@ class QListWidget;
 
 namespace selvane {
 
+class LineBuffer;
 class NumberField;
 class TextTree;
 
@@ -42,8 +44,12 @@ class ExtractionWindow final : public ToolWindow {
   void ReportCorrection(const QString& caption);
   enum class Extractor { kApriori, kOrnex };
   void Extract(Extractor extractor);
-  ExtractionReport ExtractWith(Extractor extractor, QStringList& restored);
-  std::filesystem::path ChooseOutput(Extractor extractor);
+  void ExtractWithApriori(QStringList& restored);
+  void ExtractWithOrnex();
+  ExtractionRequest Request() const;
+  // `suggestion` is the name that the dialog for the output begins with.
+  ExtractionHooks Hooks(const QString& suggestion, LineBuffer& lines);
+  std::filesystem::path ChooseOutput(const QString& suggestion);
 
   void ReadFields();
   void WriteFields();
@@ -51,7 +57,7 @@ class ExtractionWindow final : public ToolWindow {
   void WarnOfTooMany(const TooManyRules& rules);
   void ShowEnd(const ExtractionReport& report);
   void ReportRestored(const QStringList& entries);
-  void ReportItems(const ClosedItemsetReport& report);
+  void ReportItems(const ClosedReport& report);
 
   QListWidget* tables_;
   QListWidget* fields_;

@@ -8,6 +8,7 @@
 #include <set>
 
 #include "data/database_error.h"
+#include "mining/apriori_extraction.h"
 #include "rules/rules_info.h"
 #include "taxonomy/taxonomy_files.h"
 
@@ -58,18 +59,26 @@ class ClosedExtractionTest : public FolderTest {
     MakeForeignDatabase("terms.mdb", sql.c_str());
   }
 
-  ExtractionReport Extract() { return Extract(progress_, true); }
-  ExtractionReport Extract(Progress& progress, bool closed) {
+  ClosedReport Extract() { return Extract(progress_); }
+  ClosedReport Extract(Progress& progress) {
     lines_.clear();
+    const ItemsetFileHold hold(folder() / "state");
+    TransactionSource source;
+    source.Open("terms.mdb");
+    const TaxonomyStore taxonomy("tax.mdb");
+    return ExtractClosedRules(source, taxonomy, hold, {request_, covers_only_}, hooks_, progress);
+  }
+  // By the other extraction, over the terms alone.
+  AprioriReport ExtractAll() {
     ItemsetFileHold hold(folder() / "state");
     TransactionSource source;
     source.Open("terms.mdb");
     TaxonomyStore taxonomy("tax.mdb");
-    return closed ? ExtractClosedRules(source, taxonomy, hold, request_, hooks_, progress)
-                  : ExtractRules(source, taxonomy, hold, request_, hooks_, progress);
+    return ExtractRules(source, taxonomy, hold, {.run = request_, .generalize = false}, hooks_, progress_);
   }
 
-  ExtractionRequest request_{"T"};
+  ExtractionRequest request_{.table = "T"};
+  bool covers_only_ = true;
   ExtractionHooks hooks_;
   RulesOutput output_{"Run.mdb", ExistingFile::kReplace};
   Texts lines_;
@@ -180,10 +189,9 @@ TEST_F(ClosedExtractionTest, AllRulesOfTheOtherExtractionFollowFromTheBases) {
     MakeTerms(sql);
     request_.min_support = 1.5F / static_cast<float>(rows) + static_cast<float>(random() % 3) / 10;
     request_.min_confidence = static_cast<float>(1 + random() % 10) / 10;
-    request_.generalize = false;
-    if (Extract(progress_, false).end == ExtractionEnd::kOnlySingleItems) continue;
+    if (ExtractAll().run.end == ExtractionEnd::kOnlySingleItems) continue;
     Texts all = Rows("Run.mdb", kRules);
-    const ExtractionReport report = Extract();
+    const ClosedReport report = Extract();
     const Derivation derivation(static_cast<float>(rows), request_.min_confidence);
     Texts derived;
     for (unsigned code = 0; code < 243; ++code) {
@@ -206,8 +214,8 @@ TEST_F(ClosedExtractionTest, AllRulesOfTheOtherExtractionFollowFromTheBases) {
     EXPECT_TRUE(std::ranges::includes(all, stored)) << sql;
     EXPECT_EQ(Records("Rules.dat").size(), 2 * stored.size());
     EXPECT_EQ(stored.size(), lines_.size());
-    EXPECT_EQ(Records("FCI.dat").size(), report.closed.closed_itemsets);
-    EXPECT_EQ(Records("Generator.dat").size(), report.closed.generators);
+    EXPECT_EQ(Records("FCI.dat").size(), report.closed_itemsets);
+    EXPECT_EQ(Records("Generator.dat").size(), report.generators);
     total += all.size();
     fewer += all.size() - stored.size();
   }
@@ -219,9 +227,13 @@ TEST_F(ClosedExtractionTest, TellsOfTheRunAsTheOtherExtractionDoes) {
   MakeTaxonomy({"Asthma", "Steroid", "Smoking"});
   MakeTerms(R"(CREATE TABLE T("Index", Smoking SMALLINT, Asthma SMALLINT, "My note" BLOB, Steroid SMALLINT);
       INSERT INTO T VALUES (1,0,1,0,1),(2,0,1,0,1),(3,1,1,0,0),(4,1,1,0,1);)");
-  request_ = {"T", 0.5F, 0.75F, true, ',', "copy.dat"};
-  const ExtractionReport report = Extract();
-  EXPECT_EQ(report.closed.unknown_columns, Texts{"My note"});
+  request_ = {.table = "T",
+              .min_support = 0.5F,
+              .min_confidence = 0.75F,
+              .decimal_sign = ',',
+              .itemset_copy = "copy.dat"};
+  const ClosedReport report = Extract();
+  EXPECT_EQ(report.unknown_columns, Texts{"My note"});
   EXPECT_EQ(Rows("Run.mdb", "SELECT * FROM Extracted"),
             (Texts{"1|2-|3-|0.75|0.75|1|0.75|1|1", "2|4-|2-|0.5|1|0.5|1|1|1", "3|3-|2-|0.75|1|0.75|1|1|1"}));
   EXPECT_EQ(lines_, (Texts{"Asthma   => Steroid  ", "Smoking   => Asthma  ", "Steroid   => Asthma  "}));
@@ -250,12 +262,12 @@ TEST_F(ClosedExtractionTest, NamesItemsByTheOtherTaxonomyWhereThereIsOne) {
           ('Odd', 'two', NULL, '');)");
   MakeTerms(R"(CREATE TABLE T("Index", Fever SMALLINT, Asthma SMALLINT, Cough SMALLINT, Zoster NUMERIC);
       INSERT INTO T VALUES (1,1,1,1,0),(2,1,1,1,0),(3,0,1,1,0),(4,0,1,1,1);)");
-  const ExtractionReport report = Extract();
+  const ClosedReport report = Extract();
   EXPECT_EQ(lines_, (Texts{"Asthma   => Fever  ", "Fever   => Asthma  "}));
   EXPECT_EQ(Rows("Run.mdb", "SELECT ANTECEDENT,SUPPORT FROM Extracted"), (Texts{"2-|0.75", "7-|0.75"}));
-  EXPECT_EQ(report.closed.unknown_columns, Texts{"Cough"});
-  EXPECT_EQ(report.closed.joined_columns, Texts{"Zoster"});
-  EXPECT_EQ(report.closed.renumbered, (Texts{"Fever", "Zoster"}));
+  EXPECT_EQ(report.unknown_columns, Texts{"Cough"});
+  EXPECT_EQ(report.joined_columns, Texts{"Zoster"});
+  EXPECT_EQ(report.renumbered, (Texts{"Fever", "Zoster"}));
   MakeTerms(R"(CREATE TABLE T("Index", Odd SMALLINT); INSERT INTO T VALUES (1,1);)");
   EXPECT_NE(MessageOf<DatabaseError>([this] { Extract(); }).find("gives \"Odd\" the Index \"one\""),
             std::string::npos);
@@ -296,7 +308,7 @@ TEST_F(ClosedExtractionTest, OddTables) {
     std::filesystem::remove("Run.mdb");
     MakeTerms(one.table);
     request_.min_support = one.min_support;
-    EXPECT_EQ(Extract().end, one.end) << one.table;
+    EXPECT_EQ(Extract().run.end, one.end) << one.table;
     const bool has_pairs = one.end == ExtractionEnd::kRules || one.end == ExtractionEnd::kNoRules;
     EXPECT_EQ(std::filesystem::exists("Run.mdb"), has_pairs) << one.table;
     EXPECT_EQ(Records("Rules.dat").empty(), one.rules.empty()) << one.table;  // never that of the run before
@@ -318,9 +330,9 @@ TEST_F(ClosedExtractionTest, OddTables) {
   }
   MakeTaxonomy(terms);
   MakeTerms("CREATE TABLE T(\"Index\"" + columns + ");INSERT INTO T VALUES (1" + ones + ");");
-  const ExtractionReport report = Extract();
-  EXPECT_EQ(report.closed.too_long_rules, 90U);
-  EXPECT_EQ(report.end, ExtractionEnd::kOnlyTooLongRules);
+  const ClosedReport report = Extract();
+  EXPECT_EQ(report.too_long_rules, 90U);
+  EXPECT_EQ(report.run.end, ExtractionEnd::kOnlyTooLongRules);
   EXPECT_EQ(Records("Rules.dat").size(), 180U);
 }
 
@@ -348,14 +360,14 @@ class LargeExtractionTest : public ClosedExtractionTest {
 
 TEST_F(LargeExtractionTest, StoresTheShortestRulesWhenNotAllFit) {
   request_.min_confidence = 0.01F;
-  request_.covers_only = false;
+  covers_only_ = false;
   request_.min_support = 0.3F;
   request_.most_rules = 1000;
   std::uint64_t told = 0;
   hooks_.will_not_fit = [&told](const TooManyRules& rules) { told = rules.found; };
-  const ExtractionReport report = Extract();
-  EXPECT_EQ(report.rules_stored, 1000);
-  EXPECT_EQ(report.rules_found, told);
+  const ClosedReport report = Extract();
+  EXPECT_EQ(report.run.rules_stored, 1000);
+  EXPECT_EQ(report.run.rules_found, told);
   EXPECT_EQ(Records("Rules.dat").size(), 2 * told);
   EXPECT_GT(told, 2000U);
   const Texts sizes = Rows("Run.mdb", "SELECT ASPEC+CSPEC FROM Extracted");
@@ -371,7 +383,7 @@ TEST_F(LargeExtractionTest, InterruptionsAndWrongNamesLeaveNothingHalfMade) {
     RecordingProgress stopping;
     stopping.interrupt_at = pulse;
     try {
-      Extract(stopping, true);
+      Extract(stopping);
       break;
     } catch (const Interrupted&) {
       stages.insert(stopping.statuses.back());

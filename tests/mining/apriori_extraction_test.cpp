@@ -1,4 +1,4 @@
-#include "mining/extraction.h"
+#include "mining/apriori_extraction.h"
 
 #include "data/database_error.h"
 #include "rules/rules_info.h"
@@ -24,15 +24,15 @@ class ExtractionTest : public FolderTest {
     std::filesystem::remove("load.xml");
   }
 
-  ExtractionReport Extract(Progress& progress) {
+  AprioriReport Extract(Progress& progress) {
     ItemsetFileHold hold(folder() / "state");
     TransactionSource source;
     source.Open("terms.mdb");
     TaxonomyStore taxonomy("tax.mdb");
-    return ExtractRules(source, taxonomy, hold, request_, hooks_, progress);
+    return ExtractRules(source, taxonomy, hold, {.run = request_}, hooks_, progress);
   }
 
-  ExtractionRequest request_{"T"};
+  ExtractionRequest request_{.table = "T"};
   ExtractionHooks hooks_;
   RulesOutput output_{"Run.mdb"};
   RecordingProgress progress_;
@@ -44,7 +44,7 @@ TEST_F(ExtractionTest, StoresRulesAndTellsOfTheRun) {
   request_.itemset_copy = "copy.dat";
   Texts lines;
   hooks_.rule_line = [&lines](std::string_view line) { lines.emplace_back(line); };
-  const ExtractionReport report = Extract(progress_);
+  const ExtractionReport report = Extract(progress_).run;
   EXPECT_EQ(report.end, ExtractionEnd::kRules);
   EXPECT_EQ(lines.size(), static_cast<std::size_t>(report.rules_stored));
   EXPECT_EQ(lines.front(), "Steroid   => Asthma  ");
@@ -67,9 +67,9 @@ TEST_F(ExtractionTest, LimitsAreNamedBeforeAnythingIsWritten) {
   for (const float bad : {0.0F, -1.0F, 1.5F, std::nanf("")}) {
     request_.min_support = bad;
     EXPECT_NE(message().find("minimum support"), std::string::npos);
-    request_ = {"T", 0.5F, bad};
+    request_ = {.table = "T", .min_support = 0.5F, .min_confidence = bad};
     EXPECT_NE(message().find("minimum confidence"), std::string::npos);
-    request_ = {"T"};
+    request_ = {.table = "T"};
   }
   {
     TaxonomyStore store("tax.mdb");

@@ -1,0 +1,41 @@
+// The whole extraction as one call: from a term table to a rules database with its information file.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "apriori/level.h"
+#include "base/progress.h"
+#include "data/transaction_source.h"
+#include "itemsets/itemset_file.h"
+#include "mining/extraction.h"
+#include "taxonomy/taxonomy_store.h"
+
+namespace selvane {
+
+struct AprioriRequest {
+  ExtractionRequest run;
+  bool generalize = true;  // false leaves the ancestors of terms out
+};
+
+struct AprioriReport {
+  ExtractionReport run;
+  std::uint32_t itemsets = 0;
+  SearchWork work;
+};
+
+// Entries of the full taxonomy that the working taxonomy lacks, for these terms; the last one missing first.
+std::vector<std::string> FindMissingEntries(const TaxonomyStore& taxonomy, std::span<const std::string> terms,
+                                            Progress& progress);
+
+// Checks that the items of the table are in the working taxonomy and brings missing ones back, searches for
+// frequent itemsets, makes rules of them and stores them, with the rules information file beside the
+// database. The itemset file under `hold` is removed in the end. Nothing is left under the output's name when
+// it fails. Throws InputError for thresholds outside (0, 1], a table that is too long and item numbers that
+// are too great, DatabaseError, FileError and Interrupted.
+AprioriReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, ItemsetFileHold& hold,
+                           const AprioriRequest& request, const ExtractionHooks& hooks, Progress& progress);
+
+}  // namespace selvane
