@@ -1,103 +1,62 @@
 #include "apriori/support_counts.h"
 
 #include <algorithm>
+#include <functional>
+#include <string_view>
+#include <unordered_map>
 
 namespace selvane {
 
 namespace {
 
-std::uint32_t HashOf(std::span<const std::uint32_t> items) {
-  std::uint64_t hash = items.size();
-  for (const std::uint32_t item : items) {
-    hash = (hash ^ item) * 0x9E3779B97F4A7C15ULL;
-    hash ^= hash >> 32;
-  }
-  return static_cast<std::uint32_t>(hash);
-}
-
 // Larger itemsets than this have more subsets than any file holds.
 constexpr std::size_t kLargestItemset = 30;
+
+// Itemsets by their exact sequence of items, found without a copy.
+struct SequenceHash {
+  using is_transparent = void;
+  std::size_t operator()(std::span<const std::uint32_t> items) const {
+    return std::hash<std::string_view>{}({reinterpret_cast<const char*>(items.data()), items.size_bytes()});
+  }
+};
+struct SequenceEqual {
+  using is_transparent = void;
+  bool operator()(std::span<const std::uint32_t> a, std::span<const std::uint32_t> b) const {
+    return std::ranges::equal(a, b);
+  }
+};
 
 // The counts that a batch of records wants, as they are found.
 class CountTable final : public SupportCounts {
  public:
   // Adds the sequence with a count that is not known yet, unless it is there.
-  void Want(std::span<const std::uint32_t> items) { SlotFor(items); }
-  // Gives a wanted sequence its count, unless it has one.
-  void Answer(std::span<const std::uint32_t> items, std::uint32_t count);
-  std::optional<std::uint32_t> Find(std::span<const std::uint32_t> items) const override;
-  std::size_t bytes() const { return slots_.size() * sizeof(Slot) + items_.size() * sizeof(std::uint32_t); }
-  void Clear();
+  void Want(std::span<const std::uint32_t> items) {
+    if (counts_.find(items) != counts_.end()) return;
+    counts_.emplace(std::vector(items.begin(), items.end()), std::nullopt);
+    bytes_ += kEntryBytes + items.size_bytes();
+  }
+  // Gives a wanted sequence its count, unless it has one: the first record of the file is the one that
+  // counts.
+  void Answer(std::span<const std::uint32_t> items, std::uint32_t count) {
+    const auto found = counts_.find(items);
+    if (found != counts_.end() && !found->second) found->second = count;
+  }
+  std::optional<std::uint32_t> Find(std::span<const std::uint32_t> items) const override {
+    const auto found = counts_.find(items);
+    return found == counts_.end() ? std::nullopt : found->second;
+  }
+  // About what the table takes.
+  std::size_t bytes() const { return bytes_; }
 
  private:
-  static constexpr std::uint32_t kUnknown = UINT32_MAX;
-  struct Slot {
-    std::uint32_t begin = 0;  // in items_, where the number of items stands first
-    std::uint32_t hash = 0;
-    std::uint32_t count = kUnknown;
-    bool used = false;
-  };
+  using Counts = std::unordered_map<std::vector<std::uint32_t>, std::optional<std::uint32_t>, SequenceHash,
+                                    SequenceEqual>;
+  // An entry, its place in the table, and what the allocator keeps for the entry and for its items.
+  static constexpr std::size_t kEntryBytes = sizeof(Counts::value_type) + 6 * sizeof(void*);
 
-  void SlotFor(std::span<const std::uint32_t> items);
-  std::size_t Probe(std::span<const std::uint32_t> items, std::uint32_t hash) const;
-  void Grow();
-
-  std::vector<Slot> slots_;
-  std::vector<std::uint32_t> items_;
-  std::size_t used_ = 0;
+  Counts counts_;
+  std::size_t bytes_ = 0;
 };
-
-std::size_t CountTable::Probe(std::span<const std::uint32_t> items, std::uint32_t hash) const {
-  const std::size_t mask = slots_.size() - 1;
-  for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
-    const Slot& slot = slots_[at];
-    if (!slot.used) return at;
-    if (slot.hash != hash || items_[slot.begin] != items.size()) continue;
-    if (std::equal(items.begin(), items.end(), items_.begin() + slot.begin + 1)) return at;
-  }
-}
-
-void CountTable::Grow() {
-  std::vector<Slot> old(std::max<std::size_t>(slots_.size() * 2, 1024));
-  old.swap(slots_);
-  const std::size_t mask = slots_.size() - 1;
-  for (const Slot& slot : old) {
-    if (!slot.used) continue;
-    std::size_t at = slot.hash & mask;
-    while (slots_[at].used) at = (at + 1) & mask;
-    slots_[at] = slot;
-  }
-}
-
-void CountTable::SlotFor(std::span<const std::uint32_t> items) {
-  if ((used_ + 1) * 4 > slots_.size() * 3) Grow();
-  const std::uint32_t hash = HashOf(items);
-  Slot& slot = slots_[Probe(items, hash)];
-  if (slot.used) return;
-  slot = {static_cast<std::uint32_t>(items_.size()), hash, kUnknown, true};
-  items_.push_back(static_cast<std::uint32_t>(items.size()));
-  items_.insert(items_.end(), items.begin(), items.end());
-  ++used_;
-}
-
-void CountTable::Answer(std::span<const std::uint32_t> items, std::uint32_t count) {
-  if (slots_.empty()) return;
-  Slot& slot = slots_[Probe(items, HashOf(items))];
-  if (slot.used && slot.count == kUnknown) slot.count = count;
-}
-
-std::optional<std::uint32_t> CountTable::Find(std::span<const std::uint32_t> items) const {
-  if (slots_.empty()) return std::nullopt;
-  const Slot& slot = slots_[Probe(items, HashOf(items))];
-  if (!slot.used || slot.count == kUnknown) return std::nullopt;
-  return slot.count;
-}
-
-void CountTable::Clear() {
-  std::fill(slots_.begin(), slots_.end(), Slot());
-  items_.clear();
-  used_ = 0;
-}
 
 // Wants every proper subset of the itemset that is not empty.
 void WantSubsets(std::span<const std::uint32_t> items, CountTable& table) {
@@ -130,9 +89,8 @@ void ForEachItemsetInBatches(const std::filesystem::path& path, std::uint32_t it
                              std::size_t budget, Progress& progress, const VisitItemset& visit) {
   ItemsetFile file;
   file.OpenForReading(path);
-  CountTable table;
   for (std::uint32_t done = 0; done < itemset_count;) {
-    table.Clear();
+    CountTable table;
     std::vector<ItemsetRecord> batch;
     for (; done < itemset_count && (batch.empty() || table.bytes() < budget); ++done) {
       file.ReadNext(batch.emplace_back());
