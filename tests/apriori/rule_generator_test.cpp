@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <random>
+
 #include "apriori/generalized_apriori.h"
 #include "support/random_tables.h"
 
@@ -144,17 +146,65 @@ TEST_F(RuleGeneratorTest, ShowsLinesAndStopsWhereTheTableIsFull) {
   EXPECT_EQ(StoredRules(store)[3], "2-|3-|0.800000|1.000000|0.800000|1.000000|1|1");
 }
 
-TEST(RuleTally, NamesThresholdsThatJustFit) {
-  for (std::uint32_t rows = 3; rows < 700; ++rows) {
-    const float lower = static_cast<float>(rows - 2) / static_cast<float>(rows);
-    RuleTally tally(rows);
-    tally.Add(lower, rows - 2);
-    tally.Add(1, rows);
-    for (const double threshold : {tally.Fitting(1).support.value(), tally.Fitting(1).confidence.value()}) {
-      EXPECT_LT(lower, static_cast<float>(threshold)) << rows;
-      EXPECT_LE(threshold, 1) << rows;
+// What is counted in the file is looked up in memory where it fits: a file that changes afterwards is not
+// read for counts again, while scans see the change.
+TEST_F(RuleGeneratorTest, KeepsCountsInMemoryWhereTheyFit) {
+  LoadText(NodeLine("Asthma", "C1") + NodeLine("Fever", "C2"), "tax.mdb");
+  const TaxonomyStore taxonomy("tax.mdb");
+  for (const std::size_t file_budget : {std::size_t{1} << 20, std::size_t{0}}) {
+    const auto write = [](std::uint32_t singles) {
+      ItemsetFile file;
+      file.OpenForWriting("sets.dat");
+      for (const Items& items : {Items{2}, Items{3}}) file.Write(items, singles);
+      file.Write(Items{2, 3}, 2);
+      file.Close();
+    };
+    write(4);
+    SilentProgress progress;
+    RuleGenerator generator(0.1F, taxonomy, 5, {"sets.dat", 3, file_budget, 1 << 20, kMostRules});
+    EXPECT_EQ(generator.Tally(progress).total(), 2U);
+    write(2);
+    std::filesystem::remove("rules.mdb");
+    RulesStore store;
+    store.CreateRulesDatabase("rules.mdb", "Extracted");
+    store.SetTargetTable("Extracted");
+    generator.Generate(store, {}, progress);
+    const char* const confidence = file_budget > 0 ? "0.500000" : "1.000000";
+    EXPECT_EQ(StoredRules(store)[0], fmt::format("3-|2-|0.400000|{}|{}|{}|1|1", confidence,
+                                                 file_budget > 0 ? "0.800000" : "0.400000",
+                                                 file_budget > 0 ? "0.800000" : "0.400000"));
+  }
+}
+
+// Each threshold is the first of its steps at which no more rules stay than asked for.
+TEST(RuleTally, NamesTheSmallestThresholdsThatFit) {
+  std::mt19937 random(1);
+  for (int run = 0; run < 600; ++run) {
+    const auto row_count = static_cast<std::uint32_t>(1 + random() % (run % 3 == 0 ? 32767 : 700));
+    RuleTally tally(row_count);
+    std::vector<std::pair<float, float>> rules;  // support and confidence
+    for (auto left = 1 + random() % 12; left > 0; --left) {
+      const std::uint32_t below = random() % 3 == 0 ? std::min(row_count, 3U) : row_count;
+      const auto antecedent = static_cast<std::uint32_t>(row_count - random() % below);
+      const auto both =
+          random() % 4 == 0 ? antecedent : static_cast<std::uint32_t>(1 + random() % antecedent);
+      const float confidence = static_cast<float>(both) / static_cast<float>(antecedent);
+      tally.Add(confidence, both);
+      rules.emplace_back(static_cast<float>(both) / static_cast<float>(row_count), confidence);
     }
-    EXPECT_FALSE(tally.Fitting(0).support || tally.Fitting(0).confidence);
+    const std::size_t most = random() % rules.size();
+    const auto smallest = [&](float std::pair<float, float>::*figure, int steps) -> std::optional<double> {
+      for (int step = 0; step <= steps; ++step) {
+        const double threshold = static_cast<double>(step) / steps;
+        const auto kept = std::ranges::count_if(
+            rules, [&](const auto& rule) { return rule.*figure >= static_cast<float>(threshold); });
+        if (static_cast<std::size_t>(kept) <= most) return threshold;
+      }
+      return std::nullopt;
+    };
+    const FittingThresholds fitting = tally.Fitting(most);
+    ASSERT_EQ(fitting.support, smallest(&std::pair<float, float>::first, 10000)) << run;
+    ASSERT_EQ(fitting.confidence, smallest(&std::pair<float, float>::second, 1000)) << run;
   }
 }
 
