@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <cmath>
 #include <random>
 
 #include "apriori/generalized_apriori.h"
@@ -188,7 +189,11 @@ TEST(RuleTally, NamesTheSmallestThresholdsThatFit) {
       const auto antecedent = static_cast<std::uint32_t>(row_count - random() % below);
       const auto both =
           random() % 4 == 0 ? antecedent : static_cast<std::uint32_t>(1 + random() % antecedent);
-      const float confidence = static_cast<float>(both) / static_cast<float>(antecedent);
+      float confidence = static_cast<float>(both) / static_cast<float>(antecedent);
+      if (random() % 2 == 0) {  // a step, or just below it: the product with 1000 may be rounded either way
+        confidence = static_cast<float>(static_cast<double>(1 + random() % 1000) / 1000);
+        if (random() % 2 == 0) confidence = std::nextafter(confidence, 0.0F);
+      }
       tally.Add(confidence, both);
       rules.emplace_back(static_cast<float>(both) / static_cast<float>(row_count), confidence);
     }
