@@ -177,8 +177,33 @@ void MinedRules(benchmark::State& state) {
   }
 }
 
+// One cover of so many rules into three clusters: each antecedent matches the rows of one of ten themes, with
+// some rows turned, so that many pairs are equally near.
+void ClusterCover(benchmark::State& state) {
+  constexpr std::size_t kThemes = 10;
+  constexpr std::size_t kRows = 2000;
+  const auto count = static_cast<std::size_t>(state.range(0));
+  std::mt19937 random(7);
+  ItemRegistry items{{}, {}, {}, RowBits(count, kRows), kRows, SIZE_MAX};
+  std::vector<Rule> rules(count);
+  CoverFilter::Cover cover;
+  for (std::size_t i = 0; i < count; ++i) {
+    items.nodes.push_back(static_cast<NodeNumber>(i));
+    for (std::size_t row = 0; row < kRows; ++row) {
+      if ((row % kThemes == i % kThemes) != (random() % 200 == 0)) items.rows.Set(i, row);
+    }
+    rules[i].antecedent = {static_cast<NodeNumber>(i)};
+    cover.rules.push_back(static_cast<RuleNumber>(i) + 1);
+  }
+  SilentProgress progress;
+  const RuleList list(std::move(rules));
+  const CoverFilter filter(list, items);
+  for (auto _ : state) benchmark::DoNotOptimize(filter.Cluster(cover, 3, progress));
+}
+
 BENCHMARK(WholeTaxonomy)->Iterations(1)->Repetitions(3)->Unit(benchmark::kMillisecond);
 BENCHMARK(MinedRules)->Iterations(1)->Repetitions(3)->Unit(benchmark::kMillisecond);
+BENCHMARK(ClusterCover)->Arg(560)->Arg(1124)->Arg(2263)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace selvane

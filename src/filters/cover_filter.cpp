@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <bit>
-#include <limits>
 #include <map>
 #include <queue>
+
+#include "filters/mean_linkage.h"
 
 namespace selvane {
 
@@ -19,14 +20,6 @@ std::uint32_t CountNew(std::span<const RowWord> rows, std::span<const RowWord> c
   return count;
 }
 
-std::uint32_t CountDifferent(std::span<const RowWord> a, std::span<const RowWord> b) {
-  std::uint32_t count = 0;
-  for (std::size_t word = 0; word < a.size(); ++word) {
-    count += static_cast<std::uint32_t>(std::popcount(a[word] ^ b[word]));
-  }
-  return count;
-}
-
 // A rule with the rows that it added when this was last counted; it cannot add more now.
 struct Candidate {
   std::uint32_t adds;
@@ -35,71 +28,6 @@ struct Candidate {
   bool operator<(const Candidate& other) const {
     return adds != other.adds ? adds < other.adds : rule > other.rule;
   }
-};
-
-// Clusters by mean distance. The sums over the rules of two clusters are kept up to date while clusters are
-// joined: they are whole numbers, so equal means are equal, and the earlier pair is joined.
-class Joiner {
- public:
-  explicit Joiner(std::size_t rules) : members_(rules), sums_(rules, std::vector<std::uint64_t>(rules, 0)) {
-    for (std::size_t i = 0; i < rules; ++i) members_[i] = {i};
-  }
-
-  void Set(std::size_t a, std::size_t b, std::uint64_t sum) { sums_[a][b] = sums_[b][a] = sum; }
-
-  void JoinUntil(std::size_t clusters, Progress& progress) {
-    std::size_t left = members_.size();
-    nearest_.resize(members_.size());
-    for (std::size_t i = 0; i < members_.size(); ++i) nearest_[i] = NearestTo(i);
-    while (left > std::max<std::size_t>(clusters, 1)) {
-      std::size_t a = members_.size();
-      for (std::size_t i = 0; i < members_.size(); ++i) {
-        if (members_[i].empty() || nearest_[i] == kNone) continue;
-        if (a == members_.size() || Mean(i, nearest_[i]) < Mean(a, nearest_[a])) a = i;
-      }
-      Join(a, nearest_[a]);
-      --left;
-      progress.Pulse();
-    }
-  }
-
-  const std::vector<std::vector<std::size_t>>& members() const { return members_; }
-
- private:
-  static constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
-
-  double Mean(std::size_t a, std::size_t b) const {
-    return static_cast<double>(sums_[a][b]) / static_cast<double>(members_[a].size() * members_[b].size());
-  }
-
-  std::size_t NearestTo(std::size_t cluster) const {
-    std::size_t nearest = kNone;
-    for (std::size_t i = 0; i < members_.size(); ++i) {
-      if (i == cluster || members_[i].empty()) continue;
-      if (nearest == kNone || Mean(cluster, i) < Mean(cluster, nearest)) nearest = i;
-    }
-    return nearest;
-  }
-
-  // The earlier cluster takes in the later one.
-  void Join(std::size_t a, std::size_t b) {
-    if (b < a) std::swap(a, b);
-    for (std::size_t i = 0; i < members_.size(); ++i) {
-      if (i != a && i != b) Set(a, i, sums_[a][i] + sums_[b][i]);
-    }
-    members_[a].insert(members_[a].end(), members_[b].begin(), members_[b].end());
-    std::sort(members_[a].begin(), members_[a].end());
-    members_[b].clear();
-    // To any other cluster the joined one is no nearer than the nearer of the two was.
-    for (std::size_t i = 0; i < members_.size(); ++i) {
-      if (members_[i].empty()) continue;
-      if (i == a || nearest_[i] == a || nearest_[i] == b) nearest_[i] = NearestTo(i);
-    }
-  }
-
-  std::vector<std::vector<std::size_t>> members_;
-  std::vector<std::vector<std::uint64_t>> sums_;
-  std::vector<std::size_t> nearest_;
 };
 
 }  // namespace
@@ -180,17 +108,22 @@ std::vector<CoverFilter::Cover> CoverFilter::Run(Progress& progress) {
 std::vector<std::vector<RuleNumber>> CoverFilter::Cluster(const Cover& cover, std::size_t clusters,
                                                           Progress& progress) const {
   const std::size_t count = cover.rules.size();
+  const std::size_t words = items_.rows.words();
   std::vector<std::vector<RowWord>> rows(count);
-  for (std::size_t i = 0; i < count; ++i) MatchedRows(rules_[cover.rules[i]], rows[i]);
-  Joiner joiner(count);
+  std::vector<std::uint32_t> matched(count);
+  PairDistances distances(count);
   for (std::size_t i = 0; i < count; ++i) {
-    for (std::size_t j = 0; j < i; ++j) joiner.Set(i, j, CountDifferent(rows[i], rows[j]));
+    MatchedRows(rules_[cover.rules[i]], rows[i]);
+    matched[i] = operations_.count_and(rows[i].data(), rows[i].data(), words);
+    for (std::size_t j = 0; j < i; ++j) {
+      distances(i, j) =
+          matched[i] + matched[j] - 2 * operations_.count_and(rows[i].data(), rows[j].data(), words);
+    }
     progress.Pulse();
   }
-  joiner.JoinUntil(clusters, progress);
   std::vector<std::vector<RuleNumber>> result;
-  for (const std::vector<std::size_t>& members : joiner.members()) {
-    if (members.empty()) continue;
+  for (const std::vector<std::size_t>& members :
+       ClusterByMeanDistance(std::move(distances), clusters, progress)) {
     std::vector<RuleNumber>& cluster = result.emplace_back();
     for (const std::size_t place : members) cluster.push_back(cover.rules[place]);
   }

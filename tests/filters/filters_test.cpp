@@ -6,6 +6,7 @@
 #include <random>
 
 #include "filters/cover_filter.h"
+#include "filters/mean_linkage.h"
 #include "filters/rating_filter.h"
 #include "filters/specificity_filter.h"
 #include "filters/template_filter.h"
@@ -73,6 +74,32 @@ Numbers Least(const RuleList& rules, const Numbers& of, int side, std::int32_t a
   for (const RuleNumber i : of) levels[side == 0 ? rules[i].aspec : rules[i].cspec].push_back(i);
   const auto least = levels.upper_bound(above);
   return least == levels.end() || least->first >= bound ? Numbers() : least->second;
+}
+
+// Joined pair by pair, each mean computed anew from the points.
+std::vector<std::vector<std::size_t>> ClusteredPlainly(const PairDistances& distances, std::size_t clusters) {
+  std::vector<std::vector<std::size_t>> left(distances.size());
+  for (std::size_t i = 0; i < left.size(); ++i) left[i] = {i};
+  while (left.size() > clusters) {
+    double least = INFINITY;
+    std::pair<std::size_t, std::size_t> nearest;
+    for (std::size_t a = 0; a < left.size(); ++a) {
+      for (std::size_t b = a + 1; b < left.size(); ++b) {
+        std::uint64_t sum = 0;
+        for (const std::size_t i : left[a]) {
+          for (const std::size_t j : left[b]) sum += distances(i, j);
+        }
+        const double mean = static_cast<double>(sum) / static_cast<double>(left[a].size() * left[b].size());
+        if (mean < least) nearest = {a, b};
+        least = std::min(least, mean);
+      }
+    }
+    auto& kept = left[nearest.first];
+    kept.insert(kept.end(), left[nearest.second].begin(), left[nearest.second].end());
+    std::ranges::sort(kept);
+    left.erase(left.begin() + static_cast<std::ptrdiff_t>(nearest.second));
+  }
+  return left;
 }
 
 struct FiltersTest : FolderTest {
@@ -161,20 +188,54 @@ TEST_F(FiltersTest, EqualThePlainWay) {
 
     ItemRegistry items{{2, 3, 4, 5, 6}, {}, {}, RowBits(5, 200), 200, SIZE_MAX};
     std::map<NodeNumber, RowWord> rows;
-    for (std::size_t i = 0; i < 5; ++i) items.rows[i][3] = rows[items.nodes[i]] = random();
-    for (const CoverFilter::Cover& cover : CoverFilter(rules, items).Run(progress)) {
+    // Few rows, so that many rules add equally many.
+    for (std::size_t i = 0; i < 5; ++i) items.rows[i][3] = rows[items.nodes[i]] = random() % 64;
+    CoverFilter by_covers(rules, items);
+    const auto matched = [&](RuleNumber number) {
+      RowWord all = rules[number].antecedent.empty() ? 0 : ~RowWord{0};
+      for (const NodeNumber item : rules[number].antecedent) all &= rows[item];
+      return all;
+    };
+    for (const CoverFilter::Cover& cover : by_covers.Run(progress)) {
       RowWord covered = 0;
       for (std::size_t chosen = 0; chosen <= cover.rules.size(); ++chosen) {
         std::pair<RuleNumber, RowWord> best;
         for (RuleNumber i = 1; i <= rules.size(); ++i) {
           if (!std::ranges::is_permutation(rules[i].consequent, cover.consequent)) continue;
-          RowWord adds = rules[i].antecedent.empty() ? 0 : ~covered;
-          for (const NodeNumber item : rules[i].antecedent) adds &= rows[item];
+          const RowWord adds = matched(i) & ~covered;
           if (std::popcount(adds) > std::popcount(best.second)) best = {i, adds};
         }
         ASSERT_EQ(best.first, chosen < cover.rules.size() ? cover.rules[chosen] : 0) << table;
         covered |= best.second;
       }
+      PairDistances distances(cover.rules.size());
+      for (std::size_t i = 0; i < distances.size(); ++i) {
+        for (std::size_t j = 0; j < i; ++j) {
+          distances(i, j) =
+              static_cast<unsigned>(std::popcount(matched(cover.rules[i]) ^ matched(cover.rules[j])));
+        }
+      }
+      std::vector<Numbers> clusters;
+      for (const auto& places : ClusteredPlainly(distances, 2)) {
+        for (Numbers& cluster = clusters.emplace_back(); const std::size_t place : places)
+          cluster.push_back(cover.rules[place]);
+      }
+      ASSERT_EQ(by_covers.Cluster(cover, 2, progress), clusters) << table;
+    }
+  }
+}
+
+// Distances of few values, so that most pairs are equally near.
+TEST_F(FiltersTest, ClustersEqualThePlainWay) {
+  for (int table = 0; table < 1000; ++table) {
+    PairDistances distances(random() % 20);
+    const auto values = 1 + random() % 4;
+    for (std::size_t i = 0; i < distances.size(); ++i) {
+      for (std::size_t j = 0; j < i; ++j) distances(i, j) = random() % values;
+    }
+    for (const std::size_t clusters : {1U, 2U, 3U, 7U}) {
+      ASSERT_EQ(ClusterByMeanDistance(distances, clusters, progress), ClusteredPlainly(distances, clusters))
+          << table << ' ' << distances.size() << ' ' << clusters;
     }
   }
 }
