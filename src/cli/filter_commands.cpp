@@ -271,6 +271,8 @@ void Cover(const CoverOptions& options, const CliContext& context) {
   std::vector<NumberedRule> kept;
   std::string text;
   if (options.clusters == 0) kept = run.Numbered(RulesOf(covers));
+  const std::string warning = options.clusters == 0 ? std::string() : ClusteringWarning(covers);
+  if (!warning.empty()) fmt::print(context.err, "selvane-cli: {}\n", warning);
   for (const CoverFilter::Cover& cover : covers) {
     if (options.clusters > 0) {
       AddClusters(run, filter, cover, options.clusters, kept, text, context.progress);

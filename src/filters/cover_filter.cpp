@@ -1,5 +1,7 @@
 #include "filters/cover_filter.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <bit>
 #include <map>
@@ -128,6 +130,16 @@ std::vector<std::vector<RuleNumber>> CoverFilter::Cluster(const Cover& cover, st
     for (const std::size_t place : members) cluster.push_back(cover.rules[place]);
   }
   return result;
+}
+
+std::string ClusteringWarning(std::span<const CoverFilter::Cover> covers) {
+  constexpr std::uint64_t kMebibyte = 1 << 20;
+  std::size_t rules = 0;  // one cover is clustered at a time
+  for (const CoverFilter::Cover& cover : covers) rules = std::max(rules, cover.rules.size());
+  const std::uint64_t bytes = PairDistances::Bytes(rules);
+  if (bytes < 512 * kMebibyte) return {};
+  return fmt::format("clustering the {} rules of one consequent takes {} MB of memory", rules,
+                     bytes / kMebibyte);
 }
 
 std::vector<RuleNumber> RulesOf(std::span<const CoverFilter::Cover> covers) {

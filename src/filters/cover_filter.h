@@ -2,6 +2,7 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -49,6 +50,10 @@ class CoverFilter {
   std::unordered_map<NodeNumber, std::size_t> places_;  // of the items in the registry
   RowBitsOperations operations_ = FastRowBitsOperations();
 };
+
+// What a user should hear before these covers are clustered; empty where that takes less than half a
+// gigabyte.
+std::string ClusteringWarning(std::span<const CoverFilter::Cover> covers);
 
 // The rules of all covers, in their order.
 std::vector<RuleNumber> RulesOf(std::span<const CoverFilter::Cover> covers);

@@ -13,6 +13,12 @@
 
 namespace selvane {
 
+namespace {
+
+constexpr const char* kCaption = "Using Covers";
+
+}  // namespace
+
 CoverWindow::CoverWindow(const WindowContext& context, QWidget* parent, const FilterInput& input)
     : FilterWindow(context, parent, input, "cover", "Kovril: Filtering Rules: Using Covers",
                    "Filtering Rules: Using Covers", "Filtered rules saved in database table:\n"),
@@ -44,7 +50,12 @@ void CoverWindow::Filter() {
   CoverFilter filter(rules(), *items_);
   const std::vector<CoverFilter::Cover> covers = filter.Run(progress());
   if (covers.empty()) {
-    ShowMessage(MessageIcon::kInformation, "Using Covers", "No rule matches a row of the term table");
+    ShowMessage(MessageIcon::kInformation, kCaption, "No rule matches a row of the term table");
+    return;
+  }
+  const std::string warning = ClusteringWarning(covers);
+  if (clustering_->isChecked() && !warning.empty() &&
+      !context().dialogs.Ask(this, kCaption, ToQt("Please note that " + warning + ". Go on?"))) {
     return;
   }
   filtered().tree().setRootIsDecorated(clustering_->isChecked());

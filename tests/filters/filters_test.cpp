@@ -240,6 +240,14 @@ TEST_F(FiltersTest, ClustersEqualThePlainWay) {
   }
 }
 
+TEST(ClusteringWarning, ComesWithHalfAGigabyteForTheLargestCover) {
+  std::vector<CoverFilter::Cover> covers(2);
+  covers[0].rules.resize(11585);
+  EXPECT_EQ(ClusteringWarning(covers), "");
+  covers[0].rules.resize(11586);
+  EXPECT_EQ(ClusteringWarning(covers), "clustering the 11586 rules of one consequent takes 512 MB of memory");
+}
+
 TEST(TemplateBuilder, GivesAClassWithoutASymbolTheKindOfTheOneBefore) {
   TemplateBuilder builder;
   builder.AddClass(RuleSide::kConsequent, 5, "Drugs", "+");
