@@ -20,8 +20,8 @@ constexpr const char* kCaption = "Using Covers";
 }  // namespace
 
 CoverWindow::CoverWindow(const WindowContext& context, QWidget* parent, const FilterInput& input)
-    : FilterWindow(context, parent, input, "cover", "Kovril: Filtering Rules: Using Covers",
-                   "Filtering Rules: Using Covers", "Filtered rules saved in database table:\n"),
+    : RuleFilterWindow(context, parent, input, "cover", "Kovril: Filtering Rules: Using Covers",
+                       "Filtering Rules: Using Covers", "Filtered rules saved in database table:\n"),
       clustering_(new QCheckBox("Clusters for each consequent :")),
       clusters_(new QSpinBox) {
   clusters_->setRange(1, 1000);

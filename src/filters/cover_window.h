@@ -5,14 +5,14 @@
 #include <optional>
 
 #include "filters/cover_filter.h"
-#include "filters/filter_window.h"
+#include "filters/rule_filter_window.h"
 
 class QCheckBox;
 class QSpinBox;
 
 namespace selvane {
 
-class CoverWindow final : public FilterWindow {
+class CoverWindow final : public RuleFilterWindow {
  public:
   CoverWindow(const WindowContext& context, QWidget* parent, const FilterInput& input);
 

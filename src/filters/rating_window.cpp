@@ -15,8 +15,8 @@
 namespace selvane {
 
 RatingWindow::RatingWindow(const WindowContext& context, QWidget* parent, const FilterInput& input)
-    : FilterWindow(context, parent, input, "rating", "Kovril: Filtering Rules: Using Rating",
-                   "Filtering Rules: Using Rating ", "Filtered rules saved in database table:\n ") {
+    : RuleFilterWindow(context, parent, input, "rating", "Kovril: Filtering Rules: Using Rating",
+                       "Filtering Rules: Using Rating ", "Filtered rules saved in database table:\n ") {
   auto* const grid = new QGridLayout;
   grid->addWidget(ViewpointGroup(), 0, 0);
   grid->addWidget(ThresholdGroup(), 0, 1);

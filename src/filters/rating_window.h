@@ -3,8 +3,8 @@
 
 #include <optional>
 
-#include "filters/filter_window.h"
 #include "filters/rating_filter.h"
+#include "filters/rule_filter_window.h"
 
 class QGroupBox;
 class QRadioButton;
@@ -13,7 +13,7 @@ namespace selvane {
 
 class NumberField;
 
-class RatingWindow final : public FilterWindow {
+class RatingWindow final : public RuleFilterWindow {
  public:
   RatingWindow(const WindowContext& context, QWidget* parent, const FilterInput& input);
 

@@ -29,8 +29,8 @@ const SpecificityWindow::Step SpecificityWindow::kEnhance = {
     &SpecificityFilter::EnhanceOtherSide};
 
 SpecificityWindow::SpecificityWindow(const WindowContext& context, QWidget* parent, const FilterInput& input)
-    : FilterWindow(context, parent, input, "specificity", "Kovril: Filtering rules: Using Specificity",
-                   "Filtering Rules: Using Specificity", "Filtered rules saved in database table:\n") {
+    : RuleFilterWindow(context, parent, input, "specificity", "Kovril: Filtering rules: Using Specificity",
+                       "Filtering Rules: Using Specificity", "Filtered rules saved in database table:\n") {
   auto* const grid = new QGridLayout;
   grid->addWidget(GroundGroup(), 0, 0);
   grid->addWidget(ChoicesGroup(), 0, 1);

@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "filters/filter_window.h"
+#include "filters/rule_filter_window.h"
 #include "filters/specificity_filter.h"
 
 class QGroupBox;
@@ -14,7 +14,7 @@ class QRadioButton;
 
 namespace selvane {
 
-class SpecificityWindow final : public FilterWindow {
+class SpecificityWindow final : public RuleFilterWindow {
  public:
   SpecificityWindow(const WindowContext& context, QWidget* parent, const FilterInput& input);
 

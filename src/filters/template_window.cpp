@@ -39,8 +39,8 @@ const QListWidgetItem* Selected(const QListWidget& list) {
 }  // namespace
 
 TemplateWindow::TemplateWindow(const WindowContext& context, QWidget* parent, const FilterInput& input)
-    : FilterWindow(context, parent, input, "template", "Kovril: Filtering Rules: Using Template",
-                   "Filtering Rules: Using Templates", "Filtered rules saved in database table:\n") {
+    : RuleFilterWindow(context, parent, input, "template", "Kovril: Filtering Rules: Using Template",
+                       "Filtering Rules: Using Templates", "Filtered rules saved in database table:\n") {
   auto* const grid = new QGridLayout;
   grid->addWidget(SideGroup(antecedent_, "Antecedent", "Antecedent Specific :"), 0, 0);
   grid->addWidget(SideGroup(consequent_, "Consequent", "Consequent Specific :"), 0, 1);

@@ -1,7 +1,7 @@
 // The window of the template filter.
 #pragma once
 
-#include "filters/filter_window.h"
+#include "filters/rule_filter_window.h"
 #include "filters/template_filter.h"
 
 class QGroupBox;
@@ -11,7 +11,7 @@ class QRadioButton;
 
 namespace selvane {
 
-class TemplateWindow final : public FilterWindow {
+class TemplateWindow final : public RuleFilterWindow {
  public:
   TemplateWindow(const WindowContext& context, QWidget* parent, const FilterInput& input);
 

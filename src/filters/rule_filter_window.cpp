@@ -1,4 +1,4 @@
-#include "filters/filter_window.h"
+#include "filters/rule_filter_window.h"
 
 #include <QGroupBox>
 #include <QListWidget>
@@ -27,16 +27,16 @@ QString FiguresText(RuleNumber number, const Rule& rule, char decimal_sign) {
       .arg(QString::number(number), text(rule.support), text(rule.confidence), text(rule.pa), text(rule.pc));
 }
 
-FilterWindow::FilterWindow(const WindowContext& context, QWidget* parent, const FilterInput& input,
-                           const QString& name, const QString& title, const QString& save_caption,
-                           const QString& save_text)
+RuleFilterWindow::RuleFilterWindow(const WindowContext& context, QWidget* parent, const FilterInput& input,
+                                   const QString& name, const QString& title, const QString& save_caption,
+                                   const QString& save_text)
     : ToolWindow(context, parent, name, title, {920, 720}),
       input_(input),
       save_caption_(save_caption),
       save_text_(save_text),
       names_(input.taxonomy) {}
 
-bool FilterWindow::Prepare() {
+bool RuleFilterWindow::Prepare() {
   rules_ = RuleList(input_.rules, progress());
   progress().Clear();
   kept_ = KeepMask(rules_.size());
@@ -44,7 +44,7 @@ bool FilterWindow::Prepare() {
   return true;
 }
 
-QWidget* FilterWindow::FilteredRules() {
+QWidget* RuleFilterWindow::FilteredRules() {
   filtered_ = new SearchedTree("Filtered rules");
   filtered_->tree().setSelectionMode(QAbstractItemView::ExtendedSelection);
   filtered_->describe = [this](const QTreeWidgetItem& line) {
@@ -54,17 +54,17 @@ QWidget* FilterWindow::FilteredRules() {
   return Framed("Filtered rules", filtered_);
 }
 
-QGroupBox* FilterWindow::OrderGroup(Qt::Orientation orientation) {
+QGroupBox* RuleFilterWindow::OrderGroup(Qt::Orientation orientation) {
   by_support_ = new QRadioButton("Decreasing Support");
   by_confidence_ = new QRadioButton("Decreasing Confidence");
   return Framed({}, {by_support_, by_confidence_}, orientation);
 }
 
-void FilterWindow::ResetOrder() {
+void RuleFilterWindow::ResetOrder() {
   by_support_->setChecked(true);
 }
 
-std::vector<RuleNumber> FilterWindow::Ordered(std::vector<RuleNumber> numbers) {
+std::vector<RuleNumber> RuleFilterWindow::Ordered(std::vector<RuleNumber> numbers) {
   progress().SetStatus("Ordering filtered rules ...");
   OrderRules(rules_,
              by_support_->isChecked() ? RuleOrder::kDecreasingSupport : RuleOrder::kDecreasingConfidence,
@@ -72,35 +72,35 @@ std::vector<RuleNumber> FilterWindow::Ordered(std::vector<RuleNumber> numbers) {
   return numbers;
 }
 
-void FilterWindow::AddNode(QListWidget& list, NodeNumber node, const QString& name) {
+void RuleFilterWindow::AddNode(QListWidget& list, NodeNumber node, const QString& name) {
   auto* const line = new QListWidgetItem(name, &list);
   line->setData(Qt::UserRole, node);
   line->setToolTip(name);
 }
 
-void FilterWindow::AddItems(QListWidget& list, const std::vector<std::int32_t>& map) {
+void RuleFilterWindow::AddItems(QListWidget& list, const std::vector<std::int32_t>& map) {
   for (const NodeNumber item : ItemsOfMap(map)) AddNode(list, item, ToQt(names_.Joined(std::span(&item, 1))));
 }
 
-void FilterWindow::AddFilterButtons() {
+void RuleFilterWindow::AddFilterButtons() {
   filter_button_ = AddButton("&Filter", [this] { Filter(); });
   AddButton("&Reset All", [this] { Reset(); });
   save_button_ = AddButton("&Save rules", [this] { Save(); });
   AddCloseButton();
 }
 
-void FilterWindow::EnableSave(bool enabled) {
+void RuleFilterWindow::EnableSave(bool enabled) {
   something_to_save_ = enabled;
   save_button_->setEnabled(enabled);
 }
 
-void FilterWindow::ForgetResult() {
+void RuleFilterWindow::ForgetResult() {
   filtered_->Clear();
   kept_ = KeepMask(rules_.size());
   EnableSave(false);
 }
 
-QTreeWidgetItem* FilterWindow::ShowRule(RuleNumber number, const QString& line, QTreeWidgetItem* parent) {
+QTreeWidgetItem* RuleFilterWindow::ShowRule(RuleNumber number, const QString& line, QTreeWidgetItem* parent) {
   kept_.Keep(number);
   auto* const item = new QTreeWidgetItem({line});
   item->setData(0, kRuleRole, static_cast<qlonglong>(number));
@@ -112,28 +112,28 @@ QTreeWidgetItem* FilterWindow::ShowRule(RuleNumber number, const QString& line, 
   return item;
 }
 
-void FilterWindow::ResultIsShown() {
+void RuleFilterWindow::ResultIsShown() {
   filtered_->Narrow();
   if (!kept_.IsEmpty()) EnableSave(true);
 }
 
-RuleNumber FilterWindow::RuleOf(const QTreeWidgetItem* line) {
+RuleNumber RuleFilterWindow::RuleOf(const QTreeWidgetItem* line) {
   return line == nullptr ? 0 : static_cast<RuleNumber>(line->data(0, kRuleRole).toLongLong());
 }
 
-QString FilterWindow::RenderedLine(RuleNumber number) {
+QString RuleFilterWindow::RenderedLine(RuleNumber number) {
   const Rule& rule = rules_[number];
   return ToQt(names_.Rendered(rule.antecedent) + " => " + names_.Rendered(rule.consequent));
 }
 
-void FilterWindow::Save() {
+void RuleFilterWindow::Save() {
   if (!something_to_save_ || kept_.IsEmpty()) return;
   const std::string table = SaveFilteredRules(input_.rules, rules_, kept_, context().clock, progress());
   ShowMessage(MessageIcon::kInformation, save_caption_, save_text_ + ToQt(table));
   EnableSave(false);
 }
 
-void FilterWindow::Close() {
+void RuleFilterWindow::Close() {
   if (input_.cascade) {
     try {
       Save();

@@ -30,7 +30,7 @@ struct FilterInput {
 // Filters the rules of the store's source table, as they were when the window was opened, shows those that
 // are kept, and saves them into a new table. In a cascade, closing saves too, and what was saved is the
 // source of the next filter.
-class FilterWindow : public ToolWindow {
+class RuleFilterWindow : public ToolWindow {
  public:
   // Loads the rules.
   bool Prepare() override;
@@ -38,8 +38,9 @@ class FilterWindow : public ToolWindow {
  protected:
   // `save_caption` and `save_text` are of the message that follows a save; the table's name comes behind the
   // text.
-  FilterWindow(const WindowContext& context, QWidget* parent, const FilterInput& input, const QString& name,
-               const QString& title, const QString& save_caption, const QString& save_text);
+  RuleFilterWindow(const WindowContext& context, QWidget* parent, const FilterInput& input,
+                   const QString& name, const QString& title, const QString& save_caption,
+                   const QString& save_text);
 
   // A group box with the tree of filtered rules.
   QWidget* FilteredRules();
