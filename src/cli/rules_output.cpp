@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "base/text.h"
+#include "measures/measures.h"
 
 namespace selvane {
 
@@ -22,25 +23,26 @@ double Figure(float value) {
   return NumberOf(SingleText(value)).value_or(0);
 }
 
-// What is computed of a rule's figures; nothing where it would be no number.
 struct Measures {
-  std::optional<double> lift;        // how often the sides stand together, to what chance gives
-  std::optional<double> leverage;    // the same as a difference
-  std::optional<double> conviction;  // how often chance gives a counterexample, to how often there is one
+  std::optional<double> lift;
+  std::optional<double> leverage;
+  std::optional<double> conviction;
 };
 
 // With the six decimals of the stored figures.
-std::optional<double> Rounded(double value) {
+std::optional<double> Rounded(std::optional<double> value) {
   constexpr double kPlaces = 1e6;
-  if (!std::isfinite(value)) return std::nullopt;
-  return std::round(value * kPlaces) / kPlaces + 0.0;  // which makes -0 to 0
+  if (!value) return std::nullopt;
+  return std::round(*value * kPlaces) / kPlaces + 0.0;  // which makes -0 to 0
 }
 
+// Of the figures as they are printed, so that a reader who computes them again gets the same.
 Measures MeasuresOf(const Rule& rule) {
-  const double confidence = Figure(rule.confidence);
-  const double pc = Figure(rule.pc);
-  return {Rounded(confidence / pc), Rounded(Figure(rule.support) - Figure(rule.pa) * pc),
-          Rounded((1 - pc) / (1 - confidence))};
+  const RuleFigures figures = {.support = Figure(rule.support),
+                               .confidence = Figure(rule.confidence),
+                               .antecedent = Figure(rule.pa),
+                               .consequent = Figure(rule.pc)};
+  return {Rounded(Lift(figures)), Rounded(Leverage(figures)), Rounded(Conviction(figures))};
 }
 
 std::string AsText(const std::vector<NumberedRule>& rules, NodeNames& names) {

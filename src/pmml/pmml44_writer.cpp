@@ -3,9 +3,11 @@
 #include <fmt/format.h>
 
 #include <array>
+#include <optional>
 #include <set>
 
 #include "base/text.h"
+#include "measures/measures.h"
 #include "rules/rule_list.h"
 #include "version.h"
 
@@ -107,13 +109,13 @@ void WriteItemset(OutputFile& output, std::size_t number, const Itemsets::Itemse
 
 void WriteRule(OutputFile& output, RuleNumber number, const Rule& rule, std::size_t antecedent,
                std::size_t consequent) {
-  // Without a lift where nothing has the consequent.
-  const std::string lift =
-      rule.pc > 0 ? fmt::format(" lift=\"{}\"", SingleText(rule.confidence / rule.pc)) : std::string();
-  output.Write(fmt::format(
-      "  <AssociationRule id=\"{}\" antecedent=\"{}\" consequent=\"{}\" support=\"{}\" "
-      "confidence=\"{}\"{}/>\n",
-      number, antecedent, consequent, SingleText(rule.support), SingleText(rule.confidence), lift));
+  const std::optional<double> lift = Lift(
+      {.support = rule.support, .confidence = rule.confidence, .antecedent = rule.pa, .consequent = rule.pc});
+  output.Write(
+      fmt::format("  <AssociationRule id=\"{}\" antecedent=\"{}\" consequent=\"{}\" support=\"{}\" "
+                  "confidence=\"{}\"{}/>\n",
+                  number, antecedent, consequent, SingleText(rule.support), SingleText(rule.confidence),
+                  lift ? fmt::format(" lift=\"{}\"", SingleText(static_cast<float>(*lift))) : std::string()));
 }
 
 }  // namespace

@@ -83,7 +83,18 @@ TEST_F(PmmlTest, WritesThatDocumentByteForByte) {
 TEST_F(PmmlTest, WritesAValidModelOfVersion44) {
   for (int i = 0; i < 3; ++i) Insert({2, 3}, {5});
   Insert({3, 2}, {1});
+  store_.InsertRule({{3}, {1}, 0.2F, 0.5F, 0.4F, 0, 1, 1});
   Export44();
+  for (const char* line :
+       {"<Itemset id=\"1\" support=\"0.4\" numberOfItems=\"2\">\n   <ItemRef itemRef=\"2\"/>",
+        "<Itemset id=\"4\" support=\"0.6\" numberOfItems=\"1\">\n   <ItemRef itemRef=\"1\"/>",
+        "<Itemset id=\"6\" support=\"0\" numberOfItems=\"1\">\n   <ItemRef itemRef=\"1\"/>",
+        "<AssociationRule id=\"4\" antecedent=\"3\" consequent=\"4\" support=\"0.2\" "
+        "confidence=\"0.5\" lift=\"0.8333333\"/>",
+        "<AssociationRule id=\"5\" antecedent=\"5\" consequent=\"6\" support=\"0.2\" "
+        "confidence=\"0.5\"/>"}) {
+    EXPECT_NE(ReadFile("b.xml").find(line), std::string::npos) << line;
+  }
   struct Element {
     Texts children;
     Texts attributes;
@@ -129,8 +140,8 @@ TEST_F(PmmlTest, WritesAValidModelOfVersion44) {
             std::string("Sj\xC3\xB6gren \xE2\x82\xAC & <b>"));
   EXPECT_EQ(model.attribute("minimumSupport").value(), std::string("0.2"));
   EXPECT_EQ(ids["Item"].size(), 4U);
-  EXPECT_EQ(ids["Itemset"].size(), 4U);
-  EXPECT_EQ(ids["AssociationRule"].size(), 4U);
+  EXPECT_EQ(ids["Itemset"].size(), 6U);
+  EXPECT_EQ(ids["AssociationRule"].size(), 5U);
 }
 
 TEST_F(PmmlTest, RulesComeBackAsTheyWentOut) {
