@@ -7,6 +7,7 @@
 #include <iosfwd>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/clock.h"
@@ -50,6 +51,22 @@ std::string ChooseTable(const std::vector<std::string>& tables, const std::strin
 
 // An option whose value is a fraction in (0, 1], with a point or a comma.
 CLI::Option* AddFraction(CLI::App& command, const std::string& name, float& value, const std::string& help);
+
+// An option whose value is one of some words, which its help names.
+template <typename Value>
+void AddChoice(CLI::App& command, const std::string& name, Value& value,
+               const std::vector<std::pair<std::string, Value>>& words, const std::string& help) {
+  std::vector<std::string> texts;
+  texts.reserve(words.size());
+  for (const auto& [text, meaning] : words) texts.push_back(text);
+  // Not CLI::CheckedTransformer: it would take the enumerator's number too, and show it in the help.
+  const auto choose = [words, &value](const std::string& word) {
+    for (const auto& [text, meaning] : words) {
+      if (text == word) value = meaning;
+    }
+  };
+  command.add_option_function<std::string>(name, choose, help)->check(CLI::IsMember(texts));
+}
 
 // Writes text to the output and checks that it got there. Throws FileError.
 void WriteOut(const CliContext& context, std::string_view text);

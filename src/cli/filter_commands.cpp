@@ -93,21 +93,6 @@ void AddCommonOptions(CLI::App& command, FilterOptions& options) {
                    "Save the kept rules as a new table of the database and print its name");
 }
 
-// An option whose value is one of some words.
-template <typename Value>
-void AddChoice(CLI::App& command, const std::string& name, Value& value,
-               const std::vector<std::pair<std::string, Value>>& words, const std::string& help) {
-  const auto choose = [words, &value](const std::string& word) {
-    for (const auto& [text, meaning] : words) {
-      if (text == word) value = meaning;
-    }
-  };
-  std::vector<std::string> texts;
-  texts.reserve(words.size());
-  for (const auto& [text, meaning] : words) texts.push_back(text);
-  command.add_option_function<std::string>(name, choose, help)->check(CLI::IsMember(texts));
-}
-
 void AddOrder(CLI::App& command, RuleOrder& order) {
   AddChoice<RuleOrder>(
       command, "--order", order,

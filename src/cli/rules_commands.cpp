@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <numeric>
 #include <ostream>
 
 #include "base/error.h"
@@ -15,6 +16,7 @@
 #include "mining/apriori_extraction.h"
 #include "mining/closed_extraction.h"
 #include "rules/rule_list.h"
+#include "rules/rule_order.h"
 #include "rules/rules_info.h"
 #include "rules/rules_store.h"
 
@@ -241,7 +243,7 @@ struct ShowOptions {
   fs::path taxonomy;
   std::string table;
   std::string format = "text";
-  std::string sort = "index";
+  RuleOrder sort = RuleOrder::kNumber;
   long limit = 0;
 };
 
@@ -252,11 +254,13 @@ void Show(const ShowOptions& options, const CliContext& context) {
   store.OpenRulesTable(ChooseTable(store.ListRulesTables(), options.table, options.database));
   context.progress.SetStatus("Loading rules ....");
   const RuleList list(store, context.progress);
+  std::vector<RuleNumber> numbers(static_cast<std::size_t>(list.size()));
+  std::iota(numbers.begin(), numbers.end(), RuleNumber{1});
+  OrderRules(list, options.sort, numbers);
+  if (options.limit > 0 && options.limit < list.size())
+    numbers.resize(static_cast<std::size_t>(options.limit));
   std::vector<NumberedRule> rules;
-  rules.reserve(static_cast<std::size_t>(list.size()));
-  for (RuleNumber number = 1; number <= list.size(); ++number) rules.push_back({number, list[number], 0});
-  SortRules(rules, options.sort);
-  if (options.limit > 0 && options.limit < list.size()) rules.resize(static_cast<std::size_t>(options.limit));
+  for (const RuleNumber number : numbers) rules.push_back({number, list[number], 0});
   NodeNames names(taxonomy);
   context.progress.SetStatus("Completed!!");
   WriteOut(context, PrintRules(rules, options.format, names));
@@ -269,8 +273,13 @@ void AddShow(CLI::App& group, const CliContext& context) {
   command->add_option("--taxonomy", options->taxonomy, "Taxonomy database")->required()->type_name("TAXDB");
   command->add_option("--table", options->table, "Rules table, where there are several")->type_name("T");
   command->add_option("--format", options->format, "text, csv or json")->check(CLI::IsMember(RuleFormats()));
-  command->add_option("--sort", options->sort, "index, or the greatest support, confidence, pa or pc first")
-      ->check(CLI::IsMember(RuleSortKeys()));
+  AddChoice<RuleOrder>(*command, "--sort", options->sort,
+                       {{"index", RuleOrder::kNumber},
+                        {"support", RuleOrder::kDecreasingSupport},
+                        {"confidence", RuleOrder::kDecreasingConfidence},
+                        {"pa", RuleOrder::kDecreasingAntecedent},
+                        {"pc", RuleOrder::kDecreasingConsequent}},
+                       "index, or the greatest support, confidence, pa or pc first");
   command->add_option("--limit", options->limit, "Print so many rules only")
       ->type_name("N")
       ->check(CLI::Range(1L, kMostRules));

@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -106,33 +105,11 @@ std::string AsJson(const std::vector<NumberedRule>& rules, NodeNames& names) {
   return all.dump(1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
-// What a rule is sorted by; empty for its number.
-std::function<float(const Rule&)> SortFigure(const std::string& key) {
-  if (key == "support") return [](const Rule& rule) { return rule.support; };
-  if (key == "confidence") return [](const Rule& rule) { return rule.confidence; };
-  if (key == "pa") return [](const Rule& rule) { return rule.pa; };
-  if (key == "pc") return [](const Rule& rule) { return rule.pc; };
-  return {};
-}
-
 }  // namespace
 
 const std::vector<std::string>& RuleFormats() {
   static const std::vector<std::string> kFormats = {"text", "csv", "json"};
   return kFormats;
-}
-
-const std::vector<std::string>& RuleSortKeys() {
-  static const std::vector<std::string> kKeys = {"index", "support", "confidence", "pa", "pc"};
-  return kKeys;
-}
-
-void SortRules(std::vector<NumberedRule>& rules, const std::string& key) {
-  const auto figure = SortFigure(key);
-  if (!figure) return;
-  std::stable_sort(rules.begin(), rules.end(), [&figure](const NumberedRule& a, const NumberedRule& b) {
-    return figure(a.rule) > figure(b.rule);
-  });
 }
 
 std::string PrintRules(const std::vector<NumberedRule>& rules, const std::string& format, NodeNames& names) {

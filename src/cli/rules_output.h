@@ -1,7 +1,6 @@
 // How the command line prints rules.
 #pragma once
 
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -16,12 +15,8 @@ struct NumberedRule {
   int depth = 0;  // steps that led to it, shown by the text format only
 };
 
-// Names of the formats and sort keys that PrintRules and SortRules take.
+// Names of the formats that PrintRules takes.
 const std::vector<std::string>& RuleFormats();
-const std::vector<std::string>& RuleSortKeys();
-
-// By a figure, the greatest first, or by number; rules that are equal stay in the order of their numbers.
-void SortRules(std::vector<NumberedRule>& rules, const std::string& key);
 
 // All rules as text (one a line with number, support and confidence), csv or json.
 std::string PrintRules(const std::vector<NumberedRule>& rules, const std::string& format, NodeNames& names);

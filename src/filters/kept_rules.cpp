@@ -26,17 +26,6 @@ bool KeepMask::IsEmpty() const {
   return std::find(kept_.begin(), kept_.end(), true) == kept_.end();
 }
 
-void OrderRules(const RuleList& rules, RuleOrder order, std::vector<RuleNumber>& numbers) {
-  const auto figure = [&rules, order](RuleNumber number) {
-    const Rule& rule = rules[number];
-    return order == RuleOrder::kDecreasingSupport ? rule.support : rule.confidence;
-  };
-  const auto rest = std::stable_partition(numbers.begin(), numbers.end(),
-                                          [&figure](RuleNumber number) { return figure(number) > 0; });
-  std::stable_sort(numbers.begin(), rest,
-                   [&figure](RuleNumber a, RuleNumber b) { return figure(a) > figure(b); });
-}
-
 std::string SaveFilteredRules(RulesStore& store, const RuleList& rules, const KeepMask& kept,
                               const Clock& clock, Progress& progress) {
   std::string name = TableName(clock);

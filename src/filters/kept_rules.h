@@ -9,6 +9,7 @@
 #include "base/clock.h"
 #include "base/progress.h"
 #include "rules/rule_list.h"
+#include "rules/rule_order.h"
 #include "rules/rules_store.h"
 
 namespace selvane {
@@ -25,12 +26,6 @@ class KeepMask {
  private:
   std::vector<bool> kept_;
 };
-
-enum class RuleOrder { kDecreasingSupport, kDecreasingConfidence };
-
-// Puts the rules in order; those with equal figures stay as they are, and those with a figure that is not
-// above 0 come last.
-void OrderRules(const RuleList& rules, RuleOrder order, std::vector<RuleNumber>& numbers);
 
 // Copies the kept rules, in the order of their numbers, into a new table named by the time, and makes it the
 // store's target. Returns its name. Throws DatabaseError, and InputError when there is a table of that name

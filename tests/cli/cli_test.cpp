@@ -69,6 +69,39 @@ TEST_F(CliTest, RunsTheWholeWayOnTheSamples) {
   EXPECT_TRUE(rules[1]["confidence"] == 0.75 && rules[1]["lift"] == 1.406251) << rules[1];
 }
 
+// Figures that are equal, 0 or no numbers; 1 and 2 are categories without a name in this taxonomy.
+TEST_F(CliTest, ShowsRulesByEachFigure) {
+  WriteText("tax.xml", NodeLine("A", "C1") + NodeLine("B", "C2"));
+  ASSERT_EQ(Run("taxonomy load tax.xml tax.mdb"), 0) << err_;
+  MakeForeignDatabase("r.mdb",
+                      "CREATE TABLE R(\"INDEX\",ANTECEDENT,CONSEQUENT,SUPPORT,CONFIDENCE,PA,PC,ASPEC,CSPEC);"
+                      "INSERT INTO R VALUES(1,'2-','3-',0.25,0.5,0.5,0,1,1),(2,'3-','2-',0,1,0.25,0.75,1,1),"
+                      "(3,'2-','3-9-',0.5,'nan',0.5,1,1,2),(4,'3-2-','1-',0.25,0.75,0,0.75,2,1);");
+  const std::pair<const char*, const char*> cases[] = {
+      {"index", "1 2 3 4"}, {"support", "3 1 4 2"},    {"confidence", "2 4 1 3"},  {"pa", "1 3 2 4"},
+      {"pc", "3 2 4 1"},    {"pc --limit 3", "3 2 4"}, {"pc --limit 4", "3 2 4 1"}};
+  for (const auto& [sort, order] : cases) {
+    ASSERT_EQ(Run(std::string("rules show r.mdb --taxonomy tax.mdb --format json --sort ") + sort), 0)
+        << err_;
+    std::string shown;
+    for (const auto& rule : nlohmann::json::parse(out_)) {
+      shown += (shown.empty() ? "" : " ") + rule["index"].dump();
+    }
+    EXPECT_EQ(shown, order) << sort;
+  }
+  EXPECT_EQ(Run("rules show r.mdb --taxonomy tax.mdb --format csv"), 0);
+  EXPECT_EQ(out_.substr(out_.find('\n') + 1),
+            "1,2,3,\"A\",\"B\",0.25,0.5,0.5,0,1,1,,0.25,2\n"
+            "2,3,2,\"B\",\"A\",0,1,0.25,0.75,1,1,1.333333,-0.1875,\n"
+            "3,2,3 9,\"A\",\"B AND #9\",0.5,nan,0.5,1,1,2,,0,\n"
+            "4,3 2,1,\"B AND A\",\"#1\",0.25,0.75,0,0.75,2,1,1,0.25,1\n");
+  EXPECT_EQ(Run("rules show r.mdb --taxonomy tax.mdb --format json --limit 1"), 0);
+  EXPECT_EQ(nlohmann::json::parse(out_)[0],
+            nlohmann::json::parse(R"({"index":1,"antecedent":[2],"consequent":[3],"antecedent_names":["A"],
+                "consequent_names":["B"],"support":0.25,"confidence":0.5,"pa":0.5,"pc":0,"aspec":1,"cspec":1,
+                "lift":null,"leverage":0.25,"conviction":2.0})"));
+}
+
 TEST_F(CliTest, ExtractsBasesThatCanBeFilteredAndExchanged) {
   MakeSampleRules();
   EXPECT_EQ(Run("taxonomy prune tax.mdb F.01.145.805"), 0);
