@@ -27,7 +27,7 @@ struct FilterOptions {
   fs::path database;
   fs::path taxonomy;
   std::string table;
-  std::string format = "text";
+  RuleFormat format = RuleFormat::kText;
   bool save = false;
 };
 
@@ -42,22 +42,14 @@ class FilterRun {
     rules = RuleList(store_, context.progress);
   }
 
-  NumberedRule Numbered(RuleNumber number, int depth = 0) const { return {number, rules[number], depth}; }
-  std::vector<NumberedRule> Numbered(std::span<const RuleNumber> numbers) const {
-    std::vector<NumberedRule> result;
-    result.reserve(numbers.size());
-    for (const RuleNumber number : numbers) result.push_back(Numbered(number));
-    return result;
-  }
-
   // Prints rules in this order and, where that was asked for, saves them.
-  void Finish(const std::vector<NumberedRule>& kept, std::string_view nothing_kept) {
-    Finish(kept, PrintRules(kept, options_.format, names), nothing_kept);
+  void Finish(std::span<const ListedRule> kept, std::string_view nothing_kept) {
+    Finish(kept, PrintRules(rules, kept, options_.format, names), nothing_kept);
   }
   // The same with the rules as text already.
-  void Finish(const std::vector<NumberedRule>& kept, std::string_view text, std::string_view nothing_kept) {
+  void Finish(std::span<const ListedRule> kept, std::string_view text, std::string_view nothing_kept) {
     KeepMask mask(rules.size());
-    for (const NumberedRule& rule : kept) mask.Keep(rule.index);
+    for (const ListedRule& rule : kept) mask.Keep(rule.number);
     std::string saved;
     if (options_.save && !kept.empty()) {  // first, as nobody may read the output to its end
       saved = SaveFilteredRules(store_, rules, mask, context_.clock, context_.progress);
@@ -88,7 +80,7 @@ void AddCommonOptions(CLI::App& command, FilterOptions& options) {
   command.add_option("RULESDB", options.database, "Rules database")->required();
   command.add_option("--taxonomy", options.taxonomy, "Taxonomy database")->required()->type_name("TAXDB");
   command.add_option("--table", options.table, "Rules table, where there are several")->type_name("T");
-  command.add_option("--format", options.format, "text, csv or json")->check(CLI::IsMember(RuleFormats()));
+  AddRuleFormat(command, options.format);
   command.add_flag("--save", options.save,
                    "Save the kept rules as a new table of the database and print its name");
 }
@@ -124,7 +116,7 @@ void Rate(RatingOptions& options, const CliContext& context) {
     fmt::print(context.err, "mean {:g}, standard deviation {:g}, limit {:g}\n", of.mean, of.deviation,
                of.limit);
   }
-  run.Finish(run.Numbered(numbers), "No satisfying rule ");
+  run.Finish(ListedRules(numbers), "No satisfying rule ");
 }
 
 void AddRating(CLI::App& group, const CliContext& context) {
@@ -165,7 +157,7 @@ void Fit(const TemplateOptions& options, const CliContext& context) {
   }
   std::vector<RuleNumber> numbers = filter.Run(run.rules, context.progress);
   OrderRules(run.rules, options.order, numbers);
-  run.Finish(run.Numbered(numbers), "No satisfying rule ");
+  run.Finish(ListedRules(numbers), "No satisfying rule ");
 }
 
 void AddTemplate(CLI::App& group, const CliContext& context) {
@@ -198,10 +190,10 @@ void Walk(const SpecificityOptions& options, const CliContext& context) {
   std::vector<NodeNumber> ground;
   for (const std::string& text : options.ground) ground.push_back(ParseItem(text, run.taxonomy));
   SpecificityFilter filter(run.rules, run.taxonomy.SpecificityBound());
-  std::vector<NumberedRule> kept;
+  std::vector<ListedRule> kept;
   for (const SpecificityStep& step : WalkSpecificity(filter, run.rules, ground, options.side, options.order,
                                                      options.depth, context.progress)) {
-    kept.push_back(run.Numbered(step.rule, step.depth));
+    kept.push_back({step.rule, step.depth});
   }
   run.Finish(kept, "No rule with ground items");
 }
@@ -236,15 +228,14 @@ struct CoverOptions : FilterOptions {
 
 // The rules of a cover cluster by cluster, appended to `kept` and, with a line for each cluster, to `text`.
 void AddClusters(FilterRun& run, const CoverFilter& filter, const CoverFilter::Cover& cover,
-                 std::size_t clusters, std::vector<NumberedRule>& kept, std::string& text,
-                 Progress& progress) {
+                 std::size_t clusters, std::vector<ListedRule>& kept, std::string& text, Progress& progress) {
   int number = 0;
   for (const std::vector<RuleNumber>& cluster : filter.Cluster(cover, clusters, progress)) {
     fmt::format_to(std::back_inserter(text), "# cluster {}: {}\n", ++number,
                    run.names.Joined(cover.consequent));
-    const std::vector<NumberedRule> rules = run.Numbered(cluster);
-    text += PrintRules(rules, "text", run.names);
-    kept.insert(kept.end(), rules.begin(), rules.end());
+    const std::vector<ListedRule> listed = ListedRules(cluster);
+    text += PrintRules(run.rules, listed, RuleFormat::kText, run.names);
+    kept.insert(kept.end(), listed.begin(), listed.end());
   }
 }
 
@@ -253,9 +244,9 @@ void Cover(const CoverOptions& options, const CliContext& context) {
   const ItemRegistry items = ReadTermTable(options.terms, run.info, run.taxonomy, context.progress);
   CoverFilter filter(run.rules, items);
   const std::vector<CoverFilter::Cover> covers = filter.Run(context.progress);
-  std::vector<NumberedRule> kept;
+  std::vector<ListedRule> kept;
   std::string text;
-  if (options.clusters == 0) kept = run.Numbered(RulesOf(covers));
+  if (options.clusters == 0) kept = ListedRules(RulesOf(covers));
   const std::string warning = options.clusters == 0 ? std::string() : ClusteringWarning(covers);
   if (!warning.empty()) fmt::print(context.err, "selvane-cli: {}\n", warning);
   for (const CoverFilter::Cover& cover : covers) {
@@ -264,8 +255,8 @@ void Cover(const CoverOptions& options, const CliContext& context) {
     }
   }
   fmt::print(context.err, "{} covers, {} of {} rules kept\n", covers.size(), kept.size(), run.rules.size());
-  const bool in_clusters = options.clusters > 0 && options.format == "text";
-  run.Finish(kept, in_clusters ? text : PrintRules(kept, options.format, run.names),
+  const bool in_clusters = options.clusters > 0 && options.format == RuleFormat::kText;
+  run.Finish(kept, in_clusters ? text : PrintRules(run.rules, kept, options.format, run.names),
              "No rule matches a row of the term table");
 }
 

@@ -15,12 +15,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
+enum class PmmlVersion { k11, k44 };
+
 struct ExportOptions {
   fs::path rules;
   fs::path taxonomy;
   std::string table;
   fs::path output;
-  std::string version = "1.1";
+  PmmlVersion version = PmmlVersion::k11;
   bool overwrite = false;
 };
 
@@ -33,7 +35,7 @@ void Export(const ExportOptions& options, const CliContext& context) {
   rules.OpenRulesTable(table);
   const TaxonomyStore taxonomy(options.taxonomy);
   const ExistingFile existing = options.overwrite ? ExistingFile::kReplace : ExistingFile::kRefuse;
-  if (options.version == "4.4") {
+  if (options.version == PmmlVersion::k44) {
     WritePmml44(rules, ParametersOf(info, table), taxonomy, options.output, existing, context.clock,
                 context.progress);
   } else {
@@ -52,8 +54,9 @@ void AddExport(CLI::App& group, const CliContext& context) {
   command->add_option("--taxonomy", options->taxonomy, "Taxonomy database")->required()->type_name("TAXDB");
   command->add_option("--output", options->output, "File to write")->required()->type_name("FILE");
   command->add_option("--table", options->table, "Rules table, where there are several")->type_name("T");
-  command->add_option("--pmml-version", options->version, "1.1, as the workbench, or 4.4")
-      ->check(CLI::IsMember({"1.1", "4.4"}));
+  AddChoice<PmmlVersion>(*command, "--pmml-version", options->version,
+                         {{"1.1", PmmlVersion::k11}, {"4.4", PmmlVersion::k44}},
+                         "1.1, as the workbench, or 4.4");
   command->add_flag("--overwrite", options->overwrite, "Replace the file if it is there");
   command->footer(
       "Example:\n  selvane-cli pmml export rules.mdb --taxonomy tax.mdb --output rules.xml --pmml-version "

@@ -242,7 +242,7 @@ struct ShowOptions {
   fs::path database;
   fs::path taxonomy;
   std::string table;
-  std::string format = "text";
+  RuleFormat format = RuleFormat::kText;
   RuleOrder sort = RuleOrder::kNumber;
   long limit = 0;
 };
@@ -259,11 +259,9 @@ void Show(const ShowOptions& options, const CliContext& context) {
   OrderRules(list, options.sort, numbers);
   if (options.limit > 0 && options.limit < list.size())
     numbers.resize(static_cast<std::size_t>(options.limit));
-  std::vector<NumberedRule> rules;
-  for (const RuleNumber number : numbers) rules.push_back({number, list[number], 0});
   NodeNames names(taxonomy);
   context.progress.SetStatus("Completed!!");
-  WriteOut(context, PrintRules(rules, options.format, names));
+  WriteOut(context, PrintRules(list, ListedRules(numbers), options.format, names));
 }
 
 void AddShow(CLI::App& group, const CliContext& context) {
@@ -272,7 +270,7 @@ void AddShow(CLI::App& group, const CliContext& context) {
   command->add_option("RULESDB", options->database, "Rules database")->required();
   command->add_option("--taxonomy", options->taxonomy, "Taxonomy database")->required()->type_name("TAXDB");
   command->add_option("--table", options->table, "Rules table, where there are several")->type_name("T");
-  command->add_option("--format", options->format, "text, csv or json")->check(CLI::IsMember(RuleFormats()));
+  AddRuleFormat(*command, options->format);
   AddChoice<RuleOrder>(*command, "--sort", options->sort,
                        {{"index", RuleOrder::kNumber},
                         {"support", RuleOrder::kDecreasingSupport},

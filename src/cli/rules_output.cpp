@@ -44,10 +44,11 @@ Measures MeasuresOf(const Rule& rule) {
   return {Rounded(Lift(figures)), Rounded(Leverage(figures)), Rounded(Conviction(figures))};
 }
 
-std::string AsText(const std::vector<NumberedRule>& rules, NodeNames& names) {
+std::string AsText(const RuleList& rules, std::span<const ListedRule> listed, NodeNames& names) {
   std::string text;
-  for (const auto& [index, rule, depth] : rules) {
-    fmt::format_to(std::back_inserter(text), "{:{}}{:>5}  {:.6f}  {:.6f}  {} => {}\n", "", 2 * depth, index,
+  for (const auto& [number, depth] : listed) {
+    const Rule& rule = rules[number];
+    fmt::format_to(std::back_inserter(text), "{:{}}{:>5}  {:.6f}  {:.6f}  {} => {}\n", "", 2 * depth, number,
                    rule.support, rule.confidence, names.Joined(rule.antecedent),
                    names.Joined(rule.consequent));
   }
@@ -58,13 +59,14 @@ std::string MeasureText(std::optional<double> measure) {
   return measure ? fmt::format("{}", *measure) : std::string();
 }
 
-std::string AsCsv(const std::vector<NumberedRule>& rules, NodeNames& names) {
+std::string AsCsv(const RuleList& rules, std::span<const ListedRule> listed, NodeNames& names) {
   std::string text =
       "INDEX,ANTECEDENT,CONSEQUENT,ANTECEDENT_NAMES,CONSEQUENT_NAMES,SUPPORT,CONFIDENCE,PA,PC,ASPEC,CSPEC,"
       "LIFT,LEVERAGE,CONVICTION\n";
-  for (const auto& [index, rule, depth] : rules) {
+  for (const auto& [number, depth] : listed) {
+    const Rule& rule = rules[number];
     const Measures measures = MeasuresOf(rule);
-    fmt::format_to(std::back_inserter(text), "{},{},{},{},{},{},{},{},{},{},{},{},{},{}\n", index,
+    fmt::format_to(std::back_inserter(text), "{},{},{},{},{},{},{},{},{},{},{},{},{},{}\n", number,
                    Numbers(rule.antecedent), Numbers(rule.consequent),
                    DoubleQuoted(names.Joined(rule.antecedent)), DoubleQuoted(names.Joined(rule.consequent)),
                    SingleText(rule.support), SingleText(rule.confidence), SingleText(rule.pa),
@@ -78,16 +80,17 @@ nlohmann::ordered_json MeasureJson(std::optional<double> measure) {
   return measure ? nlohmann::ordered_json(*measure) : nullptr;
 }
 
-std::string AsJson(const std::vector<NumberedRule>& rules, NodeNames& names) {
+std::string AsJson(const RuleList& rules, std::span<const ListedRule> listed, NodeNames& names) {
   auto all = nlohmann::ordered_json::array();
   const auto named = [&names](const std::vector<NodeNumber>& side) {
     std::vector<std::string> texts;
     for (const NodeNumber node : side) texts.push_back(names.Joined(std::span(&node, 1)));
     return texts;
   };
-  for (const auto& [index, rule, depth] : rules) {
+  for (const auto& [number, depth] : listed) {
+    const Rule& rule = rules[number];
     const Measures measures = MeasuresOf(rule);
-    all.push_back({{"index", index},
+    all.push_back({{"index", number},
                    {"antecedent", rule.antecedent},
                    {"consequent", rule.consequent},
                    {"antecedent_names", named(rule.antecedent)},
@@ -107,15 +110,29 @@ std::string AsJson(const std::vector<NumberedRule>& rules, NodeNames& names) {
 
 }  // namespace
 
-const std::vector<std::string>& RuleFormats() {
-  static const std::vector<std::string> kFormats = {"text", "csv", "json"};
-  return kFormats;
+std::vector<ListedRule> ListedRules(std::span<const RuleNumber> numbers) {
+  std::vector<ListedRule> listed;
+  listed.reserve(numbers.size());
+  for (const RuleNumber number : numbers) listed.push_back({number});
+  return listed;
 }
 
-std::string PrintRules(const std::vector<NumberedRule>& rules, const std::string& format, NodeNames& names) {
-  if (format == "csv") return AsCsv(rules, names);
-  if (format == "json") return AsJson(rules, names);
-  return AsText(rules, names);
+void AddRuleFormat(CLI::App& command, RuleFormat& format) {
+  AddChoice<RuleFormat>(command, "--format", format,
+                        {{"text", RuleFormat::kText}, {"csv", RuleFormat::kCsv}, {"json", RuleFormat::kJson}},
+                        "text, csv or json");
+}
+
+std::string PrintRules(const RuleList& rules, std::span<const ListedRule> listed, RuleFormat format,
+                       NodeNames& names) {
+  switch (format) {
+    case RuleFormat::kCsv:
+      return AsCsv(rules, listed, names);
+    case RuleFormat::kJson:
+      return AsJson(rules, listed, names);
+    default:
+      return AsText(rules, listed, names);
+  }
 }
 
 }  // namespace selvane

@@ -1,24 +1,30 @@
 // How the command line prints rules.
 #pragma once
 
+#include <span>
 #include <string>
 #include <vector>
 
-#include "rules/rule.h"
+#include "cli/cli.h"
+#include "rules/rule_list.h"
 #include "taxonomy/node_names.h"
 
 namespace selvane {
 
-struct NumberedRule {
-  long index = 0;
-  Rule rule;
+// A rule to be printed.
+struct ListedRule {
+  RuleNumber number = 0;
   int depth = 0;  // steps that led to it, shown by the text format only
 };
 
-// Names of the formats that PrintRules takes.
-const std::vector<std::string>& RuleFormats();
+std::vector<ListedRule> ListedRules(std::span<const RuleNumber> numbers);
 
-// All rules as text (one a line with number, support and confidence), csv or json.
-std::string PrintRules(const std::vector<NumberedRule>& rules, const std::string& format, NodeNames& names);
+enum class RuleFormat { kText, kCsv, kJson };
+
+void AddRuleFormat(CLI::App& command, RuleFormat& format);
+
+// The listed rules as text (one a line with number, support and confidence), csv or json.
+std::string PrintRules(const RuleList& rules, std::span<const ListedRule> listed, RuleFormat format,
+                       NodeNames& names);
 
 }  // namespace selvane
