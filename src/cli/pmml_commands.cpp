@@ -39,10 +39,8 @@ void Export(const ExportOptions& options, const CliContext& context) {
     WritePmml44(rules, ParametersOf(info, table), taxonomy, options.output, existing, context.clock,
                 context.progress);
   } else {
-    Pmml11Writer writer(options.output, existing);
-    writer.WriteHead(table, info, rules.CountRules());
-    writer.WriteModel(rules, info, taxonomy, context.progress);
-    writer.Finish();
+    WritePmml11(
+        rules, table, info, [&taxonomy] { return &taxonomy; }, options.output, existing, context.progress);
   }
   fmt::print(context.err, "{} rules exported\n", rules.CountRules());
 }

@@ -166,13 +166,10 @@ void ExchangeWindow::Export() {
     return;
   }
   CheckIsNoInput(path, {rules_->database().path()});
-  Pmml11Writer writer(path, ExistingFile::kReplace);
-  writer.WriteHead(table, info_, rules_->CountRules());
-  if (ChooseTaxonomy("Selecting taxonomies database :")) {
-    writer.WriteModel(*rules_, info_, *taxonomy_, progress());
-    progress().SetStatus("Completed!!");
-  }
-  writer.Finish();
+  const auto choose_taxonomy = [this]() -> const TaxonomyStore* {
+    return ChooseTaxonomy("Selecting taxonomies database :") ? &*taxonomy_ : nullptr;
+  };
+  WritePmml11(*rules_, table, info_, choose_taxonomy, path, ExistingFile::kReplace, progress());
 }
 
 }  // namespace selvane

@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "base/text.h"
+#include "pmml/pmml_model.h"
 #include "rules/rule_list.h"
 
 namespace selvane {
@@ -24,14 +25,9 @@ void AppendItemset(std::string& text, const std::vector<std::int32_t>& items, fl
   text += "</AssocItemset>\n";
 }
 
-}  // namespace
-
-Pmml11Writer::Pmml11Writer(const std::filesystem::path& path, ExistingFile existing)
-    : file_(path, existing), output_(file_.temporary()) {}
-
 // The first seven lines end in carriage return and line feed, all others in line feed.
-void Pmml11Writer::WriteHead(std::string_view model_name, const RulesInfo& info, long rules) {
-  output_.Write(
+void WriteHead(OutputFile& output, std::string_view model_name, const RulesInfo& info, long rules) {
+  output.Write(
       "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\r\n"
       "<PMML version=\"1.1\">\r\n"
       "<Header copyright=\"www.dmg.org\"      description=\"Pmml specifics for generalized association "
@@ -40,8 +36,8 @@ void Pmml11Writer::WriteHead(std::string_view model_name, const RulesInfo& info,
       "<DataDictionary numberOfFields=\"1\" >\r\n"
       "\t\t<DataField name=\"item\" optype=\"categorical\" />\r\n"
       "</DataDictionary>\r\n");
-  output_.Write(fmt::format("\n\n<AssociationModel   modelName=\"{}\">\n", ToLatin1(model_name)));
-  output_.Write(fmt::format(
+  output.Write(fmt::format("\n\n<AssociationModel   modelName=\"{}\">\n", ToLatin1(model_name)));
+  output.Write(fmt::format(
       "\t\t<AssocInputStats numberOfTransactions=\"{}\" minimumSupport=\"{}\"  minimumConfidence=\"{}\" "
       "numberOfItems=\"{}\"  numberOfItemsets=\"{}\"  numberOfRules=\"{}\"/>",
       ToLatin1(info.rows), ToLatin1(info.min_support), ToLatin1(info.min_confidence),
@@ -49,8 +45,8 @@ void Pmml11Writer::WriteHead(std::string_view model_name, const RulesInfo& info,
 }
 
 // The maps' entries are taken for item numbers, as they stand: each of their 0s and 10s gives a line.
-void Pmml11Writer::WriteItems(const std::vector<std::int32_t>& map, std::string_view weight,
-                              const TaxonomyStore& taxonomy, Progress& progress) {
+void WriteItems(OutputFile& output, const std::vector<std::int32_t>& map, std::string_view weight,
+                const TaxonomyStore& taxonomy, Progress& progress) {
   std::unordered_map<std::int32_t, std::string> lines;  // each number is looked up once
   std::string text;
   for (std::size_t place = 0; place < map.size(); ++place) {
@@ -68,54 +64,65 @@ void Pmml11Writer::WriteItems(const std::vector<std::int32_t>& map, std::string_
     if (place % kPulseLines == 0) {
       progress.SetPosition(static_cast<int>(place));
       progress.Pulse();
-      output_.Write(text);
+      output.Write(text);
       text.clear();
     }
   }
-  output_.Write(text);
+  output.Write(text);
 }
 
-void Pmml11Writer::WriteModel(const RulesStore& store, const RulesInfo& info, const TaxonomyStore& taxonomy,
-                              Progress& progress) {
+void WriteModel(OutputFile& output, const RulesStore& store, const RulesInfo& info,
+                const TaxonomyStore& taxonomy, Progress& progress) {
   const RuleList rules(store, progress);
   const RuleNumber count = rules.size();
   progress.SetStatus("Exporting items ...");
   progress.SetRange(0, static_cast<int>(info.first_map.size()));
-  output_.Write(
+  output.Write(
       "\n\n<!-- Mapped value attribute is  pubmed taxonomy  identifier for each item and weight gives kind "
       "of item in generalized rules extraction-->\n");
-  WriteItems(info.first_map, "item", taxonomy, progress);
-  WriteItems(info.second_map, "class", taxonomy, progress);
+  WriteItems(output, info.first_map, "item", taxonomy, progress);
+  WriteItems(output, info.second_map, "class", taxonomy, progress);
 
   progress.SetStatus("Exporting itemsets ...");
   progress.SetRange(0, static_cast<int>(count));
-  output_.Write("\n\n");
+  output.Write("\n\n");
   std::string text;
   for (RuleNumber number = 1; number <= count; ++number) {
     text.clear();
     AppendItemset(text, rules[number].antecedent, rules[number].pa, rules[number].aspec);
     AppendItemset(text, rules[number].consequent, rules[number].pc, rules[number].cspec);
-    output_.Write(text);
+    output.Write(text);
     progress.SetPosition(static_cast<int>(number));
     if (number % 1024 == 0) progress.Pulse();
   }
   progress.SetStatus("Exporting rules ...");
   progress.SetRange(0, static_cast<int>(count));
-  output_.Write("\n\n");
+  output.Write("\n\n");
   for (RuleNumber number = 1; number <= count; ++number) {
     const Rule& rule = rules[number];
-    output_.Write(
+    output.Write(
         fmt::format("<AssocRule  support=\"{}\"  confidence=\"{}\"  antecedent=\"{}\"  consequent=\"{}\"/>\n",
                     SingleText(rule.support), SingleText(rule.confidence), ItemsetToText(rule.antecedent),
                     ItemsetToText(rule.consequent)));
   }
   progress.SetPosition(static_cast<int>(count));
-  output_.Write("</AssociationModel>\n</PMML>\n");
+  output.Write("</AssociationModel>\n</PMML>\n");
 }
 
-void Pmml11Writer::Finish() {
-  output_.Close();
-  file_.Commit();
+}  // namespace
+
+void WritePmml11(const RulesStore& rules, std::string_view model_name, const RulesInfo& info,
+                 const std::function<const TaxonomyStore*()>& choose_taxonomy,
+                 const std::filesystem::path& path, ExistingFile existing, Progress& progress) {
+  NewFile file(path, existing);
+  OutputFile output(file.temporary());
+  WriteHead(output, model_name, info, rules.CountRules());
+  if (const TaxonomyStore* const taxonomy = choose_taxonomy()) {
+    WriteModel(output, rules, info, *taxonomy, progress);
+    progress.SetStatus("Completed!!");
+  }
+  output.Close();
+  file.Commit();
 }
 
 std::filesystem::path ExportPath(const std::filesystem::path& chosen) {

@@ -2,39 +2,29 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <string_view>
 
 #include "base/file.h"
 #include "base/progress.h"
-#include "pmml/pmml_model.h"
+#include "rules/rules_info.h"
 #include "rules/rules_store.h"
 #include "taxonomy/taxonomy_store.h"
 
 namespace selvane {
 
-// The file is in ISO-8859-1; what that does not hold becomes a numeric character reference. Nothing else is
-// escaped, and every itemset is written with each rule that has it. WriteHead comes first, then WriteModel;
-// a file that is finished with its head only is one that other programs do not read.
-class Pmml11Writer {
- public:
-  // The file appears when it is finished. Throws FileError.
-  Pmml11Writer(const std::filesystem::path& path, ExistingFile existing);
-
-  // Up to the statistics, for a table of this name with so many rules.
-  void WriteHead(std::string_view model_name, const RulesInfo& info, long rules);
-  // An item line for every entry of both maps of the information file, the itemsets and the rules of the
-  // store's source table. Throws DatabaseError, FileError and Interrupted.
-  void WriteModel(const RulesStore& rules, const RulesInfo& info, const TaxonomyStore& taxonomy,
-                  Progress& progress);
-  void Finish();
-
- private:
-  void WriteItems(const std::vector<std::int32_t>& map, std::string_view weight,
-                  const TaxonomyStore& taxonomy, Progress& progress);
-
-  NewFile file_;
-  OutputFile output_;
-};
+// Writes the rules of the store's source table, under the name `model_name`. The file is in ISO-8859-1; what
+// that does not hold becomes a numeric character reference. Nothing else is escaped. There is an item line
+// for every entry of both maps of the information file, and every itemset is written with each rule that has
+// it.
+//
+// The taxonomy, which must live until the end, is asked for when the head is written. Where there is none,
+// the file ends behind its head, and other programs do not read it.
+//
+// Throws DatabaseError, FileError and Interrupted; no file is left then.
+void WritePmml11(const RulesStore& rules, std::string_view model_name, const RulesInfo& info,
+                 const std::function<const TaxonomyStore*()>& choose_taxonomy,
+                 const std::filesystem::path& path, ExistingFile existing, Progress& progress);
 
 // The name that an export is written to: ".xml" is always added.
 std::filesystem::path ExportPath(const std::filesystem::path& chosen);

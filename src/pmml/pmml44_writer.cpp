@@ -15,6 +15,8 @@ namespace selvane {
 
 namespace {
 
+// The XML library escapes only what it lays out itself, which would be other bytes than these files have had
+// so far, and holds the whole document in memory.
 std::string Escaped(std::string_view text) {
   std::string escaped;
   for (const char c : text) {

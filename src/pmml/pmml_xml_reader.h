@@ -14,7 +14,7 @@
 
 namespace selvane {
 
-// An itemset of the file: its items and its support.
+// An itemset of the file: its items, and its support as a fraction of the rows.
 struct FileItemset {
   std::vector<std::int32_t> items;
   float support = 0;

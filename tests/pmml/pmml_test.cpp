@@ -33,10 +33,9 @@ class PmmlTest : public FolderTest {
     store_.InsertRule({antecedent, consequent, 0.2F, 0.5F, pa, 0.6F, size(antecedent), size(consequent)});
   }
   std::string Export11() {
-    Pmml11Writer writer("a.xml", ExistingFile::kReplace);
-    writer.WriteHead("R_1", info_, store_.CountRules());
-    writer.WriteModel(store_, info_, TaxonomyStore("tax.mdb"), progress_);
-    writer.Finish();
+    const TaxonomyStore taxonomy("tax.mdb");
+    WritePmml11(
+        store_, "R_1", info_, [&taxonomy] { return &taxonomy; }, "a.xml", ExistingFile::kReplace, progress_);
     return ReadFile("a.xml");
   }
   void Export44() {
