@@ -178,21 +178,20 @@ void AddTemplate(CLI::App& group, const CliContext& context) {
   command->callback([options, &context] { Fit(*options, context); });
 }
 
-struct SpecificityOptions : FilterOptions {
+struct WalkOptions : FilterOptions {
   std::vector<std::string> ground;
-  RuleSide side = RuleSide::kAntecedent;
-  RuleOrder order = RuleOrder::kDecreasingSupport;
+  SpecificityOptions specificity;
   int depth = 0;
 };
 
-void Walk(const SpecificityOptions& options, const CliContext& context) {
+void Walk(const WalkOptions& options, const CliContext& context) {
   FilterRun run(options, context);
   std::vector<NodeNumber> ground;
   for (const std::string& text : options.ground) ground.push_back(ParseItem(text, run.taxonomy));
   SpecificityFilter filter(run.rules, run.taxonomy.SpecificityBound());
   std::vector<ListedRule> kept;
-  for (const SpecificityStep& step : WalkSpecificity(filter, run.rules, ground, options.side, options.order,
-                                                     options.depth, context.progress)) {
+  for (const SpecificityStep& step :
+       filter.Walk(ground, options.specificity, options.depth, context.progress)) {
     kept.push_back({step.rule, step.depth});
   }
   run.Finish(kept, "No rule with ground items");
@@ -201,15 +200,15 @@ void Walk(const SpecificityOptions& options, const CliContext& context) {
 void AddSpecificity(CLI::App& group, const CliContext& context) {
   CLI::App* command =
       group.add_subcommand("specificity", "Find the most general rules with some items, and those below");
-  auto options = std::make_shared<SpecificityOptions>();
+  auto options = std::make_shared<WalkOptions>();
   AddCommonOptions(*command, *options);
   AddTexts(*command, "--ground", options->ground, "Items that a rule must hold, such as Fever or #17")
       ->required()
       ->type_name("ITEM");
-  AddChoice<RuleSide>(*command, "--on", options->side,
+  AddChoice<RuleSide>(*command, "--on", options->specificity.side,
                       {{"antecedent", RuleSide::kAntecedent}, {"consequent", RuleSide::kConsequent}},
                       "The side that must hold them");
-  AddOrder(*command, options->order);
+  AddOrder(*command, options->specificity.order);
   command
       ->add_option("--depth", options->depth,
                    "So many steps to more specific rules, from every rule; in text they stand below it")

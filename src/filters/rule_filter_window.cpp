@@ -64,12 +64,8 @@ void RuleFilterWindow::ResetOrder() {
   by_support_->setChecked(true);
 }
 
-std::vector<RuleNumber> RuleFilterWindow::Ordered(std::vector<RuleNumber> numbers) {
-  progress().SetStatus("Ordering filtered rules ...");
-  OrderRules(rules_,
-             by_support_->isChecked() ? RuleOrder::kDecreasingSupport : RuleOrder::kDecreasingConfidence,
-             numbers);
-  return numbers;
+RuleOrder RuleFilterWindow::Order() const {
+  return by_support_->isChecked() ? RuleOrder::kDecreasingSupport : RuleOrder::kDecreasingConfidence;
 }
 
 void RuleFilterWindow::AddNode(QListWidget& list, NodeNumber node, const QString& name) {

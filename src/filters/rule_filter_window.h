@@ -47,8 +47,7 @@ class RuleFilterWindow : public ToolWindow {
   // The choice of the order in which rules are shown, by support at first; ResetOrder goes back to that.
   QGroupBox* OrderGroup(Qt::Orientation orientation);
   void ResetOrder();
-  // The rules in the chosen order.
-  std::vector<RuleNumber> Ordered(std::vector<RuleNumber> numbers);
+  RuleOrder Order() const;
   // Adds a line with a node and its name; and a line for each item of a map of the information file.
   static void AddNode(QListWidget& list, NodeNumber node, const QString& name);
   void AddItems(QListWidget& list, const std::vector<std::int32_t>& map);

@@ -30,7 +30,8 @@ bool Contains(std::span<const NodeNumber> all, std::span<const NodeNumber> some)
 void SpecificityFilter::Add(RuleNumber number, RuleSide side) {
   const Rule& rule = rules_[number];
   const std::int32_t specificity = SpecificityOf(rule, side);
-  if (specificity <= 0 || specificity >= bound_) return;  // never found
+  // Every search for the next level starts from the bound, and a rule that was found counts as 0.
+  if (specificity <= 0 || specificity >= bound_) return;
   Level& level = LevelsOf(side)[specificity];
   ++level.available;
   level.by_other_side[ItemsetToText(ItemsOf(rule, Other(side)))].push_back(number);
@@ -48,13 +49,16 @@ void SpecificityFilter::Take(const std::vector<RuleNumber>& found) {
 
 SpecificityFilter::Levels::iterator SpecificityFilter::NextLevel(std::int32_t value, RuleSide side) {
   Levels& levels = LevelsOf(side);
+  // Rules only leave a level until MostGeneral starts anew, so a level passed over here stays empty.
   auto level = levels.upper_bound(value);
   while (level != levels.end() && level->second.available == 0) ++level;
   return level;
 }
 
-std::vector<RuleNumber> SpecificityFilter::MostGeneral(std::span<const NodeNumber> ground, RuleSide side,
+std::vector<RuleNumber> SpecificityFilter::MostGeneral(std::span<const NodeNumber> ground,
+                                                       const SpecificityOptions& options,
                                                        Progress& progress) {
+  const RuleSide side = options.side;
   progress.SetStatus("Filtering rules using specificity...");
   progress.SetRange(0, static_cast<int>(rules_.size()));
   available_ = KeepMask(rules_.size());
@@ -74,6 +78,7 @@ std::vector<RuleNumber> SpecificityFilter::MostGeneral(std::span<const NodeNumbe
   progress.SetPosition(static_cast<int>(rules_.size()));
   const auto level = NextLevel(0, side);
   if (level == LevelsOf(side).end()) return {};
+  // A specificity of 0 on the other side is the smallest there is, though no later step will find the rule.
   std::vector<RuleNumber> found;
   std::int32_t smallest = bound_;
   for (RuleNumber number = 1; number <= rules_.size(); ++number) {
@@ -85,13 +90,19 @@ std::vector<RuleNumber> SpecificityFilter::MostGeneral(std::span<const NodeNumbe
     found.push_back(number);
   }
   Take(found);
+  progress.SetStatus("Ordering filtered rules ...");
+  OrderRules(rules_, options.order, found);
   return found;
 }
 
-std::vector<RuleNumber> SpecificityFilter::MoreSpecific(RuleNumber rule, RuleSide side) {
+std::vector<RuleNumber> SpecificityFilter::Find(RuleNumber rule, SpecificityMove move,
+                                                const SpecificityOptions& options) {
+  const RuleSide side = move == SpecificityMove::kMoreSpecific ? options.side : Other(options.side);
   const Rule& general = rules_[rule];
   const auto level = NextLevel(SpecificityOf(general, side), side);
   if (level == LevelsOf(side).end()) return {};
+  // The level is chosen before the other side is looked at: where none of its rules fits, higher levels are
+  // not tried.
   const auto& by_other_side = level->second.by_other_side;
   const auto same = by_other_side.find(ItemsetToText(ItemsOf(general, Other(side))));
   if (same == by_other_side.end()) return {};
@@ -102,31 +113,33 @@ std::vector<RuleNumber> SpecificityFilter::MoreSpecific(RuleNumber rule, RuleSid
     }
   }
   Take(found);
+  OrderRules(rules_, options.order, found);
   return found;
 }
 
-std::vector<RuleNumber> SpecificityFilter::EnhanceOtherSide(RuleNumber rule, RuleSide side) {
-  return MoreSpecific(rule, Other(side));
+std::vector<RuleNumber> SpecificityFilter::Explore(RuleNumber rule, SpecificityMove move,
+                                                   const SpecificityOptions& options, Progress& progress) {
+  progress.SetStatus(move == SpecificityMove::kMoreSpecific ? "Exploring more specifying rules..."
+                                                            : "Exploring more enhancing rules...");
+  std::vector<RuleNumber> found = Find(rule, move, options);
+  progress.SetStatus("Ordering filtered rules ...");
+  return found;
 }
 
-std::vector<SpecificityStep> WalkSpecificity(SpecificityFilter& filter, const RuleList& rules,
-                                             std::span<const NodeNumber> ground, RuleSide side,
-                                             RuleOrder order, int depth, Progress& progress) {
-  std::vector<RuleNumber> found = filter.MostGeneral(ground, side, progress);
-  OrderRules(rules, order, found);
+std::vector<SpecificityStep> SpecificityFilter::Walk(std::span<const NodeNumber> ground,
+                                                     const SpecificityOptions& options, int depth,
+                                                     Progress& progress) {
   std::vector<SpecificityStep> steps;
-  steps.reserve(found.size());
-  for (const RuleNumber number : found) steps.push_back({number, 0});
+  for (const RuleNumber number : MostGeneral(ground, options, progress)) steps.push_back({number, 0});
+  // Level by level and not rule by rule: a rule that several steps lead to belongs to the shortest way.
   for (int level = 0; level < depth; ++level) {
     std::vector<SpecificityStep> longer;
     for (const SpecificityStep& step : steps) {
       longer.push_back(step);
       if (step.depth != level) continue;
       progress.Pulse();
-      for (const auto explore : {&SpecificityFilter::MoreSpecific, &SpecificityFilter::EnhanceOtherSide}) {
-        std::vector<RuleNumber> more = (filter.*explore)(step.rule, side);
-        OrderRules(rules, order, more);
-        for (const RuleNumber number : more) longer.push_back({number, level + 1});
+      for (const auto move : {SpecificityMove::kMoreSpecific, SpecificityMove::kEnhanceOtherSide}) {
+        for (const RuleNumber number : Find(step.rule, move, options)) longer.push_back({number, level + 1});
       }
     }
     steps = std::move(longer);

@@ -22,11 +22,9 @@ constexpr const char* kCaption = "Using Specificity";
 }  // namespace
 
 const SpecificityWindow::Step SpecificityWindow::kMoreSpecific = {
-    "Exploring more specifying rules...", "Please select rule to be specified", "No more specified rule ",
-    &SpecificityFilter::MoreSpecific};
+    "Please select rule to be specified", "No more specified rule ", SpecificityMove::kMoreSpecific};
 const SpecificityWindow::Step SpecificityWindow::kEnhance = {
-    "Exploring more enhancing rules...", "Please select rule to be enhanced", "No more enhanced rule ",
-    &SpecificityFilter::EnhanceOtherSide};
+    "Please select rule to be enhanced", "No more enhanced rule ", SpecificityMove::kEnhanceOtherSide};
 
 SpecificityWindow::SpecificityWindow(const WindowContext& context, QWidget* parent, const FilterInput& input)
     : RuleFilterWindow(context, parent, input, "specificity", "Kovril: Filtering rules: Using Specificity",
@@ -77,8 +75,8 @@ QWidget* SpecificityWindow::ChoicesGroup() {
   return choices;
 }
 
-RuleSide SpecificityWindow::Side() const {
-  return on_antecedent_->isChecked() ? RuleSide::kAntecedent : RuleSide::kConsequent;
+SpecificityOptions SpecificityWindow::Options() const {
+  return {on_antecedent_->isChecked() ? RuleSide::kAntecedent : RuleSide::kConsequent, Order()};
 }
 
 void SpecificityWindow::Reset() {
@@ -107,7 +105,7 @@ void SpecificityWindow::AddGroundItem() {
 
 void SpecificityWindow::Filter() {
   ForgetResult();
-  const std::vector<RuleNumber> found = filter_->MostGeneral(ground_, Side(), progress());
+  const std::vector<RuleNumber> found = filter_->MostGeneral(ground_, Options(), progress());
   filter_button().setEnabled(false);
   if (found.empty()) {
     ShowMessage(MessageIcon::kInformation, kCaption, "No rule with ground items");
@@ -124,8 +122,7 @@ void SpecificityWindow::Explore(const Step& step) {
     ShowMessage(MessageIcon::kWarning, kCaption, step.no_selection);
     return;
   }
-  progress().SetStatus(step.status);
-  const std::vector<RuleNumber> found = (*filter_.*step.explore)(rule, Side());
+  const std::vector<RuleNumber> found = filter_->Explore(rule, step.move, Options(), progress());
   if (found.empty()) {
     ShowMessage(MessageIcon::kInformation, kCaption, step.nothing);
     progress().Clear();
@@ -135,7 +132,7 @@ void SpecificityWindow::Explore(const Step& step) {
 }
 
 void SpecificityWindow::ShowLevel(const std::vector<RuleNumber>& numbers, QTreeWidgetItem* parent) {
-  for (const RuleNumber number : Ordered(numbers)) ShowRule(number, RenderedLine(number), parent);
+  for (const RuleNumber number : numbers) ShowRule(number, RenderedLine(number), parent);
   if (parent != nullptr) parent->setExpanded(true);
   ResultIsShown();
   progress().SetStatus("Completed!!");

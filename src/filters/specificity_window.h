@@ -25,17 +25,16 @@ class SpecificityWindow final : public RuleFilterWindow {
  private:
   // One of the two ways to go on from a line.
   struct Step {
-    const char* status;
     const char* no_selection;
     const char* nothing;
-    std::vector<RuleNumber> (SpecificityFilter::*explore)(RuleNumber rule, RuleSide side);
+    SpecificityMove move;
   };
   static const Step kMoreSpecific;
   static const Step kEnhance;
 
   QGroupBox* GroundGroup();
   QWidget* ChoicesGroup();
-  RuleSide Side() const;
+  SpecificityOptions Options() const;
   void AddGroundItem();
   void Explore(const Step& step);
   void ShowLevel(const std::vector<RuleNumber>& numbers, QTreeWidgetItem* parent);

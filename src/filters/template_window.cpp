@@ -205,12 +205,14 @@ void TemplateWindow::AddTemplate() {
 
 void TemplateWindow::Filter() {
   ForgetResult();
-  const std::vector<RuleNumber> kept = filter_.Run(rules(), progress());
+  std::vector<RuleNumber> kept = filter_.Run(rules(), progress());
   if (kept.empty()) {
     ShowMessage(MessageIcon::kInformation, "Using Template", "No satisfying rule ");
     return;
   }
-  for (const RuleNumber number : Ordered(kept)) ShowRule(number, RenderedLine(number));
+  progress().SetStatus("Ordering filtered rules ...");
+  OrderRules(rules(), Order(), kept);
+  for (const RuleNumber number : kept) ShowRule(number, RenderedLine(number));
   ResultIsShown();
   progress().SetStatus("Completed!!");
 }

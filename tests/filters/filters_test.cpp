@@ -164,15 +164,21 @@ TEST_F(FiltersTest, EqualThePlainWay) {
     }
     kept = filter.Run(rules, progress);
     ASSERT_EQ(kept, plain) << table;
-    OrderRules(rules, static_cast<RuleOrder>(table % 2), kept);
+    OrderRules(rules, static_cast<RuleOrder>(1 + table % 2), kept);
     const auto figure = table % 2 == 0 ? &Rule::support : &Rule::confidence;
     const Numbers ordered = BySelection(plain, 0, [&](RuleNumber i) { return rules[i].*figure; });
     ASSERT_TRUE(std::equal(ordered.begin(), ordered.end(), kept.begin())) << table;
 
     const auto bound = static_cast<std::int32_t>(2 + random() % 4);
     SpecificityFilter specificity(rules, bound);
-    Numbers shown = specificity.MostGeneral(ground, RuleSide::kAntecedent, progress);
-    ASSERT_EQ(shown, Least(rules, Least(rules, left, 0, 0, bound), 1, -1, bound)) << table;
+    const SpecificityOptions options{RuleSide::kAntecedent, static_cast<RuleOrder>(1 + table % 2)};
+    Numbers shown = Least(rules, Least(rules, left, 0, 0, bound), 1, -1, bound);
+    OrderRules(rules, options.order, shown);
+    ASSERT_EQ(specificity.MostGeneral(ground, options, progress), shown) << table;
+    std::vector<SpecificityStep> walk[3];  // to these depths
+    for (const RuleNumber i : shown) {
+      for (auto& steps : walk) steps.push_back({i, 0});
+    }
     for (std::size_t i = 0; i < 2 * shown.size(); ++i) {
       std::erase_if(left, [&](RuleNumber j) { return std::ranges::count(shown, j) > 0; });
       const Rule& general = rules[shown[i / 2]];
@@ -182,8 +188,25 @@ TEST_F(FiltersTest, EqualThePlainWay) {
         const bool same = side_of(rules[j], 1 - side) == side_of(general, 1 - side);
         return !same || !Contains(side_of(rules[j], side), side_of(general, side));
       });
-      ASSERT_EQ(specificity.MoreSpecific(shown[i / 2], static_cast<RuleSide>(side)), more) << table;
+      OrderRules(rules, options.order, more);
+      ASSERT_EQ(specificity.Explore(shown[i / 2], static_cast<SpecificityMove>(side), options, progress),
+                more)
+          << table;
       shown.insert(shown.end(), more.begin(), more.end());
+      for (int depth = 1; depth < 3; ++depth) {  // below the rule, behind what the other move has found
+        const auto at = [&](const SpecificityStep& step) {
+          return step.rule == shown[i / 2] && step.depth < depth;
+        };
+        auto place = std::ranges::find_if(walk[depth], at);
+        if (place == walk[depth].end()) continue;
+        const int below = place->depth + 1;
+        while (++place != walk[depth].end() && place->depth >= below) {
+        }
+        for (const RuleNumber j : more) place = walk[depth].insert(place, {j, below}) + 1;
+      }
+    }
+    for (int depth = 0; depth < 3; ++depth) {
+      ASSERT_EQ(SpecificityFilter(rules, bound).Walk(ground, options, depth, progress), walk[depth]) << table;
     }
 
     ItemRegistry items{{2, 3, 4, 5, 6}, {}, {}, RowBits(5, 200), 200, SIZE_MAX};
