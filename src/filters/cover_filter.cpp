@@ -64,6 +64,9 @@ CoverFilter::Cover CoverFilter::CoverOf(std::span<const RuleNumber> group) const
   for (const RuleNumber rule : group) {
     if (MatchedRows(rules_[rule], rows)) candidates.push({CountNew(rows, covered), rule});
   }
+  // The covered rows only grow, so what a rule adds can only fall, and the counts in the queue are never too
+  // small. A rule at the top whose count is still right is therefore the best of all, and the others need not
+  // be counted again. One that was counted lower goes back into the queue and comes up in its turn.
   while (!candidates.empty() && candidates.top().adds > 0) {
     const Candidate best = candidates.top();
     candidates.pop();
@@ -87,6 +90,7 @@ std::vector<CoverFilter::Cover> CoverFilter::Run(Progress& progress) {
   progress.SetPosition(0);
   std::vector<std::vector<RuleNumber>> groups;
   std::map<std::vector<NodeNumber>, std::size_t> group_of;
+  // Sorted, since the order of the items of a side is that of the extraction and says nothing.
   for (RuleNumber number = 1; number <= rules_.size(); ++number) {
     std::vector<NodeNumber> consequent = rules_[number].consequent;
     std::sort(consequent.begin(), consequent.end());

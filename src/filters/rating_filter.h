@@ -22,7 +22,7 @@ class RatingFilter {
     // Which probabilities are great, for the dependency viewpoint; in (0, 1].
     float probability_threshold = kDefaultProbabilityThreshold;
     RatingBehaviour behaviour = RatingBehaviour::kStandard;
-    float minimum_support = 0.05F;  // of the extraction
+    float minimum_support = 0.05F;  // of the extraction, as a fraction of the rows
   };
   struct Statistics {
     float mean = 0;

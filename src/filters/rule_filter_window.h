@@ -24,7 +24,7 @@ struct FilterInput {
   TaxonomyStore& taxonomy;
   const RulesInfo& info;
   bool cascade = false;
-  float min_support = 0;
+  float min_support = 0;  // of the extraction, as a fraction of the rows
 };
 
 // Filters the rules of the store's source table, as they were when the window was opened, shows those that

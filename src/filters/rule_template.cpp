@@ -69,6 +69,8 @@ bool TemplateBuilder::AddClass(RuleSide side, NodeNumber id, std::string_view na
     if (!is_any && symbol != "1") text.append(symbol);
     text.append("  ");
   }
+  // Without its symbol the class is added too, as the user may go on as if it had been; only nothing shows
+  // it.
   Features(side).push_back({id, last_class_kind_});
   return !needs_symbol;
 }

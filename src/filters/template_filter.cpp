@@ -12,7 +12,7 @@ bool Holds(std::span<const NodeNumber> items, NodeNumber item) {
   return std::find(items.begin(), items.end(), item) != items.end();
 }
 
-// An item that is named twice fails on the antecedent and passes on the consequent.
+// An item that is named twice fails on the antecedent and passes on the consequent. Results depend on it.
 bool HasItems(const RuleTemplate& wanted, const Rule& rule) {
   std::vector<NodeNumber> named;
   for (const TemplateFeature& feature : wanted.antecedent) {
@@ -27,10 +27,16 @@ bool HasItems(const RuleTemplate& wanted, const Rule& rule) {
 
 }  // namespace
 
+// Classes take items in the order in which they stand in the template, without trying again: where a first
+// class has taken the only item of a second one, the rule does not fit, though another choice would have.
+// Items that the template names are not taken and may stand for a class too. "Anywhere" in a code means that
+// C.2 has C.23 below it, and also D.C.2.
 bool TemplateFilter::HasClasses(std::span<const TemplateFeature> features,
                                 std::span<const NodeNumber> items) {
   used_.assign(items.size(), false);
   for (const TemplateFeature& feature : features) {
+    // "*" and Any ask for nothing. Nor does "+" ask for more than "1" does, since further items are always
+    // allowed.
     if (feature.kind != FeatureKind::kOneOfClass && feature.kind != FeatureKind::kSomeOfClass) continue;
     const std::string& code = names_.CodeOf(feature.id);
     std::size_t place = 0;
