@@ -30,6 +30,8 @@ std::optional<std::uint32_t> ItemsetTrie::Find(std::span<const std::uint32_t> it
 }
 
 // Appends one level's nodes, the children of those that are there; false when an itemset stands there twice.
+// Sorted by parent they come in the order of the level before, so that the children of every node are side by
+// side and the children of node n end where those of node n + 1 begin.
 bool ItemsetTrie::AddLevel(std::vector<Entry>& level) {
   std::sort(level.begin(), level.end(), [](const Entry& a, const Entry& b) {
     return a.parent != b.parent ? a.parent < b.parent : a.item < b.item;
@@ -43,6 +45,7 @@ bool ItemsetTrie::AddLevel(std::vector<Entry>& level) {
     item_.push_back(entry.item);
     count_.push_back(entry.count);
   }
+  // The last parents, and those after the last with a child, have their children end here.
   first_child_.resize(parents + 1, static_cast<std::uint32_t>(item_.size()));
   level.clear();
   return true;
@@ -50,6 +53,7 @@ bool ItemsetTrie::AddLevel(std::vector<Entry>& level) {
 
 std::optional<ItemsetTrie> ItemsetTrie::Load(const std::filesystem::path& path, std::uint32_t itemset_count,
                                              std::size_t budget, Progress& progress) {
+  // A level is held as entries while its nodes are made, so twice the nodes are counted.
   if (itemset_count * sizeof(Entry) * 2 > budget) return std::nullopt;
   ItemsetTrie trie;
   ItemsetFile file;
@@ -67,6 +71,7 @@ std::optional<ItemsetTrie> ItemsetTrie::Load(const std::filesystem::path& path, 
       beginning.clear();
     }
     if (record.items.size() != size || size > kLargestItemset) return std::nullopt;
+    // Neighbours in the file mostly share their beginning, whose node is looked up once.
     const auto leading = std::span(record.items).first(size - 1);
     if (size > 1 && (beginning.empty() ||
                      !std::equal(leading.begin(), leading.end(), beginning.begin(), beginning.end()))) {
@@ -90,6 +95,7 @@ class TrieRuleCounter {
   TrieRuleCounter(const ItemsetTrie& trie, float minimum_confidence, RuleTally& tally, Progress& progress)
       : trie_(trie), minimum_confidence_(minimum_confidence), tally_(tally), progress_(progress) {}
 
+  // `node` is that of the whole path, of `depth` items, and nodes_ and counts_ hold those of its subsets.
   void Visit(std::uint32_t node, std::size_t depth) {
     const std::uint32_t end = trie_.first_child_[node + 1];
     if (trie_.first_child_[node] == end) return;
@@ -113,6 +119,8 @@ class TrieRuleCounter {
         nodes_[subsets + m] = found;
         counts_[subsets + m] = found == kNone ? kNone : trie_.count_[found];
       }
+      // The upper half of the subsets, those with the child's item, is written anew for each child; what is
+      // below in the recursion writes behind it.
       if (depth > 0) CountDivisions(trie_.count_[child], 2 * subsets);
       if (depth == 0) progress_.SetPosition(static_cast<int>(100 * std::uint64_t{child} / end));
       Visit(child, depth + 1);
@@ -151,6 +159,7 @@ class TrieRuleCounter {
     if (greatest_.size() <= support_count) greatest_.resize(support_count + std::size_t{1}, 0);
     std::uint32_t& greatest = greatest_[support_count];
     if (greatest != 0) return greatest;
+    // The quotient may be rounded either way, so the walk starts above the bound and goes down to it.
     const double bound = static_cast<double>(support_count) / static_cast<double>(minimum_confidence_) + 2;
     greatest = static_cast<std::uint32_t>(std::min(bound, 4e9));
     while (greatest > support_count &&

@@ -27,7 +27,8 @@ struct Joins {
   }
 };
 
-// The rows of a sequence of items. What the next sequence shares at its beginning is not computed again.
+// The rows of a sequence of items: stack_[i] holds those of its first i + 1 items, for i above 0. What the
+// next sequence shares at its beginning is not computed again.
 class PrefixRows {
  public:
   PrefixRows(const LevelItems& known, const RowBitsOperations& bits, std::size_t longest)
@@ -56,6 +57,8 @@ class PrefixRows {
   std::vector<std::uint32_t> items_;
 };
 
+// Finds the joins of one level. The rows of a group's shared beginning are intersected once; each candidate
+// then costs one more intersection, whose result is only counted.
 class Joiner {
  public:
   Joiner(const Level& level, const LevelItems& known, const PairTable* allowed)
@@ -79,6 +82,7 @@ class Joiner {
   }
 
  private:
+  // The first level is one group with the empty beginning, for which the items' own rows serve.
   void JoinGroup(std::span<const std::uint32_t> group, Progress& progress) {
     if (group.size() < 2) return;
     const auto first = level_.Set(group[0]);
@@ -101,7 +105,7 @@ class Joiner {
     for (const std::uint32_t partner : later) {
       const std::uint32_t other = level_.Last(partner);
       if (allowed_ != nullptr && !allowed_->Contains(last, other)) continue;
-      if (rows == nullptr) {
+      if (rows == nullptr) {  // only where some partner may join at all
         bits_.store_and(prefix, known_.rows[last], rows_[0], words);
         rows = rows_[0];
       }
@@ -125,6 +129,8 @@ class Joiner {
 // Groups the new itemsets by the itemset of `level` that is all of their items but the last.
 void Group(const Level& level, const LevelItems& known, std::span<const std::uint32_t> beginnings,
            Level& next) {
+  // A counting sort: `place` is first how many new itemsets each beginning has, then where the next of them
+  // goes. It is stable, so that a group keeps the order of the joins.
   std::vector<std::size_t> place(level.size(), 0);
   for (const std::uint32_t beginning : beginnings) ++place[beginning];
   std::vector<std::uint32_t> sorted;
@@ -132,6 +138,7 @@ void Group(const Level& level, const LevelItems& known, std::span<const std::uin
   for (std::size_t g = 0; g + 1 < level.group_begin.size(); ++g) {
     sorted.assign(level.members.begin() + static_cast<std::ptrdiff_t>(level.group_begin[g]),
                   level.members.begin() + static_cast<std::ptrdiff_t>(level.group_begin[g + 1]));
+    // All members share all items but the last, so the order of these is that of the whole itemsets.
     std::sort(sorted.begin(), sorted.end(), [&](std::uint32_t a, std::uint32_t b) {
       return known.rank[level.Last(a)] < known.rank[level.Last(b)];
     });
@@ -172,6 +179,8 @@ Level NextLevel(const Level& level, const LevelItems& known, const PairTable* al
   next.support_counts.reserve(joins.all.size());
   std::vector<std::uint32_t> beginnings;
   beginnings.reserve(joins.all.size());
+  // By the first itemset of each join in the level's own order, and by its partner in the same: this is the
+  // order of plain pairwise joining, which the groups were only a way to.
   for (std::size_t i = 0; i < level.size(); ++i) {
     for (const Join& join : joins.Of(i)) {
       const bool in_order = known.rank[level.Last(i)] < known.rank[level.Last(join.partner)];

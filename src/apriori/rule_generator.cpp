@@ -24,6 +24,9 @@ class Divider {
  public:
   explicit Divider(float minimum_confidence) : minimum_confidence_(minimum_confidence) {}
 
+  // level_ holds the consequents of one size that gave a rule, or whose antecedent has no count; bit i stands
+  // for the item at place i. Extending by higher places only forms each consequent once, in the order of the
+  // itemset.
   template <typename Visit>
   void ForEach(const ItemsetRecord& record, const SupportCounts& counts, const Visit& visit) {
     const std::size_t size = record.items.size();
@@ -81,6 +84,7 @@ RuleGenerator::RuleGenerator(float minimum_confidence, const TaxonomyStore& taxo
       options_(std::move(options)),
       names_(taxonomy) {}
 
+// Loaded at first use and kept, so that counting the rules and storing them share it.
 const ItemsetTrie* RuleGenerator::Trie(Progress& progress) {
   if (!trie_tried_) {
     trie_ = ItemsetTrie::Load(options_.itemset_file, options_.itemset_count, options_.file_budget, progress);
@@ -124,6 +128,7 @@ long RuleGenerator::Generate(RulesStore& rules, const RuleLine& line, Progress& 
   long stored = 0;
   Rule rule;
   const auto store = [&](const ItemsetRecord& record, const SupportCounts& counts, const Division& division) {
+    // The itemset at which the table fills up may have more rules.
     if (stored >= options_.most_rules) return;
     rule.antecedent.assign(division.antecedent.begin(), division.antecedent.end());
     rule.consequent.assign(division.consequent.begin(), division.consequent.end());

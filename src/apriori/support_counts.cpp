@@ -91,6 +91,7 @@ void ForEachItemsetInBatches(const std::filesystem::path& path, std::uint32_t it
   file.OpenForReading(path);
   for (std::uint32_t done = 0; done < itemset_count;) {
     CountTable table;
+    // At least one record, however many subsets it has: a budget that is too small costs time, never rules.
     std::vector<ItemsetRecord> batch;
     for (; done < itemset_count && (batch.empty() || table.bytes() < budget); ++done) {
       file.ReadNext(batch.emplace_back());

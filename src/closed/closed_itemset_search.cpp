@@ -44,6 +44,7 @@ ClosedItemsetSearch::Frame& ClosedItemsetSearch::FrameAt(std::size_t depth) {
 
 void ClosedItemsetSearch::Run() {
   Frame& root = FrameAt(0);
+  // The empty set stands in all rows; bits beyond the last row are set too and meet only items' zeros.
   root.items = &items_;
   root.rows = root.own_rows.data();
   std::fill(root.own_rows.begin(), root.own_rows.end(), ~RowWord{0});
@@ -61,7 +62,8 @@ void ClosedItemsetSearch::Run() {
   }
 }
 
-// To the generator with one more item.
+// To the generator with one more item. Frames live in a deque, so that `parent` stays where it is when a
+// deeper one is made.
 void ClosedItemsetSearch::Descend(std::size_t depth, const ItemSupport& next) {
   if (++visited_ % 64 == 0) progress_.Pulse();
   const Frame& parent = frames_[depth];
@@ -133,6 +135,8 @@ bool ClosedItemsetSearch::IsFirst(const Frame& frame) {
   if (frame.closure.size() == generator_.size()) return true;
   generator_rows_.clear();
   for (const std::uint32_t item : generator_) generator_rows_.push_back(items_[item]);
+  // For each item: do the earlier items of the closure, with the later ones of the generator, give the same
+  // rows already? Then another generator comes before this one.
   for (std::size_t i = 0; i < generator_.size(); ++i) {
     chosen_.clear();
     for (const std::uint32_t item : frame.closure) {
@@ -148,6 +152,7 @@ bool ClosedItemsetSearch::IsFirst(const Frame& frame) {
 void ClosedItemsetSearch::ExtendAll(std::size_t depth) {
   Frame& frame = frames_[depth];
   frame.packed_items.reset();
+  // Items before the last one were tried with it from their own frames.
   const auto first = std::find_if(frame.rest.begin(), frame.rest.end(), [this](const ItemSupport& other) {
     return other.item > generator_.back();
   });
@@ -159,7 +164,8 @@ void ClosedItemsetSearch::ExtendAll(std::size_t depth) {
   }
 }
 
-// Makes the critical rows of the generator's first `depth` items, and before those of its beginnings.
+// Makes the critical rows of the generator's first `depth` items, and before those of its beginnings, which
+// neighbouring generators share.
 void ClosedItemsetSearch::MakeCritical(std::size_t depth) {
   Frame& frame = frames_[depth];
   if (frame.has_critical) return;
@@ -190,6 +196,9 @@ bool ClosedItemsetSearch::ProbeCritical(std::size_t i, std::uint32_t item) const
   return false;
 }
 
+// True when for each item of the generator a row holds the others and `item`, but not the item itself: then
+// none of them can be left out beside `item`. That `item` cannot be left out either is known, as it is in the
+// rest and not in the closure.
 bool ClosedItemsetSearch::StaysMinimal(std::size_t depth, std::uint32_t item) {
   const Frame& frame = frames_[depth];
   for (std::size_t i = 0; i < generator_.size(); ++i) {
@@ -202,6 +211,8 @@ bool ClosedItemsetSearch::StaysMinimal(std::size_t depth, std::uint32_t item) {
   return true;
 }
 
+// Only the rows of the generator matter below it. Side by side they are fewer words to count over, and the
+// rest's own sets are copied into that space once.
 void ClosedItemsetSearch::Pack(Frame& frame) {
   packed_order_.clear();
   frame.packed = RowBits(frame.rest.size(), frame.support_count);

@@ -30,6 +30,7 @@ ClosedResultFiles::ClosedResultFiles() {
 }
 
 void ClosedResultFiles::AddPair(const EncodedRecord& generator, const EncodedRecord& larger) {
+  // Only the closure stands in as many rows as the generator.
   const bool is_closure = generator.support_count == larger.support_count;
   if (is_closure) files_[kGenerators]->records.WriteEncoded(generator.bytes);
   if (generator.size() == larger.size()) return;

@@ -23,6 +23,7 @@ ClosedRuleStorer::ClosedRuleStorer(const ColumnItems& items, const TaxonomyStore
 
 void ClosedRuleStorer::Store(const EncodedRecord& generator, const EncodedRecord& larger) {
   if (stored_ >= most_rules_) return;
+  // Both ascend by item, which is canonical order; node numbers would not.
   const std::vector<std::uint32_t> antecedent = ItemsOf(generator);
   std::vector<std::uint32_t> consequent;
   std::ranges::set_difference(ItemsOf(larger), antecedent, std::back_inserter(consequent));
@@ -43,6 +44,7 @@ void ClosedRuleStorer::Store(const EncodedRecord& generator, const EncodedRecord
   if (line_) line_(Rendered(antecedent) + " => " + Rendered(consequent));
 }
 
+// A consequent need be neither closed nor a generator, so its count stands in no file.
 std::uint32_t ClosedRuleStorer::SupportOf(std::span<const std::uint32_t> items) {
   std::copy_n(items_.rows[items.front()], rows_.size(), rows_.begin());
   for (const std::uint32_t item : items.subspan(1)) {

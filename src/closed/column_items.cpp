@@ -73,7 +73,8 @@ class NodeFinder {
 // Items with the places of their rows, in the order of the columns.
 class ItemCollector {
  public:
-  // Two columns of one node are one item: returns false for the second.
+  // Two columns of one node are one item: returns false for the second. Bits of a set are set, so it does not
+  // matter that rows of both stand twice.
   bool Add(NamedNode item, const std::vector<std::uint16_t>& ids) {
     const auto [found, is_new] = of_node_.emplace(item.node, rows_.size());
     if (is_new) {
@@ -89,6 +90,7 @@ class ItemCollector {
     for (const NamedNode& item : items_) result.in_column_order.push_back(item.node);
     std::vector<std::size_t> order(items_.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
+    // Stable, so that of two nodes with one name the earlier column comes first.
     std::stable_sort(order.begin(), order.end(),
                      [this](std::size_t a, std::size_t b) { return items_[a].name < items_[b].name; });
     result.rows = RowBits(items_.size(), places_.size());

@@ -27,6 +27,7 @@ int FoundItemsets::TextSize(std::span<const std::uint32_t> items) const {
                          [this](int sum, std::uint32_t item) { return sum + text_sizes_[item]; });
 }
 
+// The generator is kept encoded until the next: each larger itemset that is told of goes with it.
 void FoundItemsets::OnGenerator(std::span<const std::uint32_t> generator,
                                 std::span<const std::uint32_t> closure, std::uint32_t support_count,
                                 bool is_first) {
@@ -35,7 +36,7 @@ void FoundItemsets::OnGenerator(std::span<const std::uint32_t> generator,
   generator_support_count_ = support_count;
   generator_text_size_ = TextSize(generator);
   ++generator_count_;
-  AddPair(closure, support_count);
+  AddPair(closure, support_count);  // leaves the closure encoded in larger_
   if (generator.size() < closure.size()) ++exact_count_;
   if (!is_first) return;
   closed_.Add(closure.size(), {larger_});
@@ -51,7 +52,7 @@ void FoundItemsets::AddPair(std::span<const std::uint32_t> larger, std::uint32_t
   Encode(larger, support_count, larger_);
   pairs_.Add(larger.size(), {generator_, larger_});
   ++pair_count_;
-  if (larger.size() == generator_size_) return;
+  if (larger.size() == generator_size_) return;  // a generator that is its own closure gives no rule
   if (std::max(generator_text_size_, TextSize(larger) - generator_text_size_) > kLongestItemsetText) {
     ++too_long_count_;
   } else {

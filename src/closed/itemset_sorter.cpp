@@ -27,6 +27,7 @@ void ItemsetSorter::Add(std::size_t key, std::initializer_list<std::string_view>
   if (bucket.pending.size() >= kBlockBytes) WriteOut(bucket);
 }
 
+// Blocks of one bucket lie anywhere in the file, in the order in which they filled up.
 void ItemsetSorter::WriteOut(Bucket& bucket) {
   if (bucket.pending.empty()) return;
   bucket.blocks.push_back({file_.Position(), bucket.pending.size()});

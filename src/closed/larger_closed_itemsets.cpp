@@ -12,6 +12,8 @@ bool LargerClosedItemsets::Implies(const ItemRows& items, const RowWord* rows, s
 void LargerClosedItemsets::ForEachCover(const ItemRows& items, std::span<const std::uint32_t> closure,
                                         const RowWord* rows, std::span<const ItemSupport> candidates,
                                         const Visit& visit) {
+  // By falling count: an item that implies another is in no more of the rows, so whatever stands between the
+  // closure and an item's own closure comes earlier in this order.
   sorted_.assign(candidates.begin(), candidates.end());
   std::sort(sorted_.begin(), sorted_.end(), [](const ItemSupport& a, const ItemSupport& b) {
     return a.support_count != b.support_count ? a.support_count > b.support_count : a.item < b.item;
@@ -25,6 +27,7 @@ void LargerClosedItemsets::ForEachCover(const ItemRows& items, std::span<const s
     while (sorted_[equal].support_count > support_count && !Implies(items, rows, item, sorted_[equal].item))
       ++equal;
     if (sorted_[equal].support_count > support_count) continue;
+    // Items with the same rows make one larger itemset; the first of them stands for all.
     larger_.assign(closure.begin(), closure.end());
     larger_.push_back(item);
     for (std::size_t j = i + 1; j < sorted_.size() && sorted_[j].support_count == support_count; ++j) {
@@ -61,7 +64,7 @@ void LargerClosedItemsets::Extend(const ItemRows& items, std::size_t depth,
     frame.closure.assign(closure.begin(), closure.end());
     frame.closure.push_back(item);
     frame.rest.clear();
-    std::size_t next = 0;
+    std::size_t next = 0;  // of the rest, the first that comes after `item`
     for (std::size_t j = 0; j < candidates.size(); ++j) {
       if (j == i) {
         next = frame.rest.size();

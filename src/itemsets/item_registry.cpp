@@ -18,6 +18,7 @@ class NodeColumns {
  public:
   explicit NodeColumns(ItemRegistry& registry) : registry_(registry) {}
 
+  // A node that is a term of one row and an ancestor in another belongs to what it was met as first.
   void Add(NodeNumber node, std::size_t column, std::vector<NodeNumber>& added) {
     const auto [found, is_new] = places_.emplace(node, registry_.nodes.size());
     if (is_new) {
@@ -62,6 +63,7 @@ ItemRegistry ReadItems(TransactionSource& source, std::string_view table,
   std::vector<std::size_t> new_columns;
   RowValues row;
   for (bool more = source.OpenReader(table, row); more; more = source.NextRow(row)) {
+    // Places are given in order of first appearance, so there are never more of them than rows.
     const std::size_t place = places.PlaceOf(row[0]);
     if (row.size() != item_names.size() + 1 || place >= static_cast<std::size_t>(records)) {
       throw DatabaseError(source.file_name(),
@@ -74,7 +76,8 @@ ItemRegistry ReadItems(TransactionSource& source, std::string_view table,
       column_rows.Set(j - 1, place);
       if (!met[j - 1]) new_columns.push_back(j - 1);
     }
-    // Nodes that a column gives are registered with its first row; later rows add nothing new.
+    // Nodes that a column gives are registered with its first row; later rows add nothing new. All terms of
+    // the row come before all ancestors, as asking for items and then for ancestors of each row gives it.
     for (const std::size_t column : new_columns) {
       met[column] = true;
       for (const NodeNumber node : taxonomy.NodesOfTerm(item_names[column]))

@@ -18,6 +18,7 @@ void AppendRecord(std::span<const std::uint32_t> items, std::uint32_t support_co
 EncodedRecord TakeRecord(std::string_view& bytes) {
   const char* const begin = bytes.data();
   const std::optional<std::uint32_t> count = TakeCount(bytes);
+  // The support count stands behind the items. Division, as a damaged count times four might overflow.
   if (!count || bytes.size() / 4 < std::size_t{*count} + 1) {
     throw FileError("a record of itemsets is not whole; the file is damaged");
   }
@@ -70,6 +71,7 @@ void ItemsetFile::Seek(std::uint64_t position) {
 void ItemsetFile::Close() {
   reader_.reset();
   if (!writer_) return;
+  // Closed in any case: when writing out fails, the file is no longer open either.
   std::optional<ArchiveWriter> writer = std::move(writer_);
   writer_.reset();
   writer->Close();

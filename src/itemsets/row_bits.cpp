@@ -32,8 +32,10 @@ bool PlainAnyOutside(const RowWord* a, const RowWord* b, const RowWord* c, std::
 class WordPacker {
  public:
   explicit WordPacker(RowWord* next) : next_(next) {}
-  // `bits` has nothing from bit `count` on.
+  // `bits` has nothing from bit `count` on; `count` is at most 64.
   void Add(RowWord bits, unsigned count) {
+    // What does not fit is carried into the next word, but for a full word on an empty one: shifting by 64
+    // is undefined, and there is nothing to carry.
     word_ |= bits << used_;
     if (used_ + count < 64) {
       used_ += count;

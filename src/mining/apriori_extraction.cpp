@@ -56,6 +56,8 @@ std::vector<std::string> FindMissingEntries(const TaxonomyStore& taxonomy, std::
     if (taxonomy.IsMissing(terms[i])) {
       for (std::string& entry : taxonomy.SourceEntriesOf(terms[i])) {
         if (std::find(entries.begin(), entries.end(), entry) == entries.end()) {
+          // At the front: restoring goes in this order, and the order of the restored rows is the order in
+          // which mining meets them.
           entries.insert(entries.begin(), std::move(entry));
         }
       }

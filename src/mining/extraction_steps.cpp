@@ -77,7 +77,7 @@ void StoreRules(const ExtractionHooks& hooks, const std::vector<fs::path>& other
     rules.SetTargetTable(kTable);
     progress.SetStatus("Generating rules ....");
     fill(rules);
-    rules.Close();
+    rules.Close();  // the file is complete before it gets its name
     WriteRulesInfo(info, output.path);
   });
   report.rules_seconds = timer.Seconds();
