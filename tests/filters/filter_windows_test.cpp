@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <QCheckBox>
+#include <QDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -24,9 +25,10 @@ class TickingClock final : public Clock {
  public:
   std::tm LocalTime() const override {
     std::tm time = FixedClock().LocalTime();
-    time.tm_sec = ++seconds_;
+    time.tm_sec = stands ? seconds_ : ++seconds_;
     return time;
   }
+  bool stands = false;
 
  private:
   mutable int seconds_ = 0;
@@ -69,6 +71,8 @@ class FilterWindowsTest : public WindowTest {
       opened = true;
       act(*filter);
       Click(Button(*filter, "&Close"));
+      EXPECT_FALSE(filter->isVisible());
+      static_cast<QDialog*>(filter)->QDialog::done(0);  // else a window that stays would hold the test
     });
     EXPECT_TRUE(window->Send(command));
     EXPECT_TRUE(opened);
@@ -184,17 +188,38 @@ TEST_F(FilterWindowsTest, EachFilterSavesWhatTheCommandLineSaves) {
         "warning: Filtering association rules: Select a cardinality symbol for the selected class");
     Click(*filter.findChild<QPushButton*>("ADD class to Antecedent"));
     Click(Button(filter, "&Reset All"));
-    Select(classes, "Ethanolamines");
-    Select(List(filter, "Antecedent Cardinality"), "1");
-    Click(*filter.findChild<QPushButton*>("ADD class to Antecedent"));
+    const auto lists = [&filter](const char* list, const char* text) {
+      return !List(filter, list).findItems(text, Qt::MatchExactly).isEmpty();
+    };
+    const auto add = [&](const char* side, const char* name, const char* symbol) {
+      const QString what = symbol == nullptr ? " Items" : " Taxonomy Classes";
+      Select(List(filter, side + what), name);
+      if (symbol != nullptr && *symbol != 0) Select(List(filter, side + QString(" Cardinality")), symbol);
+      Click(*filter.findChild<QPushButton*>(QString("ADD %1 to ").arg(symbol == nullptr ? "item" : "class") +
+                                            side));
+    };
+    add("Antecedent", "Smoking", nullptr);
+    EXPECT_FALSE(lists("Antecedent Items", "Smoking") || lists("Consequent Items", "Smoking"));
+    add("Antecedent", "Diseases", "*");
+    EXPECT_FALSE(lists("Antecedent Taxonomy Classes", "Diseases"));
     EXPECT_FALSE(Button(filter, "Add &Template").isEnabled());
-    Select(List(filter, "Consequent Taxonomy Classes"), "Any");
-    Click(*filter.findChild<QPushButton*>("ADD class to Consequent"));
+    add("Consequent", "Heart Diseases", "+");
+    EXPECT_FALSE(lists("Consequent Taxonomy Classes", "Heart Diseases"));
+    EXPECT_TRUE(lists("Consequent Taxonomy Classes", "Diseases"));
     Click(Button(filter, "Add &Template"));
-    EXPECT_EQ(List(filter, "Inclusive Template").item(0)->text(), "Ethanolamines   =>Any  ");
+    EXPECT_EQ(List(filter, "Inclusive Template").item(0)->text(),
+              "Smoking   Diseases*   =>Heart Diseases+  ");
     EXPECT_FALSE(filter.findChild<QPushButton*>("ADD class to Antecedent")->isEnabled());
+    add("Antecedent", "Propanolamines", "1");
+    EXPECT_TRUE(lists("Antecedent Taxonomy Classes", "Propanolamines"));
+    add("Consequent", "Any", "");
+    EXPECT_FALSE(lists("Consequent Taxonomy Classes", "Any"));
+    Choose(filter, "Restrictive Template");
+    Click(Button(filter, "Add &Template"));
+    EXPECT_EQ(List(filter, "Restrictive Template").item(0)->text(), "Propanolamines   =>Any  ");
     Choose(filter, "Decreasing Confidence");
     Click(Button(filter, "&Filter"));
+    EXPECT_EQ(filter.findChild<QTreeWidget*>()->topLevelItemCount(), 2);
     dialogs.Expect(
         "information: Filtering Rules: Using Templates: Filtered rules saved in database "
         "table:\nFiltered_23_11_14_05_02");
@@ -230,7 +255,8 @@ TEST_F(FilterWindowsTest, EachFilterSavesWhatTheCommandLineSaves) {
     EXPECT_EQ(rows, Rows("rules3.mdb", "SELECT * FROM Filtered_23_11_14_05_00")) << filter;
   };
   same("rating --viewpoint surprise --behaviour rare", "Filtered_23_11_14_05_01");
-  same("template --inclusive [Ethanolamines]1=>[Any]", "Filtered_23_11_14_05_02");
+  same("template --inclusive Smoking;[Diseases]*=>[#34]+ --restrictive [Propanolamines]1=>[Any]",
+       "Filtered_23_11_14_05_02");
 }
 
 TEST_F(FilterWindowsTest, ACascadeNarrowsFromFilterToFilter) {
@@ -259,6 +285,59 @@ TEST_F(FilterWindowsTest, ACascadeNarrowsFromFilterToFilter) {
     EXPECT_EQ(Rows("rules.mdb", std::string("SELECT * FROM Filtered_23_11_14_05_") + second).size(),
               static_cast<std::size_t>(rules));
   }
+}
+
+TEST_F(FilterWindowsTest, ACascadeTakesOverOnlyWhatItsOwnFiltersSave) {
+  const auto click_cascade = [this] { Click(*window->findChild<QCheckBox*>(), QPoint(8, 8)); };
+  const auto rules_of_next = [this] {
+    int lines = 0;
+    Using(FilteringWindow::kTemplateCommand, [&](QWidget& filter) {
+      Click(Button(filter, "&Filter"));
+      lines = filter.findChild<QTreeWidget*>()->topLevelItemCount();
+      Click(Button(filter, "&Reset All"));  // so that closing saves nothing
+    });
+    return lines;
+  };
+  const auto save_rare = [this](QWidget& filter) {
+    Choose(filter, "Surprise");
+    Choose(filter, "Statistically rare");
+    Click(Button(filter, "&Filter"));
+    dialogs.Expect("information: Filtering Rules: Using Rating *");
+    Click(Button(filter, "&Save rules"));
+  };
+  Load();
+  ChooseTable(0);
+  Using(FilteringWindow::kRatingCommand, save_rare);  // in no cascade
+  EXPECT_EQ(rules_of_next(), 127);
+  click_cascade();
+  EXPECT_EQ(rules_of_next(), 127);
+  EXPECT_EQ(rules_of_next(), 127);  // the one before was closed unsaved
+  Using(FilteringWindow::kRatingCommand, save_rare);
+  const int kept = rules_of_next();
+  EXPECT_TRUE(kept > 0 && kept < 127) << kept;
+  EXPECT_EQ(rules_of_next(), kept);
+}
+
+TEST_F(FilterWindowsTest, AFilterThatCannotSaveClosesTheSecondTime) {
+  Load();
+  ChooseTable(0);
+  Click(*window->findChild<QCheckBox*>(), QPoint(8, 8));
+  Using(FilteringWindow::kRatingCommand, [this](QWidget& filter) {
+    Click(Button(filter, "&Filter"));
+    dialogs.Expect("information: Filtering Rules: Using Rating *");
+  });
+  ticking.stands = true;  // so the name of the next table is there already
+  const char* const refused =
+      "error: Kovril: the table Filtered_23_11_14_05_01 was saved within this second*";
+  Using(FilteringWindow::kTemplateCommand, [&](QWidget& filter) {
+    Click(Button(filter, "&Filter"));
+    dialogs.Expect(refused);
+    Click(Button(filter, "&Close"));
+    EXPECT_TRUE(filter.isVisible());
+    dialogs.Expect(refused);
+  });
+  EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+  EXPECT_EQ(List(*window, "Tables List in Rules Database").count(), 2);
 }
 
 }  // namespace selvane::tests
