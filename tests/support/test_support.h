@@ -15,6 +15,10 @@
 
 namespace selvane {
 
+// Where tests make their folders: what TMPDIR names when it is set, else memory where there is room, else the
+// system's folder for temporary files.
+std::filesystem::path ScratchRoot();
+
 // A new, empty folder that is the current one during the test and is removed after it.
 class FolderTest : public testing::Test {
  public:

@@ -5,7 +5,8 @@
 #include <QApplication>
 #include <clocale>
 #include <cstdlib>
-#include <filesystem>
+
+#include "support/test_support.h"
 
 namespace {
 
@@ -25,7 +26,7 @@ extern "C" const char* __lsan_default_suppressions() {
 
 int main(int argc, char** argv) {
   ::setenv("QT_QPA_PLATFORM", "offscreen", 0);
-  ::setenv("XDG_CONFIG_HOME", (std::filesystem::temp_directory_path() / "selvane-test-config").c_str(), 1);
+  ::setenv("XDG_CONFIG_HOME", (selvane::ScratchRoot() / "selvane-test-config").c_str(), 1);
   testing::InitGoogleTest(&argc, argv);
   qInstallMessageHandler(FailOnWarning);
   const QApplication app(argc, argv);
