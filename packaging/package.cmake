@@ -1,4 +1,4 @@
-# The Debian package: run `cpack` in the build folder.
+# The Debian package: scripts/package.sh builds, and runs `cpack` in the build folder.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME selvane)
 set(CPACK_PACKAGE_CONTACT "The Selvane project <selvane@localhost>")
