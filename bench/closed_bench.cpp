@@ -35,7 +35,7 @@ void Extract(benchmark::State& state, const char* terms) {
   hooks.choose_output = [] { return RulesOutput{"rules.mdb", ExistingFile::kReplace}; };
   SilentProgress progress;
   ItemsetFileHold hold(std::filesystem::current_path());
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     ClosedReport closed;
     AprioriReport apriori;
     const double closed_seconds = SecondsOf(

@@ -109,7 +109,7 @@ RuleList LoadRules(Input& input, const char* table, benchmark::State& state) {
 void WholeTaxonomy(benchmark::State& state) {
   Input& input = TheInput();
   const TaxonomyStore taxonomy(input.folder / "tax.mdb");
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     const RuleList rules = LoadRules(input, "Wide", state);
     RatingFilter rating(rules.size());
     state.counters["rating_s"] = SecondsOf([&] {
@@ -147,7 +147,7 @@ void MinedRules(benchmark::State& state) {
   Input& input = TheInput();
   const TaxonomyStore taxonomy(input.folder / "tax.mdb");
   const RulesInfo info{"T", "32767", "0.145", "0.5", {"generalized"}, {}, {}};
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     const RuleList rules = LoadRules(input, "Mined", state);
     std::unordered_map<NodeNumber, int> uses;
     std::vector<NodeNumber> ground(1);

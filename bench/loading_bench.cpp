@@ -40,7 +40,7 @@ void LoadTaxonomyFile(benchmark::State& state) {
   const BenchFolder folder;
   const fs::path xml = TaxonomyInput(folder);
   SilentProgress progress;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     long rows = 0;
     const double seconds = SecondsOf(
         [&] { rows = LoadTaxonomy(xml, folder / "tax.mdb", ExistingFile::kReplace, progress).rows; });
@@ -70,7 +70,7 @@ void BuildTermTable(benchmark::State& state) {
   std::string all;
   std::vector<std::string> texts;
   for (const fs::path& file : QueryFiles(folders)) texts.push_back(ReadFile(file));
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     fs::remove(folder / "terms.mdb");
     std::uint64_t bytes = 0;
     const double seconds = SecondsOf([&] {

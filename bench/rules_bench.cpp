@@ -19,7 +19,7 @@ void StoreRules(benchmark::State& state) {
   const BenchFolder folder;
   const std::vector<std::string> fields = {"INDEX", "ANTECEDENT", "CONSEQUENT", "SUPPORT", "CONFIDENCE",
                                            "PA",    "PC",         "ASPEC",      "CSPEC"};
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     std::filesystem::remove(folder / "rules.mdb");
     std::filesystem::remove(folder / "plain.mdb");
     RulesStore store;
@@ -65,7 +65,7 @@ void CountRules(benchmark::State& state) {
   source.Open(folder / "terms.mdb");
   GeneralizedApriori engine(source, "T", 0.2F, taxonomy, true, folder / "ItemSets.dat");
   const AprioriSummary found = engine.Run(progress);
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     const auto tally = [&](std::size_t file_budget) {
       RuleGenerator generator(
           0.5F, taxonomy, found.row_count,
