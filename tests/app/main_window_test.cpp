@@ -4,6 +4,8 @@
 #include <QDialog>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPainter>
+#include <QStyle>
 #include <QTest>
 #include <QTimer>
 #include <QToolButton>
@@ -107,8 +109,34 @@ TEST_F(MainWindowTest, TheSystemMenuShowsTheAboutBoxAndExitCloses) {
   }
 }
 
+TEST_F(MainWindowTest, PicturesGrowWithTheirButtonsAndTheSizeIsKept) {
+  const auto picture_after = [this](int width, int height) {
+    window.resize(width, height);
+    return PictureButton(1000).iconSize().width();
+  };
+  EXPECT_EQ(picture_after(0, 0), 48);
+  EXPECT_EQ(picture_after(2000, 1400), 192);
+  const int between = picture_after(700, 400);
+  EXPECT_LT(between, std::min(PictureButton(1000).width(), PictureButton(1000).height()));
+  EXPECT_TRUE(48 < between && between < 192) << between;
+  window.close();
+  EXPECT_EQ(MainWindow(context).size(), QSize(700, 400));
+
+  QImage minimised(window.size(), QImage::Format_RGB32);
+  minimised.fill(Qt::black);
+  QPainter painter(&minimised);
+  window.PaintMinimised(painter);
+  const QRgb empty = minimised.pixel(0, 0);
+  EXPECT_NE(empty, QColor(Qt::black).rgb());
+  const int half = window.style()->pixelMetric(QStyle::PM_LargeIconSize) / 2;
+  std::set<QRgb> in_the_middle;
+  for (int x = -half; x < half; ++x) in_the_middle.insert(minimised.pixel(350 + x, 200));
+  EXPECT_GT(in_the_middle.size(), 1U);
+  for (const int x : {350 - half - 2, 350 + half + 2}) EXPECT_EQ(minimised.pixel(x, 200), empty);
+}
+
 TEST_F(MainWindowTest, TabulatesEntriesByItsNumberAlone) {
-  EXPECT_FALSE(window.Send(32771));
+  for (const int number : {0, 32771, 1007}) EXPECT_FALSE(window.Send(number)) << number;
   dialogs.Expect("error: Kovril: f1.dat*");
   EXPECT_TRUE(window.Send(1006));
   WriteText("f1.dat", "a b\nc  a\r\n");

@@ -84,7 +84,8 @@ bool ScriptedDialogs::Ask(QWidget* /*parent*/, const QString& title, const QStri
 }
 
 void ScriptedDialogs::Message(QWidget* /*parent*/, MessageIcon icon, const QString& title,
-                              const QString& text, const QString& /*details*/) {
+                              const QString& text, const QString& more) {
+  details = FromQt(more);
   Answer(NameOf(icon) + (": " + FromQt(title)) + ": " + FromQt(text));
 }
 

@@ -37,6 +37,8 @@ class ScriptedDialogs final : public Dialogs {
   void Message(QWidget*, MessageIcon icon, const QString& title, const QString& text,
                const QString& details) override;
 
+  std::string details;  // of the last message
+
  private:
   struct Step {
     std::string question;

@@ -61,6 +61,18 @@ TEST_F(QtDialogsTest, OpensOneFileOrSeveralAndRemembersTheFolderOfEachKind) {
     dialog.reject();
   });
   EXPECT_TRUE(real.OpenFiles(nullptr, FileKind::kQueryFiles, "again").empty());
+
+  // The folder that the program was started with comes first, once for each kind.
+  fs::create_directories("start");
+  QtDialogs started(settings, PathToQt(folder() / "start"));
+  for (const char* shown : {"start", "in"}) {
+    Meanwhile<QFileDialog>([&](QFileDialog& dialog) {
+      EXPECT_EQ(dialog.directory().absolutePath(), PathToQt(folder() / shown));
+      dialog.setDirectory(in);
+      TypeName(dialog, "a.txt");
+    });
+    EXPECT_EQ(started.OpenFile(nullptr, FileKind::kQueryFiles, shown), folder() / "in/a.txt");
+  }
 }
 
 TEST_F(QtDialogsTest, AsksBeforeAFileIsReplacedWhereItIsToldTo) {

@@ -7,6 +7,7 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
+#include "base/error.h"
 #include "data/database_error.h"
 #include "support/window_test.h"
 
@@ -73,6 +74,35 @@ TEST_F(ToolWindowTest, TakesNoCommandWhileItWorksButRepaintsAndCanBeStopped) {
   EXPECT_FALSE(window.isVisible());
 }
 
+TEST_F(ToolWindowTest, KeepsTheBarWithinItsRangeAndItsRepaintsApart) {
+  Workshop window(context);
+  const QProgressBar& bar = *window.findChild<QProgressBar*>();
+  WindowProgress& progress = window.progress();
+  progress.SetRange(5, 5);  // one without length would have no end
+  EXPECT_EQ(std::pair(bar.minimum(), bar.maximum()), std::pair(5, 6));
+  for (const auto& [position, shown] : {std::pair(99, 6), {0, 5}, {6, 6}}) {
+    progress.SetPosition(position);
+    EXPECT_EQ(bar.value(), shown);
+  }
+  progress.SetStatus("repaints at once");
+  bool had_its_turn = false;
+  QTimer::singleShot(0, &window, [&had_its_turn] { had_its_turn = true; });
+  progress.Pulse();
+  EXPECT_FALSE(had_its_turn);
+  progress.Stop();
+  EXPECT_THROW(progress.Pulse(), Interrupted);
+  progress.Pulse();  // once is enough: what cleans up may call it too
+  progress.Stop();   // one that came too late must not end the next command
+  bool done = false;
+  window.work = [&done](Workshop& self) {
+    self.progress().Pulse();
+    done = true;
+  };
+  Click(Button(window, "&Work"));
+  EXPECT_TRUE(done);
+  window.close();
+}
+
 TEST_F(ToolWindowTest, ShowsFailuresAndGoesOn) {
   Workshop window(context);
   const auto fail_with = [&window](auto error) {
@@ -85,12 +115,17 @@ TEST_F(ToolWindowTest, ShowsFailuresAndGoesOn) {
   };
   dialogs.Expect("error: Kovril: a.mdb\nit is no database");
   fail_with(DatabaseError("a.mdb", "it is no database", "SELECT 1"));
+  EXPECT_EQ(dialogs.details, "The statement that failed:\nSELECT 1");
+  dialogs.Expect("error: Kovril: it is no database");
+  fail_with(DatabaseError("", "it is no database", ""));
+  EXPECT_EQ(dialogs.details, "");
   dialogs.Expect("error: Kovril: b.txt: cannot be read");
   fail_with(FileError("b.txt: cannot be read"));
   dialogs.Expect("error: Kovril: There is not enough memory.*");
   fail_with(std::bad_alloc());
   dialogs.Expect("error: Kovril: The command failed.");
   fail_with(std::logic_error("x"));
+  EXPECT_EQ(dialogs.details, "x");
   fail_with(SilentAbort());
   EXPECT_EQ(left_with, 0);
   dialogs.Expect("error: Loading Taxonomy: Selected file is not xml file");
