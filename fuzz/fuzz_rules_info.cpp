@@ -1,5 +1,4 @@
 #include "base/error.h"
-#include "base/file.h"
 #include "fuzzing.h"
 #include "itemsets/itemset_file.h"
 #include "rules/rules_info.h"
@@ -7,13 +6,9 @@
 using namespace selvane;
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const ScratchFolder kScratch;
-  const std::filesystem::path path = kScratch.path / "Infox.dat";
-  OutputFile file(path);
-  file.Write(TextOf(data, size));
-  file.Close();
+  const std::filesystem::path path = AsFile("Infox.dat", data, size);  // of x.mdb
   try {
-    ReadRulesInfo(kScratch.path / "x.mdb");
+    ReadRulesInfo(path.parent_path() / "x.mdb");
   } catch (const FileError&) {
   }
   try {

@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/file.h"
+
 // Called by libFuzzer, which has no header of its own.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
@@ -30,3 +32,14 @@ struct ScratchFolder {
   ~ScratchFolder() { std::filesystem::remove_all(path); }
   std::filesystem::path path;
 };
+
+// The input as a file of this name, for what reads files; alone in a folder that lives as long as the
+// process.
+inline std::filesystem::path AsFile(const char* name, const std::uint8_t* data, std::size_t size) {
+  static const ScratchFolder kScratch;
+  const std::filesystem::path path = kScratch.path / name;
+  selvane::OutputFile file(path);
+  file.Write(TextOf(data, size));
+  file.Close();
+  return path;
+}
