@@ -1,13 +1,11 @@
 // Taxonomy files and tagged abstracts, against the plainest way to move the same bytes.
 #include <fmt/format.h>
-#include <sys/wait.h>
 
 #include <cstdlib>
 #include <fstream>
 
 #include "base/file.h"
 #include "bench_input.h"
-#include "data/bulk_insert.h"
 #include "data/database.h"
 #include "data/recordset.h"
 #include "taxonomy/taxonomy_loading.h"

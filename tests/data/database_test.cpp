@@ -3,7 +3,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "data/bulk_insert.h"
 #include "data/database_error.h"
 #include "data/new_database.h"
 #include "data/recordset.h"

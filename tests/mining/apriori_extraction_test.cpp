@@ -1,6 +1,5 @@
 #include "mining/apriori_extraction.h"
 
-#include "data/database_error.h"
 #include "rules/rules_info.h"
 #include "support/random_tables.h"
 

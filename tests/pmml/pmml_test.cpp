@@ -6,7 +6,6 @@
 #include <set>
 
 #include "base/file.h"
-#include "base/text.h"
 #include "data/database_error.h"
 #include "pmml/pmml11_writer.h"
 #include "pmml/pmml44_writer.h"

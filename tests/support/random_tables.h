@@ -3,7 +3,6 @@
 
 #include <random>
 #include <string>
-#include <vector>
 
 #include "data/transaction_source.h"
 #include "taxonomy/taxonomy_files.h"

@@ -3,7 +3,6 @@
 
 #include <random>
 #include <string>
-#include <vector>
 
 #include "support/test_support.h"
 #include "taxonomy/taxonomy_loading.h"

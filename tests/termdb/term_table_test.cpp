@@ -1,7 +1,6 @@
 #include "termdb/term_table.h"
 
 #include "data/database_error.h"
-#include "data/recordset.h"
 #include "taxonomy/taxonomy_files.h"
 
 namespace selvane::tests {

@@ -1,6 +1,5 @@
 #include "ui/tool_window.h"
 
-#include <QCloseEvent>
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QTest>
