@@ -12,6 +12,7 @@
 #include <QWindow>
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <string_view>
 
 #include "app/about_box.h"
@@ -127,7 +128,7 @@ void MainWindow::AddButtons() {
   std::sort(commands.begin(), commands.end(),
             [](const Command& a, const Command& b) { return a.button_number < b.button_number; });
   auto* const panel = new QWidget;
-  auto* const grid = new QGridLayout(panel);
+  auto grid = std::make_unique<QGridLayout>();
   for (const Command& command : commands) {
     if (command.button_number == 0) continue;
     auto* const button = new QPushButton(Picture(command.picture), {}, panel);
@@ -144,11 +145,12 @@ void MainWindow::AddButtons() {
     grid->addWidget(button, place / kButtonColumns, place % kButtonColumns);
     buttons_.push_back(button);
   }
+  panel->setLayout(grid.release());
   setCentralWidget(panel);
 }
 
 bool MainWindow::Send(int number) {
-  if (number == 0) return false;
+  if (number == 0) return false;  // stands for none in the table
   const auto commands = Commands();
   const auto found = std::find_if(commands.begin(), commands.end(), [number](const Command& command) {
     return command.run != nullptr && (command.menu_number == number || command.button_number == number);
