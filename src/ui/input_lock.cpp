@@ -17,6 +17,7 @@ InputLock::~InputLock() {
 }
 
 bool InputLock::eventFilter(QObject* /*object*/, QEvent* event) {
+  // A dialog that the command itself shows is modal above the window and needs its events.
   const QWidget* const modal = QApplication::activeModalWidget();
   if (modal != nullptr && modal != &window_) return false;
   switch (event->type()) {

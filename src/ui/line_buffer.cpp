@@ -6,6 +6,7 @@ namespace selvane {
 
 namespace {
 
+// Each addition makes the tree lay itself out anew, so lines go in by blocks.
 constexpr qsizetype kBlock = 1024;
 
 }  // namespace
@@ -26,7 +27,7 @@ void LineBuffer::Add(const QString& line, qlonglong number) {
 }
 
 void LineBuffer::Flush() {
-  tree_.addTopLevelItems(items_);
+  tree_.addTopLevelItems(items_);  // which owns them from here on
   items_.clear();
 }
 

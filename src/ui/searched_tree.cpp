@@ -14,6 +14,7 @@ namespace {
 bool NarrowLine(QTreeWidgetItem& line, const QString& text) {
   bool visible = text.isEmpty() || line.text(0).contains(text, Qt::CaseInsensitive);
   for (int i = 0; i < line.childCount(); ++i) visible |= NarrowLine(*line.child(i), text);
+  // Hiding costs a new layout of the tree, even when nothing changes by it.
   if (line.isHidden() == visible) line.setHidden(!visible);
   return visible;
 }

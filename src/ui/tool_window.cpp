@@ -74,7 +74,7 @@ QPushButton* ToolWindow::AddCloseButton() {
 }
 
 void ToolWindow::Run(const Command& command) {
-  if (working_) return;
+  if (working_) return;  // asked for while the working command let the window repaint
   while (!pending_.empty()) {
     const Command earlier = std::move(pending_.front());
     pending_.pop_front();
@@ -111,6 +111,7 @@ void ToolWindow::RunNow(const Command& command) {
     failure = std::current_exception();
     progress_.Clear();
   }
+  // Only now is the lock gone, and with it the cursor that says to wait.
   if (failure) context_.failures.HandleFailure(this, failure);
 }
 

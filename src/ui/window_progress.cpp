@@ -42,6 +42,7 @@ void WindowProgress::SetStatus(std::string_view text) {
 void WindowProgress::Pulse() {
   if (since_repaint_.elapsed() >= kRepaintMilliseconds) Repaint();
   if (!stop_) return;
+  // Once only: what cleans up after the stop calls this too.
   stop_ = false;
   throw Interrupted();
 }
