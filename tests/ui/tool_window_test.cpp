@@ -20,6 +20,7 @@ class Workshop final : public ToolWindow {
     content().addWidget(&field);
     AddButton("&Work", [this] { work(*this); });
     AddCloseButton();
+    setModal(true);  // as exec() does
     show();
   }
   using ToolWindow::progress;
@@ -40,6 +41,10 @@ TEST_F(ToolWindowTest, TakesNoCommandWhileItWorksButRepaintsAndCanBeStopped) {
     Click(Button(self, "&Work"));
     Click(Button(self, "&Close"));
     QTest::keyClick(&self.field, Qt::Key_A);
+    QDialog question(&self);  // what the command asks is answered
+    question.open();
+    QTest::keyClick(&question, Qt::Key_Escape);
+    EXPECT_FALSE(question.isVisible());
     self.progress().SetStatus("Working ...");
     self.progress().SetRange(0, 10);
     self.progress().SetStep(2);
