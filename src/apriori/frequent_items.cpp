@@ -62,7 +62,7 @@ FrequentItems SelectFrequentItems(const ItemRegistry& registry, float minimum_su
 PairTable UnrelatedPairs(const FrequentItems& items, const TaxonomyStore& taxonomy) {
   std::vector<std::string> codes;
   codes.reserve(items.nodes.size());
-  for (const NodeNumber node : items.nodes) codes.push_back(taxonomy.FatherCode(node));
+  for (const NodeNumber node : items.nodes) codes.push_back(taxonomy.PositionOf(node));
   PairTable pairs(codes.size());
   for (std::uint32_t a = 0; a < codes.size(); ++a) {
     for (std::uint32_t b = 0; b < a; ++b) {

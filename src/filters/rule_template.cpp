@@ -100,7 +100,7 @@ NodeNumber ParseItem(std::string_view text, const TaxonomyStore& taxonomy) {
   std::string choices;
   for (const NodeNumber node : nodes) {
     fmt::format_to(std::back_inserter(choices), "{}#{} at {}", choices.empty() ? "" : ", ", node,
-                   taxonomy.FatherCode(node));
+                   taxonomy.PositionOf(node));
   }
   throw InputError(
       fmt::format("{} stands at several positions; choose one by its number: {}", text, choices));

@@ -20,7 +20,7 @@ const std::string& NodeNames::NameOf(NodeNumber node) {
 const std::string& NodeNames::CodeOf(NodeNumber node) {
   const auto found = codes_.find(node);
   if (found != codes_.end()) return found->second;
-  return codes_.emplace(node, taxonomy_.FatherCode(node)).first->second;
+  return codes_.emplace(node, taxonomy_.PositionOf(node)).first->second;
 }
 
 std::string NodeNames::WithAnd(std::span<const NodeNumber> nodes) {

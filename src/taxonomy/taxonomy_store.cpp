@@ -121,7 +121,7 @@ std::string TaxonomyStore::Canonical(NodeNumber node) const {
   return rows.AtEnd() ? std::string() : std::string(rows.Text(0));
 }
 
-std::string TaxonomyStore::FatherCode(NodeNumber node) const {
+std::string TaxonomyStore::PositionOf(NodeNumber node) const {
   const Recordset rows = Select("SELECT FatherId FROM Taxonomy WHERE Index='", fmt::format("{}", node));
   if (rows.AtEnd()) {
     throw DatabaseError(database_.path(),
@@ -173,7 +173,7 @@ void TaxonomyStore::ForEachSourceNode(const std::function<void(const Node&)>& vi
 }
 
 std::vector<TaxonomyStore::Node> TaxonomyStore::Children(NodeNumber node) const {
-  const std::string code = FatherCode(node);
+  const std::string code = PositionOf(node);
   std::vector<Node> children;
   const Recordset row = Select("SELECT * FROM Taxonomy WHERE FatherId='", code);
   if (row.AtEnd()) return children;

@@ -56,7 +56,7 @@ class TaxonomyStore {
 
   // Lookups over `Taxonomy`.
   std::string Canonical(NodeNumber node) const;   // empty when there is no such node
-  std::string FatherCode(NodeNumber node) const;  // fails when there is no such node
+  std::string PositionOf(NodeNumber node) const;  // fails when there is no such node
   std::vector<NodeNumber> NodesOfTerm(std::string_view term) const;
   std::vector<std::string> PositionsOfTerm(std::string_view term) const;
   std::vector<NodeNumber> NodesAtPosition(std::string_view code) const;

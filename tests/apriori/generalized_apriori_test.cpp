@@ -21,8 +21,8 @@ class PlainApriori {
       std::vector<Set> candidates = Joins();
       if (k == 2 && generalize_) {
         std::erase_if(candidates, [this](const Set& set) {
-          const std::string a = taxonomy_.FatherCode(static_cast<NodeNumber>(set.items[0]));
-          const std::string b = taxonomy_.FatherCode(static_cast<NodeNumber>(set.items[1]));
+          const std::string a = taxonomy_.PositionOf(static_cast<NodeNumber>(set.items[0]));
+          const std::string b = taxonomy_.PositionOf(static_cast<NodeNumber>(set.items[1]));
           return a.find(b) != std::string::npos || b.find(a) != std::string::npos;
         });
       }

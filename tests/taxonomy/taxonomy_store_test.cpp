@@ -21,7 +21,7 @@ class TaxonomyStoreTest : public FolderTest {
 TEST_F(TaxonomyStoreTest, FindsNodesAndPositions) {
   const TaxonomyStore store("tax.mdb");
   EXPECT_EQ(store.largest_index(), 8);
-  EXPECT_THROW(store.FatherCode(99), DatabaseError);
+  EXPECT_THROW(store.PositionOf(99), DatabaseError);
   EXPECT_EQ(store.AncestorsOfTerm("Asthma"), (Nodes{2, 1, 7}));
   EXPECT_EQ(store.TaxonomiesInUse(), Texts{"Diseases"});  // D has no name
   EXPECT_EQ(store.LargestNodeNamedIn("CxD"), 7);
