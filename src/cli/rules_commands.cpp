@@ -149,8 +149,8 @@ void Extract(ExtractOptions& options, const CliContext& context) {
   TaxonomyStore taxonomy(options.taxonomy);
   ExtractionHooks hooks;
   hooks.choose_output = [&options] { return OutputOf(options); };
-  hooks.restored = [&context](const std::string& entry) {
-    fmt::print(context.err, "selvane-cli: the pruned term {} is in the table and was restored\n", entry);
+  hooks.restored = [&context](const std::string& term) {
+    fmt::print(context.err, "selvane-cli: the pruned term {} is in the table and was restored\n", term);
   };
   hooks.will_not_fit = [&context](const TooManyRules& rules) { ReportTooMany(rules, context); };
   if (options.closed) {

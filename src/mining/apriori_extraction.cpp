@@ -18,10 +18,10 @@ void RestoreMissing(const TransactionSource& source, TaxonomyStore& taxonomy, co
                     const ExtractionHooks& hooks, Progress& progress) {
   std::vector<std::string> terms;
   source.ListItemFields(request.run.table, terms);
-  const std::vector<std::string> missing = FindMissingEntries(taxonomy, terms, progress);
-  for (const std::string& entry : missing) {
-    taxonomy.RestoreEntry(entry);
-    if (hooks.restored) hooks.restored(entry);
+  const std::vector<std::string> missing = FindMissingTerms(taxonomy, terms, progress);
+  for (const std::string& term : missing) {
+    taxonomy.RestoreTerm(term);
+    if (hooks.restored) hooks.restored(term);
     progress.Pulse();
   }
 }
@@ -46,26 +46,26 @@ AprioriSummary Search(GeneralizedApriori& engine, const AprioriRequest& request,
 
 }  // namespace
 
-std::vector<std::string> FindMissingEntries(const TaxonomyStore& taxonomy, std::span<const std::string> terms,
-                                            Progress& progress) {
+std::vector<std::string> FindMissingTerms(const TaxonomyStore& taxonomy, std::span<const std::string> terms,
+                                          Progress& progress) {
   progress.SetStatus("Checking items presence ...");
   progress.SetRange(0, static_cast<int>(terms.size()));
   progress.SetPosition(0);
-  std::vector<std::string> entries;
+  std::vector<std::string> missing;
   for (std::size_t i = 0; i < terms.size(); ++i) {
     if (taxonomy.IsMissing(terms[i])) {
-      for (std::string& entry : taxonomy.SourceEntriesOf(terms[i])) {
-        if (std::find(entries.begin(), entries.end(), entry) == entries.end()) {
+      for (std::string& term : taxonomy.SourceTermsAtPositionsOf(terms[i])) {
+        if (std::find(missing.begin(), missing.end(), term) == missing.end()) {
           // At the front: restoring goes in this order, and the order of the restored rows is the order in
           // which mining meets them.
-          entries.insert(entries.begin(), std::move(entry));
+          missing.insert(missing.begin(), std::move(term));
         }
       }
     }
     progress.SetPosition(static_cast<int>(i));
     progress.Pulse();
   }
-  return entries;
+  return missing;
 }
 
 AprioriReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, ItemsetFileHold& hold,

@@ -26,9 +26,9 @@ struct AprioriReport {
   SearchWork work;
 };
 
-// Entries of the full taxonomy that the working taxonomy lacks, for these terms; the last one missing first.
-std::vector<std::string> FindMissingEntries(const TaxonomyStore& taxonomy, std::span<const std::string> terms,
-                                            Progress& progress);
+// Terms of the full taxonomy that the working taxonomy lacks, for these terms; the last one missing first.
+std::vector<std::string> FindMissingTerms(const TaxonomyStore& taxonomy, std::span<const std::string> terms,
+                                          Progress& progress);
 
 // Checks that the items of the table are in the working taxonomy and brings missing ones back, searches for
 // frequent itemsets, makes rules of them and stores them, with the rules information file beside the

@@ -36,8 +36,8 @@ struct RulesOutput {
 struct ExtractionHooks {
   std::function<RulesOutput()> choose_output;  // must be set
   RuleLine rule_line;                          // each stored rule, when it is set
-  // Told of each entry that was brought back into the working taxonomy. It stays there however the run ends.
-  std::function<void(const std::string& entry)> restored;
+  // Told of each term that was brought back into the working taxonomy. It stays there however the run ends.
+  std::function<void(const std::string& term)> restored;
   // Told, before storing begins, that the run gives more rules than a table holds.
   std::function<void(const TooManyRules&)> will_not_fit;
 };

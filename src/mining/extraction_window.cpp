@@ -235,7 +235,7 @@ void ExtractionWindow::ExtractWithApriori(QStringList& restored) {
   WriteFields();
   LineBuffer lines(*rules_);
   ExtractionHooks hooks = Hooks({}, lines);
-  hooks.restored = [&restored](const std::string& entry) { restored.append(ToQt(entry)); };
+  hooks.restored = [&restored](const std::string& term) { restored.append(ToQt(term)); };
   const AprioriReport report = ExtractRules(source_, *taxonomy_, hold,
                                             {.run = Request(), .generalize = generalize_}, hooks, progress());
   lines.Flush();
@@ -304,12 +304,12 @@ void ExtractionWindow::ShowEnd(const ExtractionReport& report) {
   }
 }
 
-void ExtractionWindow::ReportRestored(const QStringList& entries) {
-  if (entries.isEmpty()) return;
+void ExtractionWindow::ReportRestored(const QStringList& terms) {
+  if (terms.isEmpty()) return;
   ShowMessage(MessageIcon::kInformation, kCaption,
               QString("Terms of the table had been pruned from the taxonomy, and were brought back with all "
                       "that is below them: %1")
-                  .arg(entries.join("; ")));
+                  .arg(terms.join("; ")));
 }
 
 // What became of the items of an extraction with ORNEX.

@@ -56,7 +56,7 @@ class ExtractionWindow final : public ToolWindow {
   QString NumberText(double value) const;
   void WarnOfTooMany(const TooManyRules& rules);
   void ShowEnd(const ExtractionReport& report);
-  void ReportRestored(const QStringList& entries);
+  void ReportRestored(const QStringList& terms);
   void ReportItems(const ClosedReport& report);
 
   QListWidget* tables_;

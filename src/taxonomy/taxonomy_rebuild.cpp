@@ -92,9 +92,9 @@ void TaxonomyStore::SetInsertQuery(std::string_view statement) {
   if (database_.HasQuery(kSavedQuery)) database_.SetQuery(kSavedQuery, statement);
 }
 
-void TaxonomyStore::RestoreEntry(std::string_view entry) {
+void TaxonomyStore::RestoreTerm(std::string_view term) {
   Transaction transaction(database_);
-  const std::vector<std::string> codes = Texts("SELECT FatherId FROM Source WHERE Canonical='", entry);
+  const std::vector<std::string> codes = Texts("SELECT FatherId FROM Source WHERE Canonical='", term);
   std::vector<std::string> names;
   for (const Field& field : database_.Fields("Source")) names.push_back(field.name);
   BulkInsert insert = database_.OpenBulkInsert("Taxonomy", names);

@@ -223,14 +223,14 @@ bool TaxonomyStore::IsMissing(std::string_view term) const {
                                       [this](const std::string& code) { return !HasPosition(code); });
 }
 
-std::vector<std::string> TaxonomyStore::SourceEntriesOf(std::string_view term) const {
-  std::vector<std::string> entries;
+std::vector<std::string> TaxonomyStore::SourceTermsAtPositionsOf(std::string_view term) const {
+  std::vector<std::string> terms;
   for (const std::string& code : Texts("SELECT FatherId FROM Source WHERE Canonical='", term)) {
-    for (std::string& entry : Texts("SELECT Canonical FROM Source WHERE FatherId='", code)) {
-      entries.push_back(std::move(entry));
+    for (std::string& found : Texts("SELECT Canonical FROM Source WHERE FatherId='", code)) {
+      terms.push_back(std::move(found));
     }
   }
-  return entries;
+  return terms;
 }
 
 }  // namespace selvane

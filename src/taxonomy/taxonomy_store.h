@@ -78,7 +78,7 @@ class TaxonomyStore {
   // True when `Taxonomy` lacks the term, as pruning leaves it.
   bool IsMissing(std::string_view term) const;
   // The canonical texts that `Source` has at the positions of the term.
-  std::vector<std::string> SourceEntriesOf(std::string_view term) const;
+  std::vector<std::string> SourceTermsAtPositionsOf(std::string_view term) const;
 
   // Records a row's items: every node named like an item that is present. A number seen for the first time is
   // appended to `nodes` and to `added`; its tid-list, at the same place as in `nodes`, receives the row id
@@ -114,7 +114,7 @@ class TaxonomyStore {
   void CopyWholeSource(Progress& progress);
   // Brings everything at and below the positions of a term back into `Taxonomy`. Codes are compared as texts:
   // C.2 also brings back C.23.
-  void RestoreEntry(std::string_view entry);
+  void RestoreTerm(std::string_view term);
 
   const std::filesystem::path& path() const { return database_.path(); }
   // The open file, for loading and pruning.

@@ -57,14 +57,14 @@ TEST_F(TaxonomyStoreTest, RendersWithTheLastAndCut) {
   }
 }
 
-TEST_F(TaxonomyStoreTest, BringsBackWhatAnEntryNeeds) {
+TEST_F(TaxonomyStoreTest, BringsBackWhatATermNeeds) {
   TaxonomyStore store("tax.mdb");
   const char* const kNodes = "SELECT Index,FatherId,Canonical FROM Taxonomy ORDER BY FatherId";
   const Texts before = Rows(store.database(), kNodes);
   store.database().Execute("DELETE * FROM Taxonomy WHERE FatherId Like 'C.2*'");
   EXPECT_TRUE(store.IsMissing("Crohn's"));
-  EXPECT_EQ(store.SourceEntriesOf("Crohn's"), (Texts{"Crohn s", "Crohn s"}));
-  store.RestoreEntry("Signs");  // at C.2, whose text C.23 begins with too
+  EXPECT_EQ(store.SourceTermsAtPositionsOf("Crohn's"), (Texts{"Crohn s", "Crohn s"}));
+  store.RestoreTerm("Signs");  // at C.2, whose text C.23 begins with too
   EXPECT_EQ(Rows(store.database(), kNodes), before);
   // They stand behind the others now, in the order of the full taxonomy.
   EXPECT_EQ(Rows(store.database(), "SELECT Index FROM Taxonomy ORDER BY rowid"),
