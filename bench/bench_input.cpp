@@ -75,7 +75,7 @@ std::vector<std::string> LeafTerms(const fs::path& taxonomy, int count) {
   const TaxonomyStore store(taxonomy);
   std::vector<std::string> deep;
   store.ForEachNode([&deep](const TaxonomyStore::Node& node) {
-    if (std::count(node.code.begin(), node.code.end(), '.') == 4) deep.push_back(node.canonical);
+    if (std::count(node.code.begin(), node.code.end(), '.') == 4) deep.push_back(node.term);
   });
   std::vector<std::string> terms;
   for (std::size_t i = 0; i < deep.size() && static_cast<int>(terms.size()) < count;

@@ -13,7 +13,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   }
   Require(selvane::IsUtf8(file.text));
   for (const selvane::TaxonomyLine& line : file.lines) {
-    for (const std::string_view part : {line.canonical, line.type, line.tree}) {
+    for (const std::string_view part : {line.term, line.type, line.tree}) {
       Require(part.data() >= file.text.data() && part.data() + part.size() <= &file.text.back());
     }
     for (const std::string& code : selvane::PositionCodes(line.tree)) {

@@ -62,7 +62,7 @@ void List(const fs::path& database, bool source, const std::string& under, int d
   const auto visit = [&](const TaxonomyStore::Node& node) {
     if (!code.empty() && node.code != code && !node.code.starts_with(below)) return;
     if (depth > 0 && dots(node.code) > deepest) return;
-    fmt::format_to(std::back_inserter(lines), "{}\t{}\t{}\n", node.number, node.code, node.canonical);
+    fmt::format_to(std::back_inserter(lines), "{}\t{}\t{}\n", node.number, node.code, node.term);
   };
   source ? store.ForEachSourceNode(visit) : store.ForEachNode(visit);
   WriteOut(context, lines);

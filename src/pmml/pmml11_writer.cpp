@@ -53,12 +53,12 @@ void WriteItems(OutputFile& output, const std::vector<std::int32_t>& map, std::s
     auto line = lines.find(map[place]);
     if (line == lines.end()) {
       const TaxonomyStore::Node node = taxonomy.SourceNode(map[place]);
-      line = lines
-                 .emplace(map[place],
-                          fmt::format(
-                              "<AssocItem id=\"{}\"  value=\"{}\"  mappedValue=\"{}\" weight=\"{}\"/>\n",
-                              map[place], ToLatin1(node.canonical), ToLatin1(ShortCode(node.code)), weight))
-                 .first;
+      line =
+          lines
+              .emplace(map[place],
+                       fmt::format("<AssocItem id=\"{}\"  value=\"{}\"  mappedValue=\"{}\" weight=\"{}\"/>\n",
+                                   map[place], ToLatin1(node.term), ToLatin1(ShortCode(node.code)), weight))
+              .first;
     }
     text += line->second;
     if (place % kPulseLines == 0) {

@@ -98,7 +98,7 @@ class ItemNodes {
     if (number) {
       // What is pruned keeps its number, and an item without a position is known by its number and its name.
       const TaxonomyStore::Node node = taxonomy.SourceNode(*number);
-      if ((code.empty() || node.code == code) && (node.canonical == value || is_unnamed)) return number;
+      if ((code.empty() || node.code == code) && (node.term == value || is_unnamed)) return number;
     }
     std::vector<NodeNumber> nodes;
     if (!code.empty()) nodes = taxonomy.NodesAtPosition(code);

@@ -15,7 +15,7 @@ class NodeNames {
   // The taxonomy must outlive it.
   explicit NodeNames(const TaxonomyStore& taxonomy) : taxonomy_(taxonomy) {}
 
-  // The canonical text; empty when there is no such node.
+  // The term; empty when there is no such node.
   const std::string& NameOf(NodeNumber node);
   // The position code. Throws DatabaseError when there is no such node.
   const std::string& CodeOf(NodeNumber node);

@@ -20,8 +20,8 @@ namespace {
 constexpr int kNodeRole = Qt::UserRole;
 
 QTreeWidgetItem* MakeItem(const TaxonomyStore::Node& node) {
-  // A node without a name is shown by its position, so that it can be seen and chosen.
-  auto* const item = new QTreeWidgetItem({ToQt(node.canonical.empty() ? node.code : node.canonical)});
+  // A node without a term is shown by its position, so that it can be seen and chosen.
+  auto* const item = new QTreeWidgetItem({ToQt(node.term.empty() ? node.code : node.term)});
   item->setData(0, kNodeRole, node.number);
   item->setToolTip(0, ToQt(node.code));  // one term may stand at several positions
   // Its children are asked for when it is opened.

@@ -13,7 +13,7 @@ namespace selvane {
 class TextTree;
 
 // Three trees: the working taxonomy, and the nodes chosen to be pruned upward and downward. A line's text is
-// the node's canonical text, its data the node's number. A chosen node stands in angle brackets.
+// the node's term, its data the node's number. A chosen node stands in angle brackets.
 class SelectingWindow final : public ToolWindow {
  public:
   explicit SelectingWindow(const WindowContext& context, QWidget* parent = nullptr);

@@ -31,7 +31,7 @@ void CheckWidth(std::string_view value, std::string_view what, std::string_view 
 }
 
 void CheckLine(const TaxonomyLine& line, std::string_view name, long number) {
-  CheckWidth(line.canonical, "canonical value", name, number);
+  CheckWidth(line.term, "canonical value", name, number);
   const bool odd_letter = std::any_of(line.codes.begin(), line.codes.end(), [](const std::string& code) {
     return static_cast<unsigned char>(code[0]) >= 0x80;
   });
@@ -75,7 +75,7 @@ void ParseTaxonomyText(std::string text, std::string_view name, TaxonomyFile& fi
     }
     TaxonomyLine node;
     std::size_t at = canonical;
-    if (!NextQuoted(line, at, node.canonical) || !NextQuoted(line, at, node.type) ||
+    if (!NextQuoted(line, at, node.term) || !NextQuoted(line, at, node.type) ||
         !NextQuoted(line, at, node.tree)) {
       // A comment or a declaration may hold the three words without giving them values.
       const auto behind = Trimmed(line.substr(canonical + std::string_view("canonical").size()));

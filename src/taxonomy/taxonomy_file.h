@@ -12,7 +12,7 @@ namespace selvane {
 
 // A line that describes a node. Values are views into the file's text.
 struct TaxonomyLine {
-  std::string_view canonical;  // its single quotes still stand
+  std::string_view term;  // the value of `canonical`; its single quotes still stand
   std::string_view type;
   std::string_view tree;           // one position code or several, separated by ";"
   std::vector<std::string> codes;  // the position codes of `tree`, see PositionCodes

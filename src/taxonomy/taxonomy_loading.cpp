@@ -25,23 +25,23 @@ class SourceRows {
  public:
   struct Row {
     std::string code;
-    std::string canonical;
+    std::string term;
     std::vector<std::string> sons;  // the values of SON1, SON2, ... that are not empty
   };
 
-  // What one position of a node line writes: the child's name goes to its parent, which is made as a
-  // placeholder when its own line has not come yet, and then the node itself gets its row or its name.
-  void Add(const std::string& code, const std::string& canonical) {
-    if (code.size() > 1) AddSon(ParentCode(code), canonical);
-    Find(code).canonical = canonical;
+  // What one position of a node line writes: the child's term goes to its parent, which is made as a
+  // placeholder when its own line has not come yet, and then the node itself gets its row or its term.
+  void Add(const std::string& code, const std::string& term) {
+    if (code.size() > 1) AddSon(ParentCode(code), term);
+    Find(code).term = term;
   }
 
   const std::vector<Row>& rows() const { return rows_; }
   int son_columns() const { return static_cast<int>(son_columns_); }
-  // True when a row has children but no name.
+  // True when a row has children but no term.
   bool has_gaps() const {
     return std::any_of(rows_.begin(), rows_.end(),
-                       [](const Row& row) { return row.canonical.empty() && !row.sons.empty(); });
+                       [](const Row& row) { return row.term.empty() && !row.sons.empty(); });
   }
 
  private:
@@ -54,7 +54,7 @@ class SourceRows {
     return rows_[found->second];
   }
 
-  void AddSon(std::string_view parent, const std::string& canonical) {
+  void AddSon(std::string_view parent, const std::string& term) {
     Row& row = Find(parent);
     son_columns_ = std::max(son_columns_, row.sons.size() + 1);
     if (son_columns_ > kMostSons) {
@@ -63,7 +63,7 @@ class SourceRows {
                       "under positions between and load again",
                       parent, kMostSons));
     }
-    if (!canonical.empty()) row.sons.push_back(canonical);  // an empty name leaves its place free
+    if (!term.empty()) row.sons.push_back(term);  // an empty term leaves its place free
   }
 
   std::vector<Row> rows_;
@@ -74,8 +74,8 @@ class SourceRows {
 SourceRows BuildRows(const TaxonomyFile& file) {
   SourceRows rows;
   for (const TaxonomyLine& line : file.lines) {
-    const std::string canonical = WithoutQuotes(line.canonical);
-    for (const std::string& code : line.codes) rows.Add(code, canonical);
+    const std::string term = WithoutQuotes(line.term);
+    for (const std::string& code : line.codes) rows.Add(code, term);
   }
   return rows;
 }
@@ -98,7 +98,7 @@ void WriteSource(Database& database, const SourceRows& source, Progress& progres
     }
     insert->second.Set(0, fmt::format_int(++number).c_str());
     insert->second.Set(1, row.code);
-    insert->second.Set(2, row.canonical);
+    insert->second.Set(2, row.term);
     int field = 3;
     for (const std::string& son : row.sons) insert->second.Set(field++, son);
     insert->second.Insert();
@@ -142,7 +142,7 @@ TaxonomyLoadReport LoadTaxonomy(const std::filesystem::path& xml_file, const std
     report.rows = static_cast<long>(source.rows().size());
     report.son_columns = source.son_columns();
     report.unnamed = std::count_if(source.rows().begin(), source.rows().end(),
-                                   [](const SourceRows::Row& row) { return row.canonical.empty(); });
+                                   [](const SourceRows::Row& row) { return row.term.empty(); });
   });
   report.passed_over = std::move(file.passed_over);
   progress.SetStatus("Completed!!");

@@ -22,13 +22,13 @@ void PruneUpward(Database& database, NodeNumber node) {
 }
 
 // Empties the SON columns of the parent that name the pruned node.
-void ForgetSon(Database& database, const std::string& code, const std::string& canonical) {
+void ForgetSon(Database& database, const std::string& code, const std::string& term) {
   const std::string parent(code.size() > 1 ? ParentCode(code) : std::string_view(code));
   Recordset row = database.OpenRecordset("SELECT * FROM Taxonomy WHERE FatherId='" + parent + "'");
   if (row.AtEnd() || row.FieldCount() <= 3) return;
   row.Edit();
   for (int field = 3; field < row.FieldCount(); ++field) {
-    if (!canonical.empty() && row.Text(field) == canonical) row.SetField(field, "");
+    if (!term.empty() && row.Text(field) == term) row.SetField(field, "");
   }
   row.Update();
 }

@@ -12,7 +12,7 @@
 namespace selvane {
 
 // Deletes from `Taxonomy`, all or nothing. Upward: the node and everything whose code occurs in the node's
-// code. Downward: everything whose code holds the node's code, and the node's name from its parent's SON
+// code. Downward: everything whose code holds the node's code, and the node's term from its parent's SON
 // columns. Both are plain substring tests: C.2 also goes with C.23. A number that is not in `Taxonomy` (any
 // more) is passed over. Throws DatabaseError.
 void PruneTaxonomy(TaxonomyStore& store, std::span<const NodeNumber> upward,

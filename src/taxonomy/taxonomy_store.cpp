@@ -157,7 +157,7 @@ void ForEach(Recordset rows, const std::function<void(const TaxonomyStore::Node&
   for (; !rows.AtEnd(); rows.MoveNext()) {
     node.number = NumberAt(rows, 0);
     node.code = rows.Text(1);
-    node.canonical = rows.Text(2);
+    node.term = rows.Text(2);
     visit(node);
   }
 }
@@ -192,7 +192,7 @@ std::vector<TaxonomyStore::Node> TaxonomyStore::Children(NodeNumber node) const 
 std::vector<std::string> TaxonomyStore::TaxonomiesInUse() const {
   std::vector<std::string> names;
   ForEachNode([&names](const Node& node) {
-    if (node.code.size() == 1 && !node.canonical.empty()) names.push_back(node.canonical);
+    if (node.code.size() == 1 && !node.term.empty()) names.push_back(node.term);
   });
   return names;
 }

@@ -21,8 +21,9 @@ using NodeNumber = std::int32_t;
 using TidList = std::vector<std::uint32_t>;
 
 // A taxonomy database, opened exclusively and writable. A node is a row of `Taxonomy`: its number, its
-// position code (the column `FatherId`, in spite of its name) and its canonical text. `Source` holds the
-// taxonomy as it was loaded, `Taxonomy` what pruning has left of it. One term may stand at several positions.
+// position code (the column `FatherId`, in spite of its name) and its term (the column `Canonical`). `Source`
+// holds the taxonomy as it was loaded, `Taxonomy` what pruning has left of it. One term may stand at several
+// positions.
 //
 // Single quotes in texts become blanks before any lookup. Every failure is a DatabaseError.
 class TaxonomyStore {
@@ -30,7 +31,7 @@ class TaxonomyStore {
   struct Node {
     NodeNumber number;
     std::string code;
-    std::string canonical;
+    std::string term;
   };
 
   // Makes a new, empty taxonomy database, with room for this many children a node, and closes it.
@@ -67,7 +68,7 @@ class TaxonomyStore {
   // The children that the node's SON columns name: a term that stands twice below the node is named twice and
   // found twice each time.
   std::vector<Node> Children(NodeNumber node) const;
-  // The names of the taxonomies in use: the canonical texts of the nodes of one letter, in row order.
+  // The names of the taxonomies in use: the terms of the nodes of one letter, in row order.
   std::vector<std::string> TaxonomiesInUse() const;
 
   // Lookups over `Source`. Both texts are empty when there is no such node.
@@ -77,7 +78,7 @@ class TaxonomyStore {
   NodeNumber LargestNodeNamedIn(std::string_view text) const;
   // True when `Taxonomy` lacks the term, as pruning leaves it.
   bool IsMissing(std::string_view term) const;
-  // The canonical texts that `Source` has at the positions of the term.
+  // The terms that `Source` has at the positions of the term.
   std::vector<std::string> SourceTermsAtPositionsOf(std::string_view term) const;
 
   // Records a row's items: every node named like an item that is present. A number seen for the first time is
@@ -96,11 +97,10 @@ class TaxonomyStore {
   // Whether the file has a table `TaxonomyOrnex`, which other programs make; and a walk over its rows. The
   // number is a text that may be anything.
   bool HasOrnex() const;
-  using VisitOrnexNode =
-      std::function<void(const std::string& number, std::string code, std::string canonical)>;
+  using VisitOrnexNode = std::function<void(const std::string& number, std::string code, std::string term)>;
   void ForEachOrnexNode(const VisitOrnexNode& visit) const;
 
-  // Appends the canonical texts of the nodes to `text`, each followed by " AND ". Unknown nodes are left out.
+  // Appends the terms of the nodes to `text`, each followed by " AND ". Unknown nodes are left out.
   void RenderWithAnd(std::span<const NodeNumber> nodes, std::string& text) const;
   // The same, then deletes three characters at the last capital A: the last AND goes and its two blanks stay.
   void Render(std::span<const NodeNumber> nodes, std::string& text) const;

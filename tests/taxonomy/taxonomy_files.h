@@ -10,8 +10,8 @@
 
 namespace selvane {
 
-inline std::string NodeLine(const std::string& canonical, const std::string& tree) {
-  return "<node canonical=\"" + canonical + "\" type=\"descriptor\" tree=\"" + tree + "\"/>\n";
+inline std::string NodeLine(const std::string& term, const std::string& tree) {
+  return "<node canonical=\"" + term + "\" type=\"descriptor\" tree=\"" + tree + "\"/>\n";
 }
 
 // A small taxonomy with everything that can go wrong in a large one: names at several positions, positions

@@ -14,25 +14,25 @@ class PlainLoader {
  public:
   explicit PlainLoader(Database& database) : database_(database) {}
 
-  void Add(const std::string& code, const std::string& canonical) {
-    if (code.size() > 1) AddSon(std::string(ParentCode(code)), canonical);
+  void Add(const std::string& code, const std::string& term) {
+    if (code.size() > 1) AddSon(std::string(ParentCode(code)), term);
     Recordset row = Find(code);
     if (row.AtEnd()) {
-      Insert("insert into Source (Index,FatherId,Canonical) values('" + Next() + "','" + code + "','" +
-             canonical + "')");
+      Insert("insert into Source (Index,FatherId,Canonical) values('" + Next() + "','" + code + "','" + term +
+             "')");
     } else {
       row.Edit();
-      row.SetField("Canonical", canonical);
+      row.SetField("Canonical", term);
       row.Update();
     }
   }
 
  private:
-  void AddSon(const std::string& parent, const std::string& canonical) {
+  void AddSon(const std::string& parent, const std::string& term) {
     if (Find(parent).AtEnd()) {
       if (sons_ == 0) AddColumn();
       Insert("insert into Source (Index,FatherId,Canonical,SON1) values('" + Next() + "','" + parent +
-             "','','" + canonical + "')");
+             "','','" + term + "')");
       return;
     }
     Recordset row = Find(parent);
@@ -41,7 +41,7 @@ class PlainLoader {
     if (field == row.FieldCount()) AddColumn();
     Recordset wide = Find(parent);
     wide.Edit();
-    wide.SetField(field, canonical);
+    wide.SetField(field, term);
     wide.Update();
   }
   Recordset Find(const std::string& code) {
@@ -67,7 +67,7 @@ void LoadPlainly(const std::string& lines, const std::string& path) {
   TaxonomyStore store(path);
   PlainLoader loader(store.database());
   for (const TaxonomyLine& line : file.lines) {
-    for (const std::string& code : line.codes) loader.Add(code, WithoutQuotes(line.canonical));
+    for (const std::string& code : line.codes) loader.Add(code, WithoutQuotes(line.term));
   }
   const std::vector<Field> fields = store.database().Fields("Source");
   for (std::size_t i = 3; i < fields.size(); ++i) store.database().AddField("Taxonomy", fields[i]);

@@ -32,7 +32,7 @@ TEST_F(TaxonomyStoreTest, ChildrenAreFoundByName) {
   const TaxonomyStore store("tax.mdb");
   EXPECT_EQ(store.Children(1).size(), 1U);  // the placeholder C.23 had no name to leave in its parent
   Texts codes;
-  for (const auto& child : store.Children(2)) codes.push_back(child.code + child.canonical);
+  for (const auto& child : store.Children(2)) codes.push_back(child.code + child.term);
   EXPECT_EQ(codes, (Texts{"C.2.1Crohn s", "C.2.2Asthma"}));
 }
 
