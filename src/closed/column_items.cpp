@@ -39,10 +39,10 @@ class NodeFinder {
     if (has_ornex_) return FindOrnex(term);
     const std::vector<NodeNumber> nodes = taxonomy_.NodesOfTerm(term);
     if (nodes.empty()) return std::nullopt;
-    return NamedNode{nodes.front(), taxonomy_.Canonical(nodes.front()), {}};
+    return NamedNode{nodes.front(), taxonomy_.FindTerm(nodes.front()).value_or(""), {}};
   }
   bool IsRenumbered(const NamedNode& item) const {
-    return has_ornex_ && taxonomy_.Canonical(item.node) != item.name;
+    return has_ornex_ && taxonomy_.FindTerm(item.node).value_or("") != item.name;
   }
 
  private:

@@ -17,13 +17,6 @@ FeatureKind KindOf(std::string_view symbol) {
   return FeatureKind::kAnyOfClass;
 }
 
-// A node without a name counts too, and is rendered as no name with its AND.
-bool IsThere(NodeNumber node, const TaxonomyStore& taxonomy) {
-  std::string text;
-  taxonomy.RenderWithAnd(std::span(&node, 1), text);
-  return !text.empty();
-}
-
 TemplateFeature ParseFeature(std::string_view text, const TaxonomyStore& taxonomy) {
   if (!text.starts_with('[')) return {ParseItem(text, taxonomy), FeatureKind::kItem};
   const std::size_t end = text.rfind(']');
@@ -86,7 +79,7 @@ RuleTemplate TemplateBuilder::Take() {
 NodeNumber ParseItem(std::string_view text, const TaxonomyStore& taxonomy) {
   if (text.starts_with('#')) {
     const auto number = Int32Of(text.substr(1));
-    if (number && IsThere(*number, taxonomy)) return *number;
+    if (number && taxonomy.FindTerm(*number)) return *number;  // a node without a term counts too
     throw InputError(fmt::format("the taxonomy has no item {}", text));
   }
   if (text.empty()) {  // would be found where a node has no name

@@ -103,7 +103,7 @@ class ItemNodes {
     std::vector<NodeNumber> nodes;
     if (!code.empty()) nodes = taxonomy.NodesAtPosition(code);
     // Another term may stand there in this taxonomy.
-    std::erase_if(nodes, [&](NodeNumber node) { return !is_unnamed && taxonomy.Canonical(node) != value; });
+    std::erase_if(nodes, [&](NodeNumber node) { return !is_unnamed && taxonomy.FindTerm(node) != value; });
     if (nodes.empty()) nodes = taxonomy.NodesOfTerm(value);
     return nodes.empty() ? std::nullopt : std::optional(nodes.front());
   }

@@ -2,19 +2,10 @@
 
 namespace selvane {
 
-const NodeNames::Name& NodeNames::Find(NodeNumber node) {
-  const auto found = names_.find(node);
-  if (found != names_.end()) return found->second;
-  // A node without a name is rendered as " AND ", one that is not there as nothing.
-  std::string text;
-  taxonomy_.RenderWithAnd(std::span(&node, 1), text);
-  const bool is_there = !text.empty();
-  if (is_there) text.resize(text.size() - std::string_view(" AND ").size());
-  return names_.emplace(node, Name{std::move(text), is_there}).first->second;
-}
-
-const std::string& NodeNames::NameOf(NodeNumber node) {
-  return Find(node).text;
+const std::optional<std::string>& NodeNames::FindTerm(NodeNumber node) {
+  const auto found = terms_.find(node);
+  if (found != terms_.end()) return found->second;
+  return terms_.emplace(node, taxonomy_.FindTerm(node)).first->second;
 }
 
 const std::string& NodeNames::CodeOf(NodeNumber node) {
@@ -26,8 +17,7 @@ const std::string& NodeNames::CodeOf(NodeNumber node) {
 std::string NodeNames::WithAnd(std::span<const NodeNumber> nodes) {
   std::string text;
   for (const NodeNumber node : nodes) {
-    const Name& name = Find(node);
-    if (name.is_there) text.append(name.text).append(" AND ");
+    if (const std::optional<std::string>& term = FindTerm(node)) text.append(*term).append(" AND ");
   }
   return text;
 }
@@ -42,8 +32,8 @@ std::string NodeNames::Joined(std::span<const NodeNumber> nodes) {
   std::string text;
   for (const NodeNumber node : nodes) {
     if (!text.empty()) text += " AND ";
-    const Name& name = Find(node);
-    text += name.text.empty() ? "#" + std::to_string(node) : name.text;
+    const std::optional<std::string>& term = FindTerm(node);
+    text += !term || term->empty() ? "#" + std::to_string(node) : *term;
   }
   return text;
 }

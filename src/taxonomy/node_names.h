@@ -1,6 +1,7 @@
 // Names and codes of nodes, each looked up once.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 #include <unordered_map>
@@ -15,8 +16,8 @@ class NodeNames {
   // The taxonomy must outlive it.
   explicit NodeNames(const TaxonomyStore& taxonomy) : taxonomy_(taxonomy) {}
 
-  // The term; empty when there is no such node.
-  const std::string& NameOf(NodeNumber node);
+  // Nothing when there is no such node.
+  const std::optional<std::string>& FindTerm(NodeNumber node);
   // The position code. Throws DatabaseError when there is no such node.
   const std::string& CodeOf(NodeNumber node);
 
@@ -28,14 +29,8 @@ class NodeNames {
   std::string Joined(std::span<const NodeNumber> nodes);
 
  private:
-  struct Name {
-    std::string text;
-    bool is_there;
-  };
-  const Name& Find(NodeNumber node);
-
   const TaxonomyStore& taxonomy_;
-  std::unordered_map<NodeNumber, Name> names_;
+  std::unordered_map<NodeNumber, std::optional<std::string>> terms_;
   std::unordered_map<NodeNumber, std::string> codes_;
 };
 

@@ -70,10 +70,7 @@ void CutLastAnd(std::string& text) {
 
 void TaxonomyStore::RenderWithAnd(std::span<const NodeNumber> nodes, std::string& text) const {
   for (const NodeNumber node : nodes) {
-    const Recordset rows = Select("SELECT Canonical FROM Taxonomy WHERE Index='", fmt::format("{}", node));
-    if (rows.AtEnd()) continue;
-    text += rows.Text(0);
-    text += kAnd;
+    if (const std::optional<std::string> term = FindTerm(node)) text.append(*term).append(kAnd);
   }
 }
 

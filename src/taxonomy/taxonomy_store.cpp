@@ -116,9 +116,9 @@ std::vector<std::string> TaxonomyStore::Texts(std::string_view sql, std::string_
   return texts;
 }
 
-std::string TaxonomyStore::Canonical(NodeNumber node) const {
+std::optional<std::string> TaxonomyStore::FindTerm(NodeNumber node) const {
   const Recordset rows = Select("SELECT Canonical FROM Taxonomy WHERE Index='", fmt::format("{}", node));
-  return rows.AtEnd() ? std::string() : std::string(rows.Text(0));
+  return rows.AtEnd() ? std::nullopt : std::optional<std::string>(rows.Text(0));
 }
 
 std::string TaxonomyStore::PositionOf(NodeNumber node) const {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -56,8 +57,10 @@ class TaxonomyStore {
   std::int32_t SpecificityBound() const;
 
   // Lookups over `Taxonomy`.
-  std::string Canonical(NodeNumber node) const;   // empty when there is no such node
-  std::string PositionOf(NodeNumber node) const;  // fails when there is no such node
+  // Nothing when there is no such node; a node without a term has an empty one.
+  std::optional<std::string> FindTerm(NodeNumber node) const;
+  // Fails when there is no such node.
+  std::string PositionOf(NodeNumber node) const;
   std::vector<NodeNumber> NodesOfTerm(std::string_view term) const;
   std::vector<std::string> PositionsOfTerm(std::string_view term) const;
   std::vector<NodeNumber> NodesAtPosition(std::string_view code) const;

@@ -46,7 +46,7 @@ class PlainApriori {
     return static_cast<float>(set.tids.size()) / static_cast<float>(rows) >= support_;
   }
   bool Before(std::uint32_t a, std::uint32_t b) const {
-    return taxonomy_.Canonical(static_cast<NodeNumber>(a)) < taxonomy_.Canonical(static_cast<NodeNumber>(b));
+    return taxonomy_.FindTerm(static_cast<NodeNumber>(a)) < taxonomy_.FindTerm(static_cast<NodeNumber>(b));
   }
   static TidList Meet(const Set& a, const Set& b) {
     TidList both;
