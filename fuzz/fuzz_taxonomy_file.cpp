@@ -1,6 +1,7 @@
 #include "base/error.h"
 #include "base/text.h"
 #include "fuzzing.h"
+#include "taxonomy/position_code.h"
 #include "taxonomy/taxonomy_file.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

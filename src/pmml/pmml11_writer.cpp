@@ -7,6 +7,7 @@
 #include "base/text.h"
 #include "pmml/pmml_model.h"
 #include "rules/rule_list.h"
+#include "taxonomy/position_code.h"
 
 namespace selvane {
 
@@ -57,7 +58,7 @@ void WriteItems(OutputFile& output, const std::vector<std::int32_t>& map, std::s
           lines
               .emplace(map[place],
                        fmt::format("<AssocItem id=\"{}\"  value=\"{}\"  mappedValue=\"{}\" weight=\"{}\"/>\n",
-                                   map[place], ToLatin1(node.term), ToLatin1(ShortCode(node.code)), weight))
+                                   map[place], ToLatin1(node.term), ToLatin1(TreeNumber(node.code)), weight))
               .first;
     }
     text += line->second;

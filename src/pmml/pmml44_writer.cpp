@@ -9,6 +9,7 @@
 #include "base/text.h"
 #include "measures/measures.h"
 #include "rules/rule_list.h"
+#include "taxonomy/position_code.h"
 #include "version.h"
 
 namespace selvane {
@@ -97,7 +98,7 @@ void WriteItem(OutputFile& output, std::int32_t item, const TaxonomyStore& taxon
   const TaxonomyStore::Node node = taxonomy.SourceNode(item);
   const std::string name = node.term.empty() ? fmt::format("#{}", item) : node.term;
   output.Write(fmt::format("  <Item id=\"{}\" value=\"{}\" mappedValue=\"{}\"/>\n", item, Escaped(name),
-                           Escaped(ShortCode(node.code))));
+                           Escaped(TreeNumber(node.code))));
 }
 
 void WriteItemset(OutputFile& output, std::size_t number, const Itemsets::Itemset& itemset) {

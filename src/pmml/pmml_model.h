@@ -10,12 +10,6 @@
 
 namespace selvane {
 
-// A position code as the taxonomy file had it: without the dot behind its letter.
-inline std::string ShortCode(std::string code) {
-  if (code.size() > 1) code.erase(1, 1);
-  return code;
-}
-
 // What an association model says of itself. The texts are as they stand in the file or in the rules
 // information file.
 struct ModelParameters {

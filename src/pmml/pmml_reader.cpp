@@ -12,6 +12,7 @@
 #include "data/new_database.h"
 #include "data/sql_dialect.h"
 #include "pmml/pmml_xml_reader.h"
+#include "taxonomy/position_code.h"
 
 namespace selvane {
 
@@ -90,7 +91,7 @@ PmmlHead ReadLineHead(const std::string& text, const fs::path& path, Progress& p
     if (Has(lines.line(), "<AssocItem")) {
       const std::string code = lines.Attribute("mappedValue=");
       const std::string value = lines.Attribute("value=");
-      if (code.size() == 1) {
+      if (IsCategory(code)) {
         head.taxonomies.push_back(value);
         head.taxonomy_codes += code;
       }

@@ -7,7 +7,7 @@
 #include <pugixml.hpp>
 #include <unordered_map>
 
-#include "taxonomy/taxonomy_file.h"
+#include "taxonomy/position_code.h"
 
 namespace selvane {
 

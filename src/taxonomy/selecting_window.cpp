@@ -8,6 +8,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "taxonomy/position_code.h"
 #include "taxonomy/taxonomy_pruning.h"
 #include "ui/framed.h"
 #include "ui/qt_text.h"
@@ -88,7 +89,7 @@ void SelectingWindow::ShowCategories() {
   existing_->clear();
   QList<QTreeWidgetItem*> items;
   taxonomy_->ForEachNode([&items](const TaxonomyStore::Node& node) {
-    if (node.code.size() == 1) items.append(MakeItem(node));
+    if (IsCategory(node.code)) items.append(MakeItem(node));
   });
   existing_->addTopLevelItems(items);
 }

@@ -7,6 +7,7 @@
 #include "base/error.h"
 #include "base/file.h"
 #include "base/text.h"
+#include "taxonomy/position_code.h"
 
 namespace selvane {
 
@@ -91,7 +92,7 @@ void ParseTaxonomyText(std::string text, std::string_view name, TaxonomyFile& fi
     node.codes = PositionCodes(node.tree);
     CheckLine(node, name, number);
     AddDistinct(file.types, node.type);
-    AddDistinct(file.categories, node.tree.substr(0, 1));
+    AddDistinct(file.categories, CategoryOf(node.tree));
     file.lines.push_back(std::move(node));
   }
   if (!file.types.empty()) file.types.pop_back();
@@ -100,19 +101,6 @@ void ParseTaxonomyText(std::string text, std::string_view name, TaxonomyFile& fi
 
 void ReadTaxonomyFile(const std::filesystem::path& path, TaxonomyFile& file, Progress& progress) {
   ParseTaxonomyText(ReadFile(path), path.string(), file, progress);
-}
-
-std::vector<std::string> PositionCodes(std::string_view tree) {
-  std::vector<std::string> codes;
-  while (!tree.empty()) {
-    const std::size_t end = std::min(tree.find(';'), tree.size());
-    std::string code(Trimmed(tree.substr(0, end)));
-    tree.remove_prefix(std::min(end + 1, tree.size()));
-    if (code.empty()) continue;
-    if (code.size() > 1) code.insert(1, ".");
-    codes.push_back(std::move(code));
-  }
-  return codes;
 }
 
 }  // namespace selvane

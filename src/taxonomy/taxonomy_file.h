@@ -14,7 +14,7 @@ namespace selvane {
 struct TaxonomyLine {
   std::string_view term;  // the value of `canonical`; its single quotes still stand
   std::string_view type;
-  std::string_view tree;           // one position code or several, separated by ";"
+  std::string_view tree;           // one tree number or several, separated by ";"
   std::vector<std::string> codes;  // the position codes of `tree`, see PositionCodes
 };
 
@@ -36,9 +36,5 @@ void CheckTaxonomyFileName(const std::filesystem::path& path);
 void ReadTaxonomyFile(const std::filesystem::path& path, TaxonomyFile& file, Progress& progress);
 // The same from a text in memory; `name` stands in messages.
 void ParseTaxonomyText(std::string text, std::string_view name, TaxonomyFile& file, Progress& progress);
-
-// The position codes of a tree value, the category letter a level of its own: "C23.888;C25.1" gives C.23.888
-// and C.25.1, "C" stays C.
-std::vector<std::string> PositionCodes(std::string_view tree);
 
 }  // namespace selvane

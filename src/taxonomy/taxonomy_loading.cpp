@@ -9,6 +9,7 @@
 #include "base/text.h"
 #include "data/bulk_insert.h"
 #include "data/new_database.h"
+#include "taxonomy/position_code.h"
 #include "taxonomy/taxonomy_file.h"
 #include "taxonomy/taxonomy_store.h"
 

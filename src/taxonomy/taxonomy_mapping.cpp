@@ -6,6 +6,7 @@
 #include "base/text.h"
 #include "data/database_error.h"
 #include "data/recordset.h"
+#include "taxonomy/position_code.h"
 #include "taxonomy/taxonomy_store.h"
 
 namespace selvane {

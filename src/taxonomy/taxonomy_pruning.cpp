@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "data/recordset.h"
+#include "taxonomy/position_code.h"
 
 namespace selvane {
 
@@ -67,11 +68,9 @@ std::optional<std::string> FindPosition(const TaxonomyStore& store, std::string_
   const auto has = [&](const std::string& position) {
     return in_source ? store.SourceHasPosition(position) : store.HasPosition(position);
   };
-  std::string position(code);
-  if (has(position)) return position;
-  if (position.size() < 2) return std::nullopt;
-  position.insert(1, ".");
-  if (has(position)) return position;
+  for (std::string position : {std::string(code), PositionCode(code)}) {
+    if (has(position)) return position;
+  }
   return std::nullopt;
 }
 

@@ -9,6 +9,7 @@
 #include "base/text.h"
 #include "data/database_error.h"
 #include "data/recordset.h"
+#include "taxonomy/position_code.h"
 
 namespace selvane {
 
@@ -21,11 +22,6 @@ NodeNumber NumberAt(const Recordset& rows, int position) {
 }
 
 }  // namespace
-
-std::string_view ParentCode(std::string_view code) {
-  const std::size_t dot = code.rfind('.');
-  return dot == std::string_view::npos ? std::string_view() : code.substr(0, dot);
-}
 
 std::vector<Field> TaxonomyStore::NodeFields() {
   return {{"Index", FieldType::kText, kTextWidth},
@@ -192,7 +188,7 @@ std::vector<TaxonomyStore::Node> TaxonomyStore::Children(NodeNumber node) const 
 std::vector<std::string> TaxonomyStore::TaxonomiesInUse() const {
   std::vector<std::string> names;
   ForEachNode([&names](const Node& node) {
-    if (node.code.size() == 1 && !node.term.empty()) names.push_back(node.term);
+    if (IsCategory(node.code) && !node.term.empty()) names.push_back(node.term);
   });
   return names;
 }

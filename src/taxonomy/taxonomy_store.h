@@ -135,9 +135,6 @@ class TaxonomyStore {
   std::vector<char> marks_;
 };
 
-// The code without its last segment; empty for a code without a ".".
-std::string_view ParentCode(std::string_view code);
-
 // Deletes three characters at the last capital A, so that "Asthma AND Fever AND " keeps its two blanks only.
 void CutLastAnd(std::string& text);
 

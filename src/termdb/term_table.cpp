@@ -11,6 +11,7 @@
 #include "base/text.h"
 #include "data/bulk_insert.h"
 #include "data/new_database.h"
+#include "taxonomy/position_code.h"
 #include "termdb/tagged_abstract.h"
 
 namespace selvane {
@@ -54,7 +55,7 @@ class TermNumbers {
   bool IsAccepted(std::string_view term) {
     const std::vector<std::string> codes = taxonomy_.PositionsOfTerm(term);
     return !codes.empty() && std::all_of(codes.begin(), codes.end(), [this](const std::string& code) {
-      const std::string category = code.substr(0, 1);
+      const std::string category(CategoryOf(code));
       const auto found = categories_.find(category);
       if (found != categories_.end()) return found->second;
       return categories_.emplace(category, taxonomy_.HasPosition(category)).first->second;

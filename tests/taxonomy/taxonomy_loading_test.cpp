@@ -4,6 +4,7 @@
 #include "data/bulk_insert.h"
 #include "data/database_error.h"
 #include "data/recordset.h"
+#include "taxonomy/position_code.h"
 #include "taxonomy/taxonomy_file.h"
 #include "taxonomy/taxonomy_files.h"
 
