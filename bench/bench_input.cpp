@@ -74,7 +74,7 @@ void MakeTaxonomy(const fs::path& path, int children, int levels) {
 std::vector<std::string> LeafTerms(const fs::path& taxonomy, int count) {
   const TaxonomyStore store(taxonomy);
   std::vector<std::string> deep;
-  store.ForEachNode([&deep](const TaxonomyStore::Node& node) {
+  store.working().ForEachNode([&deep](const TaxonomyNode& node) {
     if (std::count(node.code.begin(), node.code.end(), '.') == 4) deep.push_back(node.term);
   });
   std::vector<std::string> terms;

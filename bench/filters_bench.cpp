@@ -54,7 +54,7 @@ struct Input {
 
   void MakeWideRules(const TaxonomyStore& taxonomy) {
     std::vector<NodeNumber> nodes;
-    taxonomy.ForEachNode([&nodes](const TaxonomyStore::Node& node) { nodes.push_back(node.number); });
+    taxonomy.working().ForEachNode([&nodes](const TaxonomyNode& node) { nodes.push_back(node.number); });
     std::mt19937 random(5);
     std::uniform_real_distribution<float> chance(0.01F, 1);
     const auto some = [&](std::size_t most) {

@@ -20,7 +20,7 @@ std::uint32_t CountOf(std::span<const RowWord> rows) {
 std::vector<std::uint32_t> CanonicalRanks(std::span<const NodeNumber> nodes, const TaxonomyStore& taxonomy) {
   std::vector<std::string> terms;
   terms.reserve(nodes.size());
-  for (const NodeNumber node : nodes) terms.push_back(taxonomy.FindTerm(node).value_or(""));
+  for (const NodeNumber node : nodes) terms.push_back(taxonomy.working().FindTerm(node).value_or(""));
   std::vector<std::uint32_t> order(nodes.size());
   std::iota(order.begin(), order.end(), 0U);
   // Of two nodes with one term, the one met later comes first. Joining two itemsets puts the later one first
@@ -62,7 +62,7 @@ FrequentItems SelectFrequentItems(const ItemRegistry& registry, float minimum_su
 PairTable UnrelatedPairs(const FrequentItems& items, const TaxonomyStore& taxonomy) {
   std::vector<std::string> codes;
   codes.reserve(items.nodes.size());
-  for (const NodeNumber node : items.nodes) codes.push_back(taxonomy.PositionOf(node));
+  for (const NodeNumber node : items.nodes) codes.push_back(taxonomy.working().PositionOf(node));
   PairTable pairs(codes.size());
   for (std::uint32_t a = 0; a < codes.size(); ++a) {
     for (std::uint32_t b = 0; b < a; ++b) {

@@ -88,7 +88,7 @@ void Import(const ImportOptions& options, const CliContext& context) {
       context.err,
       "table {}: the file declares {} rules, {} were taken over; the greatest node of its taxonomies is {}\n",
       head.parameters.name, head.declared_rules, rules.size(),
-      taxonomy.LargestNodeNamedIn(head.taxonomy_codes));
+      taxonomy.source().LargestNodeNamedIn(head.taxonomy_codes));
 }
 
 void AddImport(CLI::App& group, const CliContext& context) {

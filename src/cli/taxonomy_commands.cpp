@@ -48,9 +48,10 @@ void AddLoad(CLI::App& group, const CliContext& context) {
 void List(const fs::path& database, bool source, const std::string& under, int depth,
           const CliContext& context) {
   const TaxonomyStore store(database);
+  const TaxonomyTable table = source ? store.source() : store.working();
   std::string code = under;
   if (!under.empty()) {
-    code = FindPosition(store, under, source).value_or("");
+    code = FindPosition(table, under).value_or("");
     if (code.empty())
       throw InputError(fmt::format("the taxonomy has no position {}; list it to see which", under));
   }
@@ -59,12 +60,12 @@ void List(const fs::path& database, bool source, const std::string& under, int d
   const auto dots = [](std::string_view text) { return std::count(text.begin(), text.end(), '.'); };
   // A code has as many dots as levels above it; the position named by --under is the first level itself.
   const auto deepest = dots(code) + depth - 1;
-  const auto visit = [&](const TaxonomyStore::Node& node) {
+  const auto visit = [&](const TaxonomyNode& node) {
     if (!code.empty() && node.code != code && !node.code.starts_with(below)) return;
     if (depth > 0 && dots(node.code) > deepest) return;
     fmt::format_to(std::back_inserter(lines), "{}\t{}\t{}\n", node.number, node.code, node.term);
   };
-  source ? store.ForEachSourceNode(visit) : store.ForEachNode(visit);
+  table.ForEachNode(visit);
   WriteOut(context, lines);
 }
 
@@ -107,14 +108,14 @@ void AddPrune(CLI::App& group, const CliContext& context) {
     TaxonomyStore store(options->database);
     std::vector<NodeNumber> nodes;
     for (const std::string& code : options->codes) {
-      const std::optional<std::string> position = FindPosition(store, code);
+      const std::optional<std::string> position = FindPosition(store.working(), code);
       if (!position) {
         throw InputError(
             fmt::format("the taxonomy has no position {}; nothing was pruned. "
                         "taxonomy list shows what there is",
                         code));
       }
-      for (const NodeNumber node : store.NodesAtPosition(*position)) nodes.push_back(node);
+      for (const NodeNumber node : store.working().NodesAtPosition(*position)) nodes.push_back(node);
     }
     const long before = store.database().RecordCount("Taxonomy");
     const std::span<const NodeNumber> none;

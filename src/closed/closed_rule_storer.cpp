@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "data/database_error.h"
+#include "taxonomy/rendering.h"
 
 namespace selvane {
 
@@ -80,12 +81,15 @@ const std::string& ClosedRuleStorer::RenderedItem(std::uint32_t item) {
   const std::string& code = items_.codes[item];
   std::vector<NodeNumber> numbers;
   try {
-    if (!code.empty()) taxonomy_.RenderOrnex({&code, 1}, text, numbers);
+    if (!code.empty()) taxonomy_.ornex().Render({&code, 1}, text, numbers);
   } catch (const DatabaseError&) {
     numbers.clear();  // a row of another term, whose number is none
   }
   // Without that table; or another term stands first at the position.
-  if (numbers != std::vector{items_.nodes[item]}) text = items_.names[item] + " AND ";
+  if (numbers != std::vector{items_.nodes[item]}) {
+    text.clear();
+    AppendWithAnd(items_.names[item], text);
+  }
   return text;
 }
 

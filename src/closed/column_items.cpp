@@ -26,10 +26,11 @@ struct NamedNode {
 // Finds the node of a term.
 class NodeFinder {
  public:
-  explicit NodeFinder(const TaxonomyStore& taxonomy) : taxonomy_(taxonomy), has_ornex_(taxonomy.HasOrnex()) {
+  explicit NodeFinder(const TaxonomyStore& taxonomy)
+      : taxonomy_(taxonomy), has_ornex_(taxonomy.ornex().Exists()) {
     // Other programs make the table, so it may have no index: it is read once.
     if (!has_ornex_) return;
-    taxonomy.ForEachOrnexNode([this](const std::string& number, std::string code, std::string term) {
+    taxonomy.ornex().ForEachRow([this](const std::string& number, std::string code, std::string term) {
       ornex_.try_emplace(std::move(term), OrnexNode{number, std::move(code)});
     });
   }
@@ -37,12 +38,12 @@ class NodeFinder {
   std::optional<NamedNode> Find(const std::string& column) const {
     const std::string term = WithoutQuotes(column);
     if (has_ornex_) return FindOrnex(term);
-    const std::vector<NodeNumber> nodes = taxonomy_.NodesOfTerm(term);
+    const std::vector<NodeNumber> nodes = taxonomy_.working().NodesOfTerm(term);
     if (nodes.empty()) return std::nullopt;
-    return NamedNode{nodes.front(), taxonomy_.FindTerm(nodes.front()).value_or(""), {}};
+    return NamedNode{nodes.front(), taxonomy_.working().FindTerm(nodes.front()).value_or(""), {}};
   }
   bool IsRenumbered(const NamedNode& item) const {
-    return has_ornex_ && taxonomy_.FindTerm(item.node).value_or("") != item.name;
+    return has_ornex_ && taxonomy_.working().FindTerm(item.node).value_or("") != item.name;
   }
 
  private:

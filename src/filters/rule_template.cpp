@@ -79,13 +79,13 @@ RuleTemplate TemplateBuilder::Take() {
 NodeNumber ParseItem(std::string_view text, const TaxonomyStore& taxonomy) {
   if (text.starts_with('#')) {
     const auto number = Int32Of(text.substr(1));
-    if (number && taxonomy.FindTerm(*number)) return *number;  // a node without a term counts too
+    if (number && taxonomy.working().FindTerm(*number)) return *number;  // a node without a term counts too
     throw InputError(fmt::format("the taxonomy has no item {}", text));
   }
   if (text.empty()) {  // would be found where a node has no name
     throw InputError("an item is empty; name it as Fever or #17, or write [Any] where anything will do");
   }
-  const std::vector<NodeNumber> nodes = taxonomy.NodesOfTerm(text);
+  const std::vector<NodeNumber> nodes = taxonomy.working().NodesOfTerm(text);
   if (nodes.size() == 1) return nodes.front();
   if (nodes.empty()) {
     throw InputError(fmt::format("the taxonomy has no term \"{}\"; taxonomy list shows what there is", text));
@@ -93,7 +93,7 @@ NodeNumber ParseItem(std::string_view text, const TaxonomyStore& taxonomy) {
   std::string choices;
   for (const NodeNumber node : nodes) {
     fmt::format_to(std::back_inserter(choices), "{}#{} at {}", choices.empty() ? "" : ", ", node,
-                   taxonomy.PositionOf(node));
+                   taxonomy.working().PositionOf(node));
   }
   throw InputError(
       fmt::format("{} stands at several positions; choose one by its number: {}", text, choices));

@@ -46,8 +46,9 @@ RulesInfo OpenRulesForFiltering(RulesStore& store, const TaxonomyStore& taxonomy
                                 const std::filesystem::path& path) {
   store.OpenRulesDatabase(path);
   RulesInfo info = ReadRulesInfo(path);
-  const bool all_there = std::all_of(info.taxonomies.begin(), info.taxonomies.end(),
-                                     [&](const std::string& name) { return taxonomy.HasTerm(name); });
+  const bool all_there =
+      std::all_of(info.taxonomies.begin(), info.taxonomies.end(),
+                  [&](const std::string& name) { return taxonomy.working().HasTerm(name); });
   // All are named, as it is the set that tells which taxonomy database is the right one.
   if (!all_there) throw MissingTaxonomies(info.taxonomies);
   return info;

@@ -80,7 +80,7 @@ ItemRegistry ReadItems(TransactionSource& source, std::string_view table,
     // the row come before all ancestors, as asking for items and then for ancestors of each row gives it.
     for (const std::size_t column : new_columns) {
       met[column] = true;
-      for (const NodeNumber node : taxonomy.NodesOfTerm(item_names[column]))
+      for (const NodeNumber node : taxonomy.working().NodesOfTerm(item_names[column]))
         nodes.Add(node, column, registry.direct);
     }
     for (const std::size_t column : new_columns) {

@@ -108,7 +108,7 @@ void ExchangeWindow::SelectFile() {
 void ExchangeWindow::Import() {
   const PmmlHead head = file_->ReadHead(progress());
   if (!ChooseTaxonomy("Selecting taxonomies database : ")) return;
-  largest_imported_node_ = taxonomy_->LargestNodeNamedIn(head.taxonomy_codes);
+  largest_imported_node_ = taxonomy_->source().LargestNodeNamedIn(head.taxonomy_codes);
   fs::path path = context().dialogs.SaveFile(this, FileKind::kRulesDatabase,
                                              "Saving imported rules :", OverwriteQuestion::kAsked);
   // Nobody was asked about the one that stands in for it.

@@ -53,7 +53,7 @@ void WriteItems(OutputFile& output, const std::vector<std::int32_t>& map, std::s
   for (std::size_t place = 0; place < map.size(); ++place) {
     auto line = lines.find(map[place]);
     if (line == lines.end()) {
-      const TaxonomyStore::Node node = taxonomy.SourceNode(map[place]);
+      const TaxonomyNode node = taxonomy.source().FindNode(map[place]).value_or(TaxonomyNode{});
       line =
           lines
               .emplace(map[place],

@@ -95,7 +95,7 @@ void WriteHead(OutputFile& output, const Clock& clock) {
 }
 
 void WriteItem(OutputFile& output, std::int32_t item, const TaxonomyStore& taxonomy) {
-  const TaxonomyStore::Node node = taxonomy.SourceNode(item);
+  const TaxonomyNode node = taxonomy.source().FindNode(item).value_or(TaxonomyNode{});
   const std::string name = node.term.empty() ? fmt::format("#{}", item) : node.term;
   output.Write(fmt::format("  <Item id=\"{}\" value=\"{}\" mappedValue=\"{}\"/>\n", item, Escaped(name),
                            Escaped(TreeNumber(node.code))));

@@ -97,14 +97,15 @@ class ItemNodes {
     const bool is_unnamed = number && value == fmt::format("#{}", *number);  // as an export writes it
     if (number) {
       // What is pruned keeps its number, and an item without a position is known by its number and its name.
-      const TaxonomyStore::Node node = taxonomy.SourceNode(*number);
+      const TaxonomyNode node = taxonomy.source().FindNode(*number).value_or(TaxonomyNode{});
       if ((code.empty() || node.code == code) && (node.term == value || is_unnamed)) return number;
     }
     std::vector<NodeNumber> nodes;
-    if (!code.empty()) nodes = taxonomy.NodesAtPosition(code);
+    if (!code.empty()) nodes = taxonomy.working().NodesAtPosition(code);
     // Another term may stand there in this taxonomy.
-    std::erase_if(nodes, [&](NodeNumber node) { return !is_unnamed && taxonomy.FindTerm(node) != value; });
-    if (nodes.empty()) nodes = taxonomy.NodesOfTerm(value);
+    std::erase_if(nodes,
+                  [&](NodeNumber node) { return !is_unnamed && taxonomy.working().FindTerm(node) != value; });
+    if (nodes.empty()) nodes = taxonomy.working().NodesOfTerm(value);
     return nodes.empty() ? std::nullopt : std::optional(nodes.front());
   }
 

@@ -1,23 +1,25 @@
 #include "taxonomy/node_names.h"
 
+#include "taxonomy/rendering.h"
+
 namespace selvane {
 
 const std::optional<std::string>& NodeNames::FindTerm(NodeNumber node) {
   const auto found = terms_.find(node);
   if (found != terms_.end()) return found->second;
-  return terms_.emplace(node, taxonomy_.FindTerm(node)).first->second;
+  return terms_.emplace(node, taxonomy_.working().FindTerm(node)).first->second;
 }
 
 const std::string& NodeNames::CodeOf(NodeNumber node) {
   const auto found = codes_.find(node);
   if (found != codes_.end()) return found->second;
-  return codes_.emplace(node, taxonomy_.PositionOf(node)).first->second;
+  return codes_.emplace(node, taxonomy_.working().PositionOf(node)).first->second;
 }
 
 std::string NodeNames::WithAnd(std::span<const NodeNumber> nodes) {
   std::string text;
   for (const NodeNumber node : nodes) {
-    if (const std::optional<std::string>& term = FindTerm(node)) text.append(*term).append(" AND ");
+    if (const std::optional<std::string>& term = FindTerm(node)) AppendWithAnd(*term, text);
   }
   return text;
 }

@@ -21,11 +21,12 @@ class NodeNames {
   // The position code. Throws DatabaseError when there is no such node.
   const std::string& CodeOf(NodeNumber node);
 
-  // As TaxonomyStore::RenderWithAnd: each name followed by " AND "; nodes that are not there are left out.
+  // As the store renders them before it cuts the last AND: each term followed by " AND "; nodes that are not
+  // there are left out.
   std::string WithAnd(std::span<const NodeNumber> nodes);
   // As TaxonomyStore::Render: the same with the last AND cut so that its blanks stay.
   std::string Rendered(std::span<const NodeNumber> nodes);
-  // For people: names joined by " AND ", a node that is not there by its number, as #17.
+  // For people: terms joined by " AND ", a node that is not there by its number, as #17.
   std::string Joined(std::span<const NodeNumber> nodes);
 
  private:

@@ -20,7 +20,7 @@ namespace {
 
 constexpr int kNodeRole = Qt::UserRole;
 
-QTreeWidgetItem* MakeItem(const TaxonomyStore::Node& node) {
+QTreeWidgetItem* MakeItem(const TaxonomyNode& node) {
   // A node without a term is shown by its position, so that it can be seen and chosen.
   auto* const item = new QTreeWidgetItem({ToQt(node.term.empty() ? node.code : node.term)});
   item->setData(0, kNodeRole, node.number);
@@ -88,7 +88,7 @@ bool SelectingWindow::Prepare() {
 void SelectingWindow::ShowCategories() {
   existing_->clear();
   QList<QTreeWidgetItem*> items;
-  taxonomy_->ForEachNode([&items](const TaxonomyStore::Node& node) {
+  taxonomy_->working().ForEachNode([&items](const TaxonomyNode& node) {
     if (IsCategory(node.code)) items.append(MakeItem(node));
   });
   existing_->addTopLevelItems(items);
@@ -99,7 +99,7 @@ void SelectingWindow::ShowChildren(QTreeWidgetItem& item) {
   QList<QTreeWidgetItem*> items;
   // A term that stands twice below the node is found twice each time.
   std::unordered_set<NodeNumber> seen;
-  for (const TaxonomyStore::Node& child : taxonomy_->Children(item.data(0, kNodeRole).toInt())) {
+  for (const TaxonomyNode& child : taxonomy_->Children(item.data(0, kNodeRole).toInt())) {
     if (seen.insert(child.number).second) items.append(MakeItem(child));
   }
   item.setChildIndicatorPolicy(QTreeWidgetItem::DontShowIndicatorWhenChildless);

@@ -11,6 +11,7 @@
 #include "data/new_database.h"
 #include "taxonomy/position_code.h"
 #include "taxonomy/taxonomy_file.h"
+#include "taxonomy/taxonomy_schema.h"
 #include "taxonomy/taxonomy_store.h"
 
 namespace selvane {
@@ -82,11 +83,11 @@ SourceRows BuildRows(const TaxonomyFile& file) {
 }
 
 void WriteSource(Database& database, const SourceRows& source, Progress& progress) {
-  const std::vector<Field> node_fields = TaxonomyStore::NodeFields();
+  const std::vector<Field> node_fields = NodeFields();
   std::vector<std::string> names;
   names.reserve(node_fields.size() + static_cast<std::size_t>(source.son_columns()));
   for (const Field& field : node_fields) names.push_back(field.name);
-  for (int i = 1; i <= source.son_columns(); ++i) names.push_back(TaxonomyStore::SonField(i).name);
+  for (int i = 1; i <= source.son_columns(); ++i) names.push_back(SonField(i).name);
   std::map<std::size_t, BulkInsert> inserts;  // by number of fields
   HundredthSteps steps(progress, source.rows().size());
   std::int64_t number = 0;
@@ -115,7 +116,7 @@ void FillDatabase(const std::filesystem::path& path, const SourceRows& source, P
   database.DropIndexes("Source");
   WriteSource(database, source, progress);
   progress.SetStatus("Finalizing taxonomies database....");
-  for (const Field& field : TaxonomyStore::NodeFields()) database.CreateIndex("Source", field.name);
+  for (const Field& field : NodeFields()) database.CreateIndex("Source", field.name);
   progress.Pulse();
   transaction.Commit();
 }

@@ -64,12 +64,9 @@ void PruneTaxonomy(TaxonomyStore& store, std::span<const NodeNumber> upward,
   transaction.Commit();
 }
 
-std::optional<std::string> FindPosition(const TaxonomyStore& store, std::string_view code, bool in_source) {
-  const auto has = [&](const std::string& position) {
-    return in_source ? store.SourceHasPosition(position) : store.HasPosition(position);
-  };
+std::optional<std::string> FindPosition(const TaxonomyTable& table, std::string_view code) {
   for (std::string position : {std::string(code), PositionCode(code)}) {
-    if (has(position)) return position;
+    if (table.HasPosition(position)) return position;
   }
   return std::nullopt;
 }

@@ -18,9 +18,8 @@ namespace selvane {
 void PruneTaxonomy(TaxonomyStore& store, std::span<const NodeNumber> upward,
                    std::span<const NodeNumber> downward, Progress& progress);
 
-// The code under which `Taxonomy`, or `Source`, has the position that a user names, as C.23.888 or as
-// C23.888; nothing when it has neither.
-std::optional<std::string> FindPosition(const TaxonomyStore& store, std::string_view code,
-                                        bool in_source = false);
+// The code under which a table has the position that a user names, as C.23.888 or as C23.888; nothing when it
+// has neither.
+std::optional<std::string> FindPosition(const TaxonomyTable& table, std::string_view code);
 
 }  // namespace selvane

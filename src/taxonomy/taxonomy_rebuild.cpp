@@ -6,6 +6,7 @@
 #include "base/text.h"
 #include "data/bulk_insert.h"
 #include "data/recordset.h"
+#include "taxonomy/taxonomy_schema.h"
 #include "taxonomy/taxonomy_store.h"
 
 namespace selvane {
@@ -94,7 +95,7 @@ void TaxonomyStore::SetInsertQuery(std::string_view statement) {
 
 void TaxonomyStore::RestoreTerm(std::string_view term) {
   Transaction transaction(database_);
-  const std::vector<std::string> codes = Texts("SELECT FatherId FROM Source WHERE Canonical='", term);
+  const std::vector<std::string> codes = source().PositionsOfTerm(term);
   std::vector<std::string> names;
   for (const Field& field : database_.Fields("Source")) names.push_back(field.name);
   BulkInsert insert = database_.OpenBulkInsert("Taxonomy", names);

@@ -53,12 +53,12 @@ class TermNumbers {
  private:
   // A term that the working taxonomy knows at positions whose categories are all there.
   bool IsAccepted(std::string_view term) {
-    const std::vector<std::string> codes = taxonomy_.PositionsOfTerm(term);
+    const std::vector<std::string> codes = taxonomy_.working().PositionsOfTerm(term);
     return !codes.empty() && std::all_of(codes.begin(), codes.end(), [this](const std::string& code) {
       const std::string category(CategoryOf(code));
       const auto found = categories_.find(category);
       if (found != categories_.end()) return found->second;
-      return categories_.emplace(category, taxonomy_.HasPosition(category)).first->second;
+      return categories_.emplace(category, taxonomy_.working().HasPosition(category)).first->second;
     });
   }
 

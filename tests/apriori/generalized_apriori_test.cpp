@@ -21,8 +21,8 @@ class PlainApriori {
       std::vector<Set> candidates = Joins();
       if (k == 2 && generalize_) {
         std::erase_if(candidates, [this](const Set& set) {
-          const std::string a = taxonomy_.PositionOf(static_cast<NodeNumber>(set.items[0]));
-          const std::string b = taxonomy_.PositionOf(static_cast<NodeNumber>(set.items[1]));
+          const std::string a = taxonomy_.working().PositionOf(static_cast<NodeNumber>(set.items[0]));
+          const std::string b = taxonomy_.working().PositionOf(static_cast<NodeNumber>(set.items[1]));
           return a.find(b) != std::string::npos || b.find(a) != std::string::npos;
         });
       }
@@ -46,7 +46,8 @@ class PlainApriori {
     return static_cast<float>(set.tids.size()) / static_cast<float>(rows) >= support_;
   }
   bool Before(std::uint32_t a, std::uint32_t b) const {
-    return taxonomy_.FindTerm(static_cast<NodeNumber>(a)) < taxonomy_.FindTerm(static_cast<NodeNumber>(b));
+    return taxonomy_.working().FindTerm(static_cast<NodeNumber>(a)) <
+           taxonomy_.working().FindTerm(static_cast<NodeNumber>(b));
   }
   static TidList Meet(const Set& a, const Set& b) {
     TidList both;

@@ -185,7 +185,8 @@ TEST_F(PmmlTest, ItemsAreFoundByNameAndPositionInAnotherTaxonomy) {
     const TaxonomyStore taxonomy("other.mdb");
     try {
       const Rule rule = PmmlFile("m.xml").ReadRules(taxonomy, progress_).at(0);
-      return taxonomy.PositionOf(rule.antecedent[0]) + ' ' + taxonomy.PositionOf(rule.consequent[0]);
+      return taxonomy.working().PositionOf(rule.antecedent[0]) + ' ' +
+             taxonomy.working().PositionOf(rule.consequent[0]);
     } catch (const InputError& error) {
       return error.what();
     }

@@ -7,6 +7,7 @@
 #include "taxonomy/position_code.h"
 #include "taxonomy/taxonomy_file.h"
 #include "taxonomy/taxonomy_files.h"
+#include "taxonomy/taxonomy_schema.h"
 
 namespace selvane::tests {
 
@@ -48,7 +49,7 @@ class PlainLoader {
   Recordset Find(const std::string& code) {
     return database_.OpenRecordset("SELECT * FROM Source WHERE FatherId='" + code + "'");
   }
-  void AddColumn() { database_.AddField("Source", TaxonomyStore::SonField(++sons_)); }
+  void AddColumn() { database_.AddField("Source", SonField(++sons_)); }
   std::string Next() { return std::to_string(++last_index_); }
   void Insert(const std::string& sql) {
     database_.SetQuery("SQLstatement", sql);

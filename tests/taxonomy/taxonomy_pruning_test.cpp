@@ -5,15 +5,15 @@
 namespace selvane::tests {
 
 // What stays of the codes when each chosen node is pruned in turn, by walking all rows.
-std::vector<std::string> PlainPrune(const std::vector<TaxonomyStore::Node>& rows,
+std::vector<std::string> PlainPrune(const std::vector<TaxonomyNode>& rows,
                                     const std::vector<NodeNumber>& chosen, bool upward) {
-  std::vector<TaxonomyStore::Node> left = rows;
+  std::vector<TaxonomyNode> left = rows;
   for (const NodeNumber number : chosen) {
     const auto node =
         std::find_if(left.begin(), left.end(), [&](const auto& row) { return row.number == number; });
     if (node == left.end()) continue;
     const std::string code = node->code;
-    std::erase_if(left, [&](const TaxonomyStore::Node& row) {
+    std::erase_if(left, [&](const TaxonomyNode& row) {
       return (upward ? code.find(row.code) : row.code.find(code)) != std::string::npos;
     });
   }
@@ -35,8 +35,8 @@ TEST_F(TaxonomyPruningTest, EqualsWalkingAllRowsAndRestores) {
     {
       TaxonomyStore store("tax.mdb");
       before = Rows(store.database(), "SELECT * FROM Taxonomy");
-      std::vector<TaxonomyStore::Node> rows;
-      store.ForEachNode([&rows](const TaxonomyStore::Node& node) { rows.push_back(node); });
+      std::vector<TaxonomyNode> rows;
+      store.working().ForEachNode([&rows](const TaxonomyNode& node) { rows.push_back(node); });
       std::vector<NodeNumber> chosen;
       for (int i = 0; i < 3; ++i) chosen.push_back(rows[random() % rows.size()].number);
       const std::vector<NodeNumber> none;
@@ -57,7 +57,7 @@ TEST_F(TaxonomyPruningTest, ParentForgetsItsPrunedSon) {
       "tax.mdb");
   TaxonomyStore store("tax.mdb");
   SilentProgress progress;
-  const NodeNumber cough = store.NodesOfTerm("Cough").at(0);
+  const NodeNumber cough = store.working().NodesOfTerm("Cough").at(0);
   PruneTaxonomy(store, {}, std::vector<NodeNumber>{cough, 99}, progress);
   EXPECT_EQ(Rows(store.database(), "SELECT SON1,SON2,SON3 FROM Taxonomy WHERE FatherId='C'"),
             std::vector<std::string>{"Fever||Pain"});

@@ -21,11 +21,11 @@ class TaxonomyStoreTest : public FolderTest {
 TEST_F(TaxonomyStoreTest, FindsNodesAndPositions) {
   const TaxonomyStore store("tax.mdb");
   EXPECT_EQ(store.largest_index(), 8);
-  EXPECT_THROW(store.PositionOf(99), DatabaseError);
+  EXPECT_THROW(store.working().PositionOf(99), DatabaseError);
   EXPECT_EQ(store.AncestorsOfTerm("Asthma"), (Nodes{2, 1, 7}));
   EXPECT_EQ(store.TaxonomiesInUse(), Texts{"Diseases"});  // D has no name
-  EXPECT_EQ(store.LargestNodeNamedIn("CxD"), 7);
-  EXPECT_EQ(store.LargestNodeNamedIn(""), 0);
+  EXPECT_EQ(store.source().LargestNodeNamedIn("CxD"), 7);
+  EXPECT_EQ(store.source().LargestNodeNamedIn(""), 0);
 }
 
 TEST_F(TaxonomyStoreTest, ChildrenAreFoundByName) {

@@ -1,0 +1,106 @@
+#include "taxonomy/taxonomy_table.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "base/text.h"
+#include "data/database_error.h"
+#include "data/recordset.h"
+
+namespace selvane {
+
+// The engine keeps a statement by its text without the values, so each lookup is compiled once. Numbers are
+// looked up as the texts that they are stored as.
+Recordset TaxonomyTable::Select(std::string_view columns, std::string_view where,
+                                std::string_view value) const {
+  return database_.OpenRecordset(
+      fmt::format("SELECT {} FROM {} WHERE {}='{}'", columns, name_, where, WithoutQuotes(value)));
+}
+
+std::vector<NodeNumber> TaxonomyTable::Numbers(std::string_view where, std::string_view value) const {
+  std::vector<NodeNumber> numbers;
+  for (Recordset rows = Select("Index", where, value); !rows.AtEnd(); rows.MoveNext()) {
+    numbers.push_back(rows.Int32(0));
+  }
+  return numbers;
+}
+
+std::vector<std::string> TaxonomyTable::Texts(std::string_view column, std::string_view where,
+                                              std::string_view value) const {
+  std::vector<std::string> texts;
+  for (Recordset rows = Select(column, where, value); !rows.AtEnd(); rows.MoveNext()) {
+    texts.emplace_back(rows.Text(0));
+  }
+  return texts;
+}
+
+std::optional<TaxonomyNode> TaxonomyTable::FindNode(NodeNumber node) const {
+  const Recordset rows = Select("FatherId,Canonical", "Index", fmt::format_int(node).c_str());
+  if (rows.AtEnd()) return std::nullopt;
+  return TaxonomyNode{node, std::string(rows.Text(0)), std::string(rows.Text(1))};
+}
+
+std::optional<std::string> TaxonomyTable::FindTerm(NodeNumber node) const {
+  const Recordset rows = Select("Canonical", "Index", fmt::format_int(node).c_str());
+  return rows.AtEnd() ? std::nullopt : std::optional<std::string>(rows.Text(0));
+}
+
+std::string TaxonomyTable::PositionOf(NodeNumber node) const {
+  const Recordset rows = Select("FatherId", "Index", fmt::format_int(node).c_str());
+  if (rows.AtEnd()) {
+    throw DatabaseError(database_.path(),
+                        fmt::format("the taxonomy has no node {}; restore it and try again", node));
+  }
+  return std::string(rows.Text(0));
+}
+
+std::vector<NodeNumber> TaxonomyTable::NodesOfTerm(std::string_view term) const {
+  return Numbers("Canonical", term);
+}
+
+std::vector<std::string> TaxonomyTable::PositionsOfTerm(std::string_view term) const {
+  return Texts("FatherId", "Canonical", term);
+}
+
+std::vector<NodeNumber> TaxonomyTable::NodesAtPosition(std::string_view code) const {
+  return Numbers("FatherId", code);
+}
+
+std::vector<std::string> TaxonomyTable::TermsAtPosition(std::string_view code) const {
+  return Texts("Canonical", "FatherId", code);
+}
+
+bool TaxonomyTable::HasTerm(std::string_view term) const {
+  return !Select("FatherId", "Canonical", term).AtEnd();
+}
+
+bool TaxonomyTable::HasPosition(std::string_view code) const {
+  return !Select("Index", "FatherId", code).AtEnd();
+}
+
+long TaxonomyTable::Count() const {
+  return database_.RecordCount(name_);
+}
+
+void TaxonomyTable::ForEachNode(const VisitNode& visit) const {
+  TaxonomyNode node;  // its texts keep their memory from row to row
+  Recordset rows = database_.OpenRecordset(fmt::format("select Index,FatherId,Canonical FROM {} ", name_));
+  for (; !rows.AtEnd(); rows.MoveNext()) {
+    node.number = rows.Int32(0);
+    node.code = rows.Text(1);
+    node.term = rows.Text(2);
+    visit(node);
+  }
+}
+
+NodeNumber TaxonomyTable::LargestNodeNamedIn(std::string_view text) const {
+  NodeNumber largest = 0;
+  Recordset rows = database_.OpenRecordset(fmt::format("SELECT Index,FatherId FROM {} ", name_));
+  for (; !rows.AtEnd(); rows.MoveNext()) {
+    if (text.find(rows.Text(1)) != std::string_view::npos) largest = std::max(largest, rows.Int32(0));
+  }
+  return largest;
+}
+
+}  // namespace selvane
