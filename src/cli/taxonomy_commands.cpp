@@ -9,7 +9,6 @@
 #include "base/error.h"
 #include "cli/cli.h"
 #include "taxonomy/taxonomy_loading.h"
-#include "taxonomy/taxonomy_pruning.h"
 #include "taxonomy/taxonomy_store.h"
 
 namespace selvane {
@@ -51,7 +50,7 @@ void List(const fs::path& database, bool source, const std::string& under, int d
   const TaxonomyTable table = source ? store.source() : store.working();
   std::string code = under;
   if (!under.empty()) {
-    code = FindPosition(table, under).value_or("");
+    code = table.FindPosition(under).value_or("");
     if (code.empty())
       throw InputError(fmt::format("the taxonomy has no position {}; list it to see which", under));
   }
@@ -108,7 +107,7 @@ void AddPrune(CLI::App& group, const CliContext& context) {
     TaxonomyStore store(options->database);
     std::vector<NodeNumber> nodes;
     for (const std::string& code : options->codes) {
-      const std::optional<std::string> position = FindPosition(store.working(), code);
+      const std::optional<std::string> position = store.working().FindPosition(code);
       if (!position) {
         throw InputError(
             fmt::format("the taxonomy has no position {}; nothing was pruned. "
@@ -117,10 +116,10 @@ void AddPrune(CLI::App& group, const CliContext& context) {
       }
       for (const NodeNumber node : store.working().NodesAtPosition(*position)) nodes.push_back(node);
     }
-    const long before = store.database().RecordCount("Taxonomy");
     const std::span<const NodeNumber> none;
-    PruneTaxonomy(store, options->upward ? nodes : none, options->upward ? none : nodes, context.progress);
-    fmt::print(context.err, "{} positions pruned\n", before - store.database().RecordCount("Taxonomy"));
+    const long pruned =
+        store.Prune(options->upward ? nodes : none, options->upward ? none : nodes, context.progress);
+    fmt::print(context.err, "{} positions pruned\n", pruned);
   });
 }
 

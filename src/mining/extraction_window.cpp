@@ -141,9 +141,8 @@ void ExtractionWindow::SelectTable() {
 
 void ExtractionWindow::OpenTaxonomy(const fs::path& path) {
   // One that is held from an earlier choice could not be opened a second time.
-  const auto held = std::find_if(taxonomies_.begin(), taxonomies_.end(), [&path](const auto& store) {
-    return IsSameFile(store->database().path(), path);
-  });
+  const auto held = std::find_if(taxonomies_.begin(), taxonomies_.end(),
+                                 [&path](const auto& store) { return IsSameFile(store->path(), path); });
   if (held == taxonomies_.end()) {
     taxonomies_.push_back(std::make_unique<TaxonomyStore>(path));
     taxonomy_ = taxonomies_.back().get();

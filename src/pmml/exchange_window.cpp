@@ -114,7 +114,7 @@ void ExchangeWindow::Import() {
   // Nobody was asked about the one that stands in for it.
   const ExistingFile existing = path.empty() ? ExistingFile::kRefuse : ExistingFile::kReplace;
   if (path.empty()) path = kDefaultImport;
-  CheckIsNoInput(path, {taxonomy_->database().path(), file_path_});
+  CheckIsNoInput(path, {taxonomy_->path(), file_path_});
   // One that is replaced must not be open; any other is given up when the new one is there.
   if (rules_ && IsSameFile(path, rules_->database().path())) rules_.reset();
   ImportRules(head, nullptr, path, existing, progress());

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "taxonomy/position_code.h"
-#include "taxonomy/taxonomy_pruning.h"
 #include "ui/framed.h"
 #include "ui/qt_text.h"
 #include "ui/text_tree.h"
@@ -132,7 +131,7 @@ void SelectingWindow::ResetAll() {
 }
 
 void SelectingWindow::Execute() {
-  PruneTaxonomy(*taxonomy_, NodesOf(*upward_), NodesOf(*downward_), progress());
+  taxonomy_->Prune(NodesOf(*upward_), NodesOf(*downward_), progress());
   accept();
 }
 

@@ -110,8 +110,7 @@ void WriteSource(Database& database, const SourceRows& source, Progress& progres
 
 // Fills `Source` from the rows. Its indexes are made afterwards, which is faster than keeping them.
 void FillDatabase(const std::filesystem::path& path, const SourceRows& source, Progress& progress) {
-  TaxonomyStore store(path);
-  Database& database = store.database();
+  Database database = Database::Open(path, OpenMode::kWritable);
   Transaction transaction(database);
   database.DropIndexes("Source");
   WriteSource(database, source, progress);

@@ -1,74 +1,63 @@
-#include "taxonomy/taxonomy_pruning.h"
-
+// The part of TaxonomyStore that deletes branches from `Taxonomy`.
 #include <fmt/format.h>
 
 #include "data/recordset.h"
 #include "taxonomy/position_code.h"
+#include "taxonomy/taxonomy_schema.h"
+#include "taxonomy/taxonomy_store.h"
 
 namespace selvane {
 
-namespace {
-
-// The row of a node; at its end when the node is not there (any more).
-Recordset FindNode(Database& database, NodeNumber node) {
-  return database.OpenRecordset(
-      fmt::format("select FatherId,Canonical from Taxonomy where Index='{}'", node));
-}
-
-void PruneUpward(Database& database, NodeNumber node) {
-  const Recordset row = FindNode(database, node);
-  if (row.AtEnd()) return;
-  database.Execute(fmt::format("DELETE * FROM Taxonomy WHERE instr('{}', FatherId) > 0", row.Text(0)));
-  database.Execute(fmt::format("DELETE * FROM Taxonomy WHERE Index='{}'", node));
+// Codes are compared as texts, not by levels: what C.2 takes along depends on it, and so do the results of
+// runs over a pruned taxonomy.
+void TaxonomyStore::PruneUpward(NodeNumber number) {
+  const std::optional<TaxonomyNode> node = working().FindNode(number);
+  if (!node) return;
+  database_.Execute(fmt::format("DELETE * FROM Taxonomy WHERE instr('{}', FatherId) > 0", node->code));
+  database_.Execute(fmt::format("DELETE * FROM Taxonomy WHERE Index='{}'", number));
 }
 
 // Empties the SON columns of the parent that name the pruned node.
-void ForgetSon(Database& database, const std::string& code, const std::string& term) {
-  const std::string parent(code.size() > 1 ? ParentCode(code) : std::string_view(code));
-  Recordset row = database.OpenRecordset("SELECT * FROM Taxonomy WHERE FatherId='" + parent + "'");
-  if (row.AtEnd() || row.FieldCount() <= 3) return;
+void TaxonomyStore::ForgetSon(const TaxonomyNode& node) {
+  // A category is looked up as its own parent: it has none, and its row goes anyway.
+  const std::string parent(node.code.size() > 1 ? ParentCode(node.code) : std::string_view(node.code));
+  Recordset row = database_.OpenRecordset("SELECT * FROM Taxonomy WHERE FatherId='" + parent + "'");
+  if (row.AtEnd() || row.FieldCount() <= kFirstSonField) return;
   row.Edit();
-  for (int field = 3; field < row.FieldCount(); ++field) {
-    if (!term.empty() && row.Text(field) == term) row.SetField(field, "");
+  for (int field = kFirstSonField; field < row.FieldCount(); ++field) {
+    if (!node.term.empty() && row.Text(field) == node.term) row.SetField(field, "");
   }
   row.Update();
 }
 
-void PruneDownward(Database& database, NodeNumber node) {
-  const Recordset row = FindNode(database, node);
-  if (row.AtEnd()) return;
-  const std::string code(row.Text(0));
-  ForgetSon(database, code, std::string(row.Text(1)));
-  database.Execute(fmt::format("DELETE * FROM Taxonomy WHERE instr(FatherId, '{}') > 0", code));
+void TaxonomyStore::PruneDownward(NodeNumber number) {
+  const std::optional<TaxonomyNode> node = working().FindNode(number);
+  if (!node) return;
+  ForgetSon(*node);
+  database_.Execute(fmt::format("DELETE * FROM Taxonomy WHERE instr(FatherId, '{}') > 0", node->code));
 }
 
-}  // namespace
-
-void PruneTaxonomy(TaxonomyStore& store, std::span<const NodeNumber> upward,
-                   std::span<const NodeNumber> downward, Progress& progress) {
+long TaxonomyStore::Prune(std::span<const NodeNumber> upward, std::span<const NodeNumber> downward,
+                          Progress& progress) {
   progress.SetStatus("Deleting selected taxonomies...");
   progress.SetRange(0, static_cast<int>(upward.size() + downward.size()));
   progress.SetStep(1);
   progress.SetPosition(0);
-  Transaction transaction(store.database());
+  const long before = working().Count();
+  Transaction transaction(database_);
+  // Each node is looked up when its turn comes: one that went with another is passed over then.
   for (const NodeNumber node : upward) {
-    PruneUpward(store.database(), node);
+    PruneUpward(node);
     progress.StepIt();
     progress.Pulse();
   }
   for (const NodeNumber node : downward) {
-    PruneDownward(store.database(), node);
+    PruneDownward(node);
     progress.StepIt();
     progress.Pulse();
   }
   transaction.Commit();
-}
-
-std::optional<std::string> FindPosition(const TaxonomyTable& table, std::string_view code) {
-  for (std::string position : {std::string(code), PositionCode(code)}) {
-    if (table.HasPosition(position)) return position;
-  }
-  return std::nullopt;
+  return before - working().Count();
 }
 
 }  // namespace selvane

@@ -82,14 +82,20 @@ class TaxonomyStore {
   // Brings everything at and below the positions of a term back into `Taxonomy`. Codes are compared as texts:
   // C.2 also brings back C.23.
   void RestoreTerm(std::string_view term);
+  // Deletes from `Taxonomy`, all or nothing. Upward: the node and everything whose code occurs in the node's
+  // code. Downward: everything whose code holds the node's code, and the node's term from its parent's SON
+  // columns. Both are plain substring tests: C.2 also goes with C.23. A number that is not in `Taxonomy` (any
+  // more) is passed over. Returns how many nodes were deleted.
+  long Prune(std::span<const NodeNumber> upward, std::span<const NodeNumber> downward, Progress& progress);
 
   const std::filesystem::path& path() const { return database_.path(); }
-  // The open file, for loading and pruning.
-  Database& database() { return database_; }
 
  private:
   NodeNumber FindLargestIndex() const;
   void SetInsertQuery(std::string_view statement);
+  void PruneUpward(NodeNumber node);
+  void PruneDownward(NodeNumber node);
+  void ForgetSon(const TaxonomyNode& node);
 
   mutable Database database_;
   NodeNumber largest_index_ = 0;

@@ -7,6 +7,7 @@
 #include "base/text.h"
 #include "data/database_error.h"
 #include "data/recordset.h"
+#include "taxonomy/position_code.h"
 
 namespace selvane {
 
@@ -77,6 +78,13 @@ bool TaxonomyTable::HasTerm(std::string_view term) const {
 
 bool TaxonomyTable::HasPosition(std::string_view code) const {
   return !Select("Index", "FatherId", code).AtEnd();
+}
+
+std::optional<std::string> TaxonomyTable::FindPosition(std::string_view named) const {
+  for (std::string code : {std::string(named), PositionCode(named)}) {
+    if (HasPosition(code)) return code;
+  }
+  return std::nullopt;
 }
 
 long TaxonomyTable::Count() const {

@@ -43,6 +43,8 @@ class TaxonomyTable {
   std::vector<std::string> TermsAtPosition(std::string_view code) const;
   bool HasTerm(std::string_view term) const;
   bool HasPosition(std::string_view code) const;
+  // The code of the position that a user names, as C.23.888 or as C23.888; nothing when neither is there.
+  std::optional<std::string> FindPosition(std::string_view named) const;
 
   long Count() const;
   void ForEachNode(const VisitNode& visit) const;

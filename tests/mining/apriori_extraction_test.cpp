@@ -70,10 +70,8 @@ TEST_F(ExtractionTest, LimitsAreNamedBeforeAnythingIsWritten) {
     EXPECT_NE(message().find("minimum confidence"), std::string::npos);
     request_ = {.table = "T"};
   }
-  {
-    TaxonomyStore store("tax.mdb");
-    store.database().Execute("UPDATE Taxonomy SET Index='100000' WHERE Canonical='Asthma'");
-  }
+  Database::Open("tax.mdb", OpenMode::kWritable)
+      .Execute("UPDATE Taxonomy SET Index='100000' WHERE Canonical='Asthma'");
   EXPECT_NE(message().find("100000"), std::string::npos);
   MakeForeignDatabase("long.mdb", R"(CREATE TABLE T("Index", Asthma);
       WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 32768) INSERT INTO T SELECT 1, 1 FROM n;)");

@@ -15,9 +15,8 @@ inline std::string MakeRandomInput(unsigned seed) {
   const std::string lines = RandomTaxonomy(random, 4 + static_cast<int>(random() % 14));
   LoadText(lines, "tax.mdb");
   if (random() % 2 == 0) {
-    TaxonomyStore store("tax.mdb");
-    store.database().Execute("DELETE * FROM Taxonomy WHERE FatherId='C." + std::to_string(1 + random() % 2) +
-                             "'");
+    Database::Open("tax.mdb", OpenMode::kWritable)
+        .Execute("DELETE * FROM Taxonomy WHERE FatherId='C." + std::to_string(1 + random() % 2) + "'");
   }
   const char* const names[] = {"Zoster",  "Fever",      "A",    "Unknown", "Asthma",
                                "Crohn's", "Lung, left", "AIDS", "Cough"};

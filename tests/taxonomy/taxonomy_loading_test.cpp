@@ -66,14 +66,15 @@ void LoadPlainly(const std::string& lines, const std::string& path) {
   TaxonomyFile file;
   ParseTaxonomyText(lines, "text", file, progress);
   TaxonomyStore::Create(path);
-  TaxonomyStore store(path);
-  PlainLoader loader(store.database());
+  Database database = Database::Open(path, OpenMode::kWritable);
+  PlainLoader loader(database);
   for (const TaxonomyLine& line : file.lines) {
     for (const std::string& code : line.codes) loader.Add(code, WithoutQuotes(line.term));
   }
-  const std::vector<Field> fields = store.database().Fields("Source");
-  for (std::size_t i = 3; i < fields.size(); ++i) store.database().AddField("Taxonomy", fields[i]);
-  store.Rebuild(progress);
+  const std::vector<Field> fields = database.Fields("Source");
+  for (std::size_t i = 3; i < fields.size(); ++i) database.AddField("Taxonomy", fields[i]);
+  database.Close();
+  TaxonomyStore(path).Rebuild(progress);
 }
 
 // Fields and rows of a table, and the saved statement.

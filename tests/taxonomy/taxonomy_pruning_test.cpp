@@ -1,5 +1,3 @@
-#include "taxonomy/taxonomy_pruning.h"
-
 #include "taxonomy/taxonomy_files.h"
 
 namespace selvane::tests {
@@ -31,21 +29,20 @@ TEST_F(TaxonomyPruningTest, EqualsWalkingAllRowsAndRestores) {
     const std::string lines = RandomTaxonomy(random, 15);
     LoadText(lines, "tax.mdb");
     const bool upward = seed % 2 == 0;
-    std::vector<std::string> before;
+    const std::vector<std::string> before = Rows("tax.mdb", "SELECT * FROM Taxonomy");
+    std::vector<TaxonomyNode> rows;
+    std::vector<NodeNumber> chosen;
     {
       TaxonomyStore store("tax.mdb");
-      before = Rows(store.database(), "SELECT * FROM Taxonomy");
-      std::vector<TaxonomyNode> rows;
       store.working().ForEachNode([&rows](const TaxonomyNode& node) { rows.push_back(node); });
-      std::vector<NodeNumber> chosen;
       for (int i = 0; i < 3; ++i) chosen.push_back(rows[random() % rows.size()].number);
       const std::vector<NodeNumber> none;
-      PruneTaxonomy(store, upward ? chosen : none, upward ? none : chosen, progress);
-      ASSERT_EQ(Rows(store.database(), "SELECT FatherId FROM Taxonomy ORDER BY rowid"),
-                PlainPrune(rows, chosen, upward))
-          << "seed " << seed << "\n"
-          << lines;
+      store.Prune(upward ? chosen : none, upward ? none : chosen, progress);
     }
+    ASSERT_EQ(Rows("tax.mdb", "SELECT FatherId FROM Taxonomy ORDER BY rowid"),
+              PlainPrune(rows, chosen, upward))
+        << "seed " << seed << "\n"
+        << lines;
     RestoreTaxonomy("tax.mdb", progress);
     ASSERT_EQ(Rows("tax.mdb", "SELECT * FROM Taxonomy"), before) << "seed " << seed;
   }
@@ -55,15 +52,16 @@ TEST_F(TaxonomyPruningTest, ParentForgetsItsPrunedSon) {
   LoadText(
       NodeLine("Diseases", "C") + NodeLine("Fever", "C1") + NodeLine("Cough", "C2") + NodeLine("Pain", "C3"),
       "tax.mdb");
-  TaxonomyStore store("tax.mdb");
-  SilentProgress progress;
-  const NodeNumber cough = store.working().NodesOfTerm("Cough").at(0);
-  PruneTaxonomy(store, {}, std::vector<NodeNumber>{cough, 99}, progress);
-  EXPECT_EQ(Rows(store.database(), "SELECT SON1,SON2,SON3 FROM Taxonomy WHERE FatherId='C'"),
+  {
+    TaxonomyStore store("tax.mdb");
+    SilentProgress progress;
+    const NodeNumber cough = store.working().NodesOfTerm("Cough").at(0);
+    EXPECT_EQ(store.Prune({}, std::vector<NodeNumber>{cough, 99}, progress), 1);
+    EXPECT_EQ(store.Children(1).size(), 2U);
+  }
+  EXPECT_EQ(Rows("tax.mdb", "SELECT SON1,SON2,SON3 FROM Taxonomy WHERE FatherId='C'"),
             std::vector<std::string>{"Fever||Pain"});
-  EXPECT_EQ(store.Children(1).size(), 2U);
-  EXPECT_EQ(Rows(store.database(), "SELECT SON2 FROM Source WHERE FatherId='C'"),
-            std::vector<std::string>{"Cough"});
+  EXPECT_EQ(Rows("tax.mdb", "SELECT SON2 FROM Source WHERE FatherId='C'"), std::vector<std::string>{"Cough"});
 }
 
 TEST_F(TaxonomyPruningTest, InterruptedPruningAndRestoringChangeNothing) {
@@ -71,14 +69,14 @@ TEST_F(TaxonomyPruningTest, InterruptedPruningAndRestoringChangeNothing) {
   RecordingProgress stopping;
   stopping.interrupt_at = 1;
   TaxonomyStore store("tax.mdb");
-  EXPECT_THROW(PruneTaxonomy(store, {}, std::vector<NodeNumber>{2, 3}, stopping), Interrupted);
-  EXPECT_EQ(store.database().RecordCount("Taxonomy"), 3);
+  EXPECT_THROW(store.Prune({}, std::vector<NodeNumber>{2, 3}, stopping), Interrupted);
+  EXPECT_EQ(store.working().Count(), 3);
   SilentProgress progress;
-  PruneTaxonomy(store, {}, std::vector<NodeNumber>{2}, progress);
+  store.Prune({}, std::vector<NodeNumber>{2}, progress);
   RecordingProgress again;
   again.interrupt_at = 50;
   EXPECT_THROW(store.Rebuild(again), Interrupted);
-  EXPECT_EQ(store.database().RecordCount("Taxonomy"), 2);
+  EXPECT_EQ(store.working().Count(), 2);
 }
 
 }  // namespace selvane::tests

@@ -58,19 +58,21 @@ TEST_F(TaxonomyStoreTest, RendersWithTheLastAndCut) {
 }
 
 TEST_F(TaxonomyStoreTest, BringsBackWhatATermNeeds) {
-  TaxonomyStore store("tax.mdb");
   const char* const kNodes = "SELECT Index,FatherId,Canonical FROM Taxonomy ORDER BY FatherId";
-  const Texts before = Rows(store.database(), kNodes);
-  store.database().Execute("DELETE * FROM Taxonomy WHERE FatherId Like 'C.2*'");
-  EXPECT_TRUE(store.IsMissing("Crohn's"));
-  EXPECT_EQ(store.SourceTermsAtPositionsOf("Crohn's"), (Texts{"Crohn s", "Crohn s"}));
-  store.RestoreTerm("Signs");  // at C.2, whose text C.23 begins with too
-  EXPECT_EQ(Rows(store.database(), kNodes), before);
+  const Texts before = Rows("tax.mdb", kNodes);
+  Database::Open("tax.mdb", OpenMode::kWritable).Execute("DELETE * FROM Taxonomy WHERE FatherId Like 'C.2*'");
+  {
+    TaxonomyStore store("tax.mdb");
+    EXPECT_TRUE(store.IsMissing("Crohn's"));
+    EXPECT_EQ(store.SourceTermsAtPositionsOf("Crohn's"), (Texts{"Crohn s", "Crohn s"}));
+    store.RestoreTerm("Signs");  // at C.2, whose text C.23 begins with too
+    EXPECT_FALSE(store.IsMissing("Crohn's"));
+    EXPECT_TRUE(store.IsMissing("Unknown"));
+  }
+  EXPECT_EQ(Rows("tax.mdb", kNodes), before);
   // They stand behind the others now, in the order of the full taxonomy.
-  EXPECT_EQ(Rows(store.database(), "SELECT Index FROM Taxonomy ORDER BY rowid"),
+  EXPECT_EQ(Rows("tax.mdb", "SELECT Index FROM Taxonomy ORDER BY rowid"),
             (Texts{"1", "7", "8", "2", "3", "4", "5", "6"}));
-  EXPECT_FALSE(store.IsMissing("Crohn's"));
-  EXPECT_TRUE(store.IsMissing("Unknown"));
 }
 
 }  // namespace selvane::tests
