@@ -43,6 +43,7 @@ long TaxonomyStore::Prune(std::span<const NodeNumber> upward, std::span<const No
   progress.SetRange(0, static_cast<int>(upward.size() + downward.size()));
   progress.SetStep(1);
   progress.SetPosition(0);
+  LargestIndex();
   const long before = working().Count();
   Transaction transaction(database_);
   // Each node is looked up when its turn comes: one that went with another is passed over then.

@@ -57,6 +57,7 @@ class RowCopier {
 }  // namespace
 
 void TaxonomyStore::Rebuild(Progress& progress) {
+  LargestIndex();
   const auto count = static_cast<std::uint64_t>(database_.RecordCount("Source"));
   HundredthSteps steps(progress, count);
   Transaction transaction(database_);
@@ -77,6 +78,7 @@ void TaxonomyStore::Rebuild(Progress& progress) {
 }
 
 void TaxonomyStore::CopyWholeSource(Progress& progress) {
+  LargestIndex();
   HundredthSteps steps(progress, 1);
   Transaction transaction(database_);
   database_.Execute("DELETE * FROM Taxonomy");
@@ -94,6 +96,7 @@ void TaxonomyStore::SetInsertQuery(std::string_view statement) {
 }
 
 void TaxonomyStore::RestoreTerm(std::string_view term) {
+  LargestIndex();
   Transaction transaction(database_);
   const std::vector<std::string> codes = source().PositionsOfTerm(term);
   std::vector<std::string> names;

@@ -14,14 +14,6 @@
 
 namespace selvane {
 
-namespace {
-
-NodeNumber NumberAt(const Recordset& rows, int position) {
-  return rows.Int32(position);
-}
-
-}  // namespace
-
 void TaxonomyStore::Create(const std::filesystem::path& path, int son_columns) {
   Database database = Database::Create(path);
   Transaction transaction(database);
@@ -44,25 +36,25 @@ TaxonomyStore::TaxonomyStore(const std::filesystem::path& path)
                                     "made by loading a taxonomy file",
                                     table));
   }
-  largest_index_ = FindLargestIndex();
-  marks_.assign(static_cast<std::size_t>(std::max(largest_index_, 0)), 0);
 }
 
-NodeNumber TaxonomyStore::FindLargestIndex() const {
+NodeNumber TaxonomyStore::LargestIndex() const {
+  if (largest_index_) return *largest_index_;
   NodeNumber largest = 0;
   for (Recordset rows = database_.OpenRecordset("SELECT Index FROM Taxonomy "); !rows.AtEnd();
        rows.MoveNext()) {
-    largest = std::max(largest, NumberAt(rows, 0));
+    largest = std::max(largest, rows.Int32(0));
   }
+  largest_index_ = largest;
   return largest;
 }
 
-bool TaxonomyStore::IsMarked(NodeNumber node) const {
-  return node >= 1 && node <= largest_index_ && marks_[static_cast<std::size_t>(node - 1)] != 0;
-}
-
 void TaxonomyStore::Mark(NodeNumber node, bool marked) {
-  if (node >= 1 && node <= largest_index_) marks_[static_cast<std::size_t>(node - 1)] = marked ? 1 : 0;
+  if (!marked) {
+    marked_.erase(node);
+  } else if (node >= 1 && node <= LargestIndex()) {
+    marked_.insert(node);
+  }
 }
 
 std::int32_t TaxonomyStore::SpecificityBound() const {
@@ -85,7 +77,7 @@ std::vector<TaxonomyNode> TaxonomyStore::Children(NodeNumber node) const {
         fmt::format("select Index,FatherId from Taxonomy WHERE Canonical='{}'", WithoutQuotes(son)));
     for (; !found.AtEnd(); found.MoveNext()) {
       if (ParentCode(found.Text(1)) != code) continue;
-      children.push_back({NumberAt(found, 0), std::string(found.Text(1)), son});
+      children.push_back({found.Int32(0), std::string(found.Text(1)), son});
     }
   }
   return children;

@@ -4,9 +4,11 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "base/progress.h"
@@ -34,10 +36,10 @@ class TaxonomyStore {
   explicit TaxonomyStore(const std::filesystem::path& path);
 
   // The greatest number in `Taxonomy` when the store was opened, 0 for an empty table.
-  NodeNumber largest_index() const { return largest_index_; }
-  // One mark a node for callers to use, of the numbers 1..largest_index(), all false at first. Another number
+  NodeNumber LargestIndex() const;
+  // One mark a node for callers to use, of the numbers 1..LargestIndex(), all false at first. Another number
   // is never marked.
-  bool IsMarked(NodeNumber node) const;
+  bool IsMarked(NodeNumber node) const { return marked_.contains(node); }
   void Mark(NodeNumber node, bool marked);
   // A number greater than every antecedent or consequent size: where a search for the smallest may start.
   std::int32_t SpecificityBound() const;
@@ -91,15 +93,17 @@ class TaxonomyStore {
   const std::filesystem::path& path() const { return database_.path(); }
 
  private:
-  NodeNumber FindLargestIndex() const;
   void SetInsertQuery(std::string_view statement);
   void PruneUpward(NodeNumber node);
   void PruneDownward(NodeNumber node);
   void ForgetSon(const TaxonomyNode& node);
 
-  mutable Database database_;
-  NodeNumber largest_index_ = 0;
-  std::vector<char> marks_;
+  mutable Database database_;  // lookups run statements, which a database counts as a change of itself
+  // Found when it is first wanted, and before the store changes `Taxonomy` itself: nobody else can, the file
+  // is held. So opening costs no walk over the table.
+  mutable std::optional<NodeNumber> largest_index_;
+  std::unordered_set<NodeNumber>
+      marked_;  // of few nodes; as many flags as the greatest number could fill the memory
 };
 
 }  // namespace selvane

@@ -20,12 +20,31 @@ class TaxonomyStoreTest : public FolderTest {
 
 TEST_F(TaxonomyStoreTest, FindsNodesAndPositions) {
   const TaxonomyStore store("tax.mdb");
-  EXPECT_EQ(store.largest_index(), 8);
   EXPECT_THROW(store.working().PositionOf(99), DatabaseError);
   EXPECT_EQ(store.AncestorsOfTerm("Asthma"), (Nodes{2, 1, 7}));
   EXPECT_EQ(store.TaxonomiesInUse(), Texts{"Diseases"});  // D has no name
   EXPECT_EQ(store.source().LargestNodeNamedIn("CxD"), 7);
   EXPECT_EQ(store.source().LargestNodeNamedIn(""), 0);
+}
+
+TEST_F(TaxonomyStoreTest, MarksNodesUpToTheLargestAtOpening) {
+  Database::Open("tax.mdb", OpenMode::kWritable)
+      .Execute("UPDATE Taxonomy SET Index='2147483646' WHERE Canonical='Asthma' AND FatherId='D.9'");
+  TaxonomyStore store("tax.mdb");
+  SilentProgress progress;
+  store.Prune({}, Nodes{7}, progress);  // the largest goes with D
+  for (const NodeNumber node : {1, 8, 2147483646}) {
+    EXPECT_FALSE(store.IsMarked(node)) << node;
+    store.Mark(node, true);
+    EXPECT_TRUE(store.IsMarked(node)) << node;
+    store.Mark(node, false);
+    EXPECT_FALSE(store.IsMarked(node)) << node;
+  }
+  for (const NodeNumber node : {-1, 0, 2147483647}) {
+    store.Mark(node, true);
+    EXPECT_FALSE(store.IsMarked(node)) << node;
+  }
+  EXPECT_EQ(store.LargestIndex(), 2147483646);
 }
 
 TEST_F(TaxonomyStoreTest, ChildrenAreFoundByName) {
