@@ -1,12 +1,11 @@
 #include "mining/apriori_extraction.h"
 
-#include <algorithm>
-
 #include "apriori/generalized_apriori.h"
 #include "apriori/rule_generator.h"
 #include "base/error.h"
 #include "mining/extraction_steps.h"
 #include "rules/rules_info.h"
+#include "taxonomy/missing_terms.h"
 
 namespace selvane {
 
@@ -45,28 +44,6 @@ AprioriSummary Search(GeneralizedApriori& engine, const AprioriRequest& request,
 }
 
 }  // namespace
-
-std::vector<std::string> FindMissingTerms(const TaxonomyStore& taxonomy, std::span<const std::string> terms,
-                                          Progress& progress) {
-  progress.SetStatus("Checking items presence ...");
-  progress.SetRange(0, static_cast<int>(terms.size()));
-  progress.SetPosition(0);
-  std::vector<std::string> missing;
-  for (std::size_t i = 0; i < terms.size(); ++i) {
-    if (taxonomy.IsMissing(terms[i])) {
-      for (std::string& term : taxonomy.SourceTermsAtPositionsOf(terms[i])) {
-        if (std::find(missing.begin(), missing.end(), term) == missing.end()) {
-          // At the front: restoring goes in this order, and the order of the restored rows is the order in
-          // which mining meets them.
-          missing.insert(missing.begin(), std::move(term));
-        }
-      }
-    }
-    progress.SetPosition(static_cast<int>(i));
-    progress.Pulse();
-  }
-  return missing;
-}
 
 AprioriReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, ItemsetFileHold& hold,
                            const AprioriRequest& request, const ExtractionHooks& hooks, Progress& progress) {

@@ -2,9 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
-#include <string>
-#include <vector>
 
 #include "apriori/level.h"
 #include "base/progress.h"
@@ -25,10 +22,6 @@ struct AprioriReport {
   std::uint32_t itemsets = 0;
   SearchWork work;
 };
-
-// Terms of the full taxonomy that the working taxonomy lacks, for these terms; the last one missing first.
-std::vector<std::string> FindMissingTerms(const TaxonomyStore& taxonomy, std::span<const std::string> terms,
-                                          Progress& progress);
 
 // Checks that the items of the table are in the working taxonomy and brings missing ones back, searches for
 // frequent itemsets, makes rules of them and stores them, with the rules information file beside the

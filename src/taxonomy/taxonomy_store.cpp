@@ -91,19 +91,4 @@ std::vector<std::string> TaxonomyStore::TaxonomiesInUse() const {
   return names;
 }
 
-bool TaxonomyStore::IsMissing(std::string_view term) const {
-  const std::vector<std::string> codes = working().PositionsOfTerm(term);
-  return codes.empty() || std::any_of(codes.begin(), codes.end(), [this](const std::string& code) {
-           return !working().HasPosition(code);
-         });
-}
-
-std::vector<std::string> TaxonomyStore::SourceTermsAtPositionsOf(std::string_view term) const {
-  std::vector<std::string> terms;
-  for (const std::string& code : source().PositionsOfTerm(term)) {
-    for (std::string& found : source().TermsAtPosition(code)) terms.push_back(std::move(found));
-  }
-  return terms;
-}
-
 }  // namespace selvane

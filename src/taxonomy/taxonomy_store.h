@@ -55,11 +55,6 @@ class TaxonomyStore {
   // The names of the taxonomies in use: the terms of the nodes of one letter, in row order.
   std::vector<std::string> TaxonomiesInUse() const;
 
-  // True when `Taxonomy` lacks the term, as pruning leaves it.
-  bool IsMissing(std::string_view term) const;
-  // The terms that `Source` has at the positions of the term.
-  std::vector<std::string> SourceTermsAtPositionsOf(std::string_view term) const;
-
   // Records a row's items: every node named like an item that is present. A number seen for the first time is
   // appended to `nodes` and to `added`; its tid-list, at the same place as in `nodes`, receives the row id
   // once.

@@ -1,6 +1,7 @@
 #include "taxonomy/taxonomy_store.h"
 
 #include "data/database_error.h"
+#include "taxonomy/missing_terms.h"
 #include "taxonomy/taxonomy_files.h"
 
 namespace selvane::tests {
@@ -76,17 +77,26 @@ TEST_F(TaxonomyStoreTest, RendersWithTheLastAndCut) {
   }
 }
 
-TEST_F(TaxonomyStoreTest, BringsBackWhatATermNeeds) {
+TEST_F(TaxonomyStoreTest, BringsBackWhatTermsNeed) {
   const char* const kNodes = "SELECT Index,FatherId,Canonical FROM Taxonomy ORDER BY FatherId";
   const Texts before = Rows("tax.mdb", kNodes);
   Database::Open("tax.mdb", OpenMode::kWritable).Execute("DELETE * FROM Taxonomy WHERE FatherId Like 'C.2*'");
+  const struct {
+    Texts terms;
+    Texts missing;
+  } cases[] = {
+      {{}, {}},
+      {{"Diseases", "Unknown"}, {}},  // one is there, the full taxonomy lacks the other
+      {{"Signs", "Diseases", "Crohn's"}, {"Crohn s", "Signs"}},  // the last one missing first, each once
+      {{"Crohn's", "Signs", "Crohn's"}, {"Signs", "Crohn s"}},
+      {{"Asthma"}, {}},  // pruned at one position, it is still there at the other
+  };
   {
     TaxonomyStore store("tax.mdb");
-    EXPECT_TRUE(store.IsMissing("Crohn's"));
-    EXPECT_EQ(store.SourceTermsAtPositionsOf("Crohn's"), (Texts{"Crohn s", "Crohn s"}));
+    SilentProgress progress;
+    for (const auto& c : cases) EXPECT_EQ(FindMissingTerms(store, c.terms, progress), c.missing);
     store.RestoreTerm("Signs");  // at C.2, whose text C.23 begins with too
-    EXPECT_FALSE(store.IsMissing("Crohn's"));
-    EXPECT_TRUE(store.IsMissing("Unknown"));
+    EXPECT_EQ(FindMissingTerms(store, Texts{"Signs", "Crohn's"}, progress), Texts{});
   }
   EXPECT_EQ(Rows("tax.mdb", kNodes), before);
   // They stand behind the others now, in the order of the full taxonomy.
