@@ -2,7 +2,6 @@
 #include <fmt/format.h>
 #include <fmt/ostream.h>
 
-#include <algorithm>
 #include <memory>
 #include <ostream>
 
@@ -55,16 +54,9 @@ void List(const fs::path& database, bool source, const std::string& under, int d
       throw InputError(fmt::format("the taxonomy has no position {}; list it to see which", under));
   }
   std::string lines;
-  const std::string below = code + ".";
-  const auto dots = [](std::string_view text) { return std::count(text.begin(), text.end(), '.'); };
-  // A code has as many dots as levels above it; the position named by --under is the first level itself.
-  const auto deepest = dots(code) + depth - 1;
-  const auto visit = [&](const TaxonomyNode& node) {
-    if (!code.empty() && node.code != code && !node.code.starts_with(below)) return;
-    if (depth > 0 && dots(node.code) > deepest) return;
+  table.ForEachBelow(code, depth, [&lines](const TaxonomyNode& node) {
     fmt::format_to(std::back_inserter(lines), "{}\t{}\t{}\n", node.number, node.code, node.term);
-  };
-  table.ForEachNode(visit);
+  });
   WriteOut(context, lines);
 }
 

@@ -5,10 +5,8 @@
 #include <QPushButton>
 #include <QSplitter>
 #include <QVBoxLayout>
-#include <unordered_set>
 #include <vector>
 
-#include "taxonomy/position_code.h"
 #include "ui/framed.h"
 #include "ui/qt_text.h"
 #include "ui/text_tree.h"
@@ -87,19 +85,15 @@ bool SelectingWindow::Prepare() {
 void SelectingWindow::ShowCategories() {
   existing_->clear();
   QList<QTreeWidgetItem*> items;
-  taxonomy_->working().ForEachNode([&items](const TaxonomyNode& node) {
-    if (IsCategory(node.code)) items.append(MakeItem(node));
-  });
+  for (const TaxonomyNode& category : taxonomy_->working().Categories()) items.append(MakeItem(category));
   existing_->addTopLevelItems(items);
 }
 
 void SelectingWindow::ShowChildren(QTreeWidgetItem& item) {
   if (item.childIndicatorPolicy() != QTreeWidgetItem::ShowIndicator) return;  // shown before
   QList<QTreeWidgetItem*> items;
-  // A term that stands twice below the node is found twice each time.
-  std::unordered_set<NodeNumber> seen;
-  for (const TaxonomyNode& child : taxonomy_->Children(item.data(0, kNodeRole).toInt())) {
-    if (seen.insert(child.number).second) items.append(MakeItem(child));
+  for (const TaxonomyNode& child : taxonomy_->DistinctChildren(item.data(0, kNodeRole).toInt())) {
+    items.append(MakeItem(child));
   }
   item.setChildIndicatorPolicy(QTreeWidgetItem::DontShowIndicatorWhenChildless);
   item.addChildren(items);

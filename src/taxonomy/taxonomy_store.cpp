@@ -70,7 +70,7 @@ std::vector<TaxonomyNode> TaxonomyStore::Children(NodeNumber node) const {
   const Recordset row =
       database_.OpenRecordset(fmt::format("SELECT * FROM Taxonomy WHERE FatherId='{}'", WithoutQuotes(code)));
   if (row.AtEnd()) return children;
-  for (int field = 3; field < row.FieldCount(); ++field) {
+  for (int field = kFirstSonField; field < row.FieldCount(); ++field) {
     const std::string son(row.Text(field));
     if (son.empty()) continue;
     Recordset found = database_.OpenRecordset(
@@ -83,12 +83,19 @@ std::vector<TaxonomyNode> TaxonomyStore::Children(NodeNumber node) const {
   return children;
 }
 
+std::vector<TaxonomyNode> TaxonomyStore::DistinctChildren(NodeNumber node) const {
+  std::vector<TaxonomyNode> children = Children(node);
+  std::unordered_set<NodeNumber> seen;
+  std::erase_if(children, [&seen](const TaxonomyNode& child) { return !seen.insert(child.number).second; });
+  return children;
+}
+
 std::vector<std::string> TaxonomyStore::TaxonomiesInUse() const {
-  std::vector<std::string> names;
-  working().ForEachNode([&names](const Node& node) {
-    if (IsCategory(node.code) && !node.term.empty()) names.push_back(node.term);
-  });
-  return names;
+  std::vector<std::string> terms;
+  for (TaxonomyNode& category : working().Categories()) {
+    if (!category.term.empty()) terms.push_back(std::move(category.term));
+  }
+  return terms;
 }
 
 }  // namespace selvane

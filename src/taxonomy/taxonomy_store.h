@@ -52,6 +52,8 @@ class TaxonomyStore {
   // The children that the node's SON columns name: a term that stands twice below the node is named twice and
   // found twice each time.
   std::vector<TaxonomyNode> Children(NodeNumber node) const;
+  // The same, each node once.
+  std::vector<TaxonomyNode> DistinctChildren(NodeNumber node) const;
   // The names of the taxonomies in use: the terms of the nodes of one letter, in row order.
   std::vector<std::string> TaxonomiesInUse() const;
 

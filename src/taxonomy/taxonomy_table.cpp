@@ -102,6 +102,21 @@ void TaxonomyTable::ForEachNode(const VisitNode& visit) const {
   }
 }
 
+void TaxonomyTable::ForEachBelow(std::string_view code, int levels, const VisitNode& visit) const {
+  const std::ptrdiff_t end = LevelOf(code) + levels;  // the position itself is the first level
+  ForEachNode([&](const TaxonomyNode& node) {
+    if (IsAtOrBelow(node.code, code) && (levels == 0 || LevelOf(node.code) < end)) visit(node);
+  });
+}
+
+std::vector<TaxonomyNode> TaxonomyTable::Categories() const {
+  std::vector<TaxonomyNode> categories;
+  ForEachNode([&categories](const TaxonomyNode& node) {
+    if (IsCategory(node.code)) categories.push_back(node);
+  });
+  return categories;
+}
+
 NodeNumber TaxonomyTable::LargestNodeNamedIn(std::string_view text) const {
   NodeNumber largest = 0;
   Recordset rows = database_.OpenRecordset(fmt::format("SELECT Index,FatherId FROM {} ", name_));

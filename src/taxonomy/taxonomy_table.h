@@ -48,6 +48,11 @@ class TaxonomyTable {
 
   long Count() const;
   void ForEachNode(const VisitNode& visit) const;
+  // The node at a position and those below it, so many levels of them; all levels when that is 0, all nodes
+  // when the code is empty.
+  void ForEachBelow(std::string_view code, int levels, const VisitNode& visit) const;
+  // The nodes of one letter, with a term or without.
+  std::vector<TaxonomyNode> Categories() const;
   // The greatest number of a node whose code occurs anywhere in the text, 0 when there is none.
   NodeNumber LargestNodeNamedIn(std::string_view text) const;
 
