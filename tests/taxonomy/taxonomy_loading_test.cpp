@@ -118,6 +118,27 @@ TEST_F(TaxonomyLoadingTest, ReadsValuesByTheirQuotes) {
             (std::vector<std::string>{"C.23|", "C.25|"}));
 }
 
+TEST_F(TaxonomyLoadingTest, KnowsTaxonomyFilesByTheEndOfTheirNames) {
+  for (const char* name : {"tax.xml", "tax.XML", "tax.txt.xml", "tax.xml2", "tax.myxml", ".xml"}) {
+    EXPECT_NO_THROW(CheckTaxonomyFileName(name)) << name;
+  }
+  for (const char* name : {"tax.txt", "xml", "xml.txt", "tax.xml.bak", "tax.xml.", "tax.x.ml"}) {
+    EXPECT_THROW(CheckTaxonomyFileName(name), EndOfProgram) << name;
+  }
+}
+
+TEST_F(TaxonomyLoadingTest, NodeHasAsManyChildrenAsATableHasColumns) {
+  std::string lines;
+  for (int i = 1; i <= 1997; ++i) lines += NodeLine("T" + std::to_string(i), "C" + std::to_string(i));
+  LoadText(lines, "wide.mdb");
+  EXPECT_EQ(Rows("wide.mdb", "SELECT SON1997 FROM Source WHERE FatherId='C'"),
+            std::vector<std::string>{"T1997"});
+  const std::string message =
+      MessageOf<InputError>([&] { LoadText(lines + NodeLine("T1998", "C1998"), "wider.mdb"); });
+  EXPECT_NE(message.find("position C has more than 1997 children"), std::string::npos) << message;
+  EXPECT_FALSE(std::filesystem::exists("wider.mdb"));
+}
+
 TEST_F(TaxonomyLoadingTest, FaultsLeaveNothingBehind) {
   const std::string good = NodeLine("Fever", "C1");
   WriteText("there.mdb", "mine");
@@ -146,7 +167,6 @@ TEST_F(TaxonomyLoadingTest, FaultsLeaveNothingBehind) {
   EXPECT_THROW(LoadTaxonomy("a.xml", "there.mdb", ExistingFile::kRefuse, progress), DatabaseError);
   EXPECT_THROW(LoadTaxonomy("b.xml", "new.mdb", ExistingFile::kRefuse, progress), FileError);
   EXPECT_THROW(LoadTaxonomy("tax.txt", "new.mdb", ExistingFile::kRefuse, progress), EndOfProgram);
-  EXPECT_THROW(LoadTaxonomy("xml", "new.mdb", ExistingFile::kRefuse, progress), EndOfProgram);
   for (int pulse = 0; pulse < 300; pulse += 7) {
     RecordingProgress stopping;
     stopping.interrupt_at = pulse;

@@ -56,6 +56,46 @@ TEST_F(TaxonomyStoreTest, ChildrenAreFoundByName) {
   EXPECT_EQ(codes, (Texts{"C.2.1Crohn s", "C.2.2Asthma"}));
 }
 
+TEST_F(TaxonomyStoreTest, TermThatStandsTwiceBelowANodeIsNamedTwice) {
+  LoadText(NodeLine("Diseases", "C") + NodeLine("Fever", "C1;C2;D1"), "twice.mdb");
+  const TaxonomyStore store("twice.mdb");
+  const auto numbers = [](const std::vector<TaxonomyNode>& nodes) {
+    Nodes found;
+    for (const TaxonomyNode& node : nodes) found.push_back(node.number);
+    return found;
+  };
+  EXPECT_EQ(numbers(store.Children(1)), (Nodes{2, 3, 2, 3}));
+  EXPECT_EQ(numbers(store.DistinctChildren(1)), (Nodes{2, 3}));
+}
+
+TEST_F(TaxonomyStoreTest, WalksSubtreesByLevelsAndNotByTexts) {
+  LoadText(NodeLine("Diseases", "C") + NodeLine("One", "C1") + NodeLine("Deep", "C1.2.3") +
+               NodeLine("Twelve", "C12"),
+           "deep.mdb");
+  const TaxonomyStore store("deep.mdb");
+  const struct {
+    const char* code;
+    int levels;
+    Texts codes;
+  } cases[] = {
+      {"C.1", 0, {"C.1", "C.1.2", "C.1.2.3"}},
+      {"C.1", 1, {"C.1"}},
+      {"C.1", 2, {"C.1", "C.1.2"}},
+      {"C.12", 0, {"C.12"}},
+      {"C", 2, {"C", "C.1", "C.12"}},
+      {"", 1, {"C"}},
+      {"", 0, {"C", "C.1", "C.1.2", "C.1.2.3", "C.12"}},
+      {"C.", 0, {}},
+  };
+  for (const auto& c : cases) {
+    Texts codes;
+    store.working().ForEachBelow(c.code, c.levels,
+                                 [&codes](const TaxonomyNode& node) { codes.push_back(node.code); });
+    std::sort(codes.begin(), codes.end());
+    EXPECT_EQ(codes, c.codes) << c.code << " " << c.levels;
+  }
+}
+
 TEST_F(TaxonomyStoreTest, RendersWithTheLastAndCut) {
   const TaxonomyStore store("tax.mdb");
   const struct {

@@ -99,6 +99,11 @@ TEST_F(TaxonomyWindowsTest, SelectingShowsChildrenAndChoices) {
   Choose(window, "Diseases");
   Click(Button(window, "Prune &upward"));
   EXPECT_EQ(TreeText(downward), "Organic Chemicals\nDiseases\n");
+  // The position of each line, marked and chosen ones too.
+  EXPECT_EQ(Line(existing, "<Diseases>").toolTip(0), "C");
+  EXPECT_EQ(Line(downward, "Diseases").toolTip(0), "C");
+  EXPECT_EQ(Line(downward, "Organic Chemicals").toolTip(0), "D.02");
+  EXPECT_EQ(Line(existing, "Amines").toolTip(0), "D.02.092");
   Click(Button(window, "&Reset all"));
   EXPECT_EQ(TreeText(downward), "");
   EXPECT_EQ(existing.topLevelItemCount(), 7);
