@@ -17,7 +17,7 @@ void LoadingWindow::Execute() {
   if (file.empty()) return;
   std::filesystem::path database = context().dialogs.SaveFile(
       this, FileKind::kTaxonomyDatabase, "Saving taxonomies on database : ", OverwriteQuestion::kNotAsked);
-  if (database.empty()) database = "taxDB";
+  if (database.empty()) database = "taxDB";  // in the current folder, also when the dialog was cancelled
   const TaxonomyLoadReport report = LoadTaxonomy(file, database, ExistingFile::kRefuse, progress());
   if (report.passed_over.empty()) return;
   ShowMessage(MessageIcon::kWarning, "Loading Taxonomy",

@@ -35,6 +35,7 @@ std::string NodeNames::Joined(std::span<const NodeNumber> nodes) {
   for (const NodeNumber node : nodes) {
     if (!text.empty()) text += " AND ";
     const std::optional<std::string>& term = FindTerm(node);
+    // Without its number a node that has no term could not be told from another, nor chosen.
     text += !term || term->empty() ? "#" + std::to_string(node) : *term;
   }
   return text;

@@ -46,7 +46,8 @@ SelectingWindow::SelectingWindow(const WindowContext& context, QWidget* parent)
   upward_->setObjectName("upward");
   downward_->setObjectName("downward");
   BuildTrees();
-  QPushButton* const upward = AddButton("Prune &upward", [] {});  // does nothing
+  // It never did anything. Users of the window rely on no ancestor going away with a click.
+  QPushButton* const upward = AddButton("Prune &upward", [] {});
   upward->setToolTip("Has no effect. The command line has it: selvane-cli taxonomy prune --upward");
   AddButton("Prune &hierarchy", [this] { PruneHierarchy(); });
   AddButton("&Reset all", [this] { ResetAll(); });
@@ -111,6 +112,7 @@ void SelectingWindow::PruneHierarchy() {
     ShowMessage(MessageIcon::kWarning, "Choosing Taxonomy", "Already pruned");
     return;
   }
+  // The chosen line is a new one without the children; the line stays where it is and is marked.
   auto* const chosen = new QTreeWidgetItem({text});
   chosen->setData(0, kNodeRole, item->data(0, kNodeRole));
   chosen->setToolTip(0, item->toolTip(0));

@@ -44,6 +44,7 @@ void CheckLine(const TaxonomyLine& line, std::string_view name, long number) {
   for (const std::string& code : line.codes) CheckWidth(code, "position code", name, number);
 }
 
+// There are few types and fewer categories, so a search from the front is enough.
 void AddDistinct(std::vector<std::string>& list, std::string_view value) {
   if (std::find(list.begin(), list.end(), value) == list.end()) list.emplace_back(value);
 }
@@ -51,6 +52,7 @@ void AddDistinct(std::vector<std::string>& list, std::string_view value) {
 }  // namespace
 
 void CheckTaxonomyFileName(const std::filesystem::path& path) {
+  // The whole path is looked at, so a name without a dot passes in a folder named like tax.xml.
   const std::string name = LowerCase(path.string());
   const std::size_t dot = name.rfind('.');
   if (dot == std::string::npos || name.find("xml", dot) == std::string::npos) {
@@ -66,11 +68,13 @@ void ParseTaxonomyText(std::string text, std::string_view name, TaxonomyFile& fi
   for (long number = 1; !rest.empty(); ++number) {
     const std::string_view line = NextLine(rest);
     steps.Reached(file.text.size() - rest.size());
+    // Plain words anywhere in the line, not attributes: files are taken that no XML reader would take.
     const std::size_t canonical = line.find("canonical");
     const bool has_canonical = canonical != std::string_view::npos;
     const bool has_others =
         line.find("type") != std::string_view::npos && line.find("tree") != std::string_view::npos;
     if (!has_canonical || !has_others) {
+      // A line with none of the words is the file's frame; one with some may be a node that was misspelt.
       if (has_canonical || has_others) file.passed_over.push_back(number);
       continue;
     }
@@ -95,6 +99,7 @@ void ParseTaxonomyText(std::string text, std::string_view name, TaxonomyFile& fi
     AddDistinct(file.categories, CategoryOf(node.tree));
     file.lines.push_back(std::move(node));
   }
+  // Both lists lose what came last, as they always have; they tell what a file is about and decide nothing.
   if (!file.types.empty()) file.types.pop_back();
   if (!file.categories.empty()) file.categories.pop_back();
 }

@@ -34,7 +34,7 @@ class SourceRows {
   // What one position of a node line writes: the child's term goes to its parent, which is made as a
   // placeholder when its own line has not come yet, and then the node itself gets its row or its term.
   void Add(const std::string& code, const std::string& term) {
-    if (code.size() > 1) AddSon(ParentCode(code), term);
+    if (code.size() > 1) AddSon(ParentCode(code), term);  // the parent first: rows are numbered in this order
     Find(code).term = term;
   }
 
@@ -50,6 +50,7 @@ class SourceRows {
   Row& Find(std::string_view code) {
     auto found = by_code_.find(code);
     if (found == by_code_.end()) {
+      // Found again by its place, as rows_ moves when it grows.
       found = by_code_.emplace(std::string(code), rows_.size()).first;
       rows_.push_back({std::string(code), {}, {}});
     }
@@ -58,6 +59,7 @@ class SourceRows {
 
   void AddSon(std::string_view parent, const std::string& term) {
     Row& row = Find(parent);
+    // The column is counted before it is known whether the child has a term to leave in it.
     son_columns_ = std::max(son_columns_, row.sons.size() + 1);
     if (son_columns_ > kMostSons) {
       throw InputError(
@@ -139,6 +141,8 @@ TaxonomyLoadReport LoadTaxonomy(const std::filesystem::path& xml_file, const std
     TaxonomyStore::Create(path, source.son_columns());
     FillDatabase(path, source, progress);
     TaxonomyStore store(path);
+    // Copying row by row stops at a row's first empty value; without gaps that is the whole row, and one
+    // statement does the same much faster.
     source.has_gaps() ? store.Rebuild(progress) : store.CopyWholeSource(progress);
     report.rows = static_cast<long>(source.rows().size());
     report.son_columns = source.son_columns();

@@ -9,6 +9,8 @@ namespace selvane {
 
 namespace {
 
+// The lists are searched from the front, and their order is what callers see. ItemRegistry gives the same
+// lists without the searching; this is what it is compared with.
 void RecordNode(NodeNumber node, std::uint32_t row_id, std::vector<NodeNumber>& nodes,
                 std::vector<NodeNumber>& added, std::vector<TidList>& tid_lists) {
   const auto found = std::find(nodes.begin(), nodes.end(), node);
@@ -45,6 +47,7 @@ void TaxonomyStore::RecordAncestors(const RowValues& row, std::span<const std::s
   }
 }
 
+// An ancestor of several of the term's positions comes once for each. Recording it again changes nothing.
 std::vector<NodeNumber> TaxonomyStore::AncestorsOfTerm(std::string_view term) const {
   std::vector<NodeNumber> ancestors;
   for (const std::string& position : working().PositionsOfTerm(term)) {

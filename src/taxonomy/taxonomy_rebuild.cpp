@@ -25,6 +25,8 @@ class RowCopier {
 
   void Copy(const Recordset& row) {
     const int fields = row.FieldCount();
+    // What stands behind the first empty value is left out, so a position without a term has no sons in
+    // `Taxonomy`, as in every taxonomy database that was made so far.
     int filled = 0;
     while (filled < fields && !row.Text(filled).empty()) ++filled;
     // A row whose first field is empty gives a statement without columns, which the engine refuses.
@@ -61,6 +63,7 @@ void TaxonomyStore::Rebuild(Progress& progress) {
   const auto count = static_cast<std::uint64_t>(database_.RecordCount("Source"));
   HundredthSteps steps(progress, count);
   Transaction transaction(database_);
+  // Making the indexes afterwards is faster than keeping them up to date row by row.
   database_.DropIndexes("Taxonomy");
   database_.Execute("DELETE * FROM Taxonomy");
   {
@@ -103,6 +106,7 @@ void TaxonomyStore::RestoreTerm(std::string_view term) {
   for (const Field& field : database_.Fields("Source")) names.push_back(field.name);
   BulkInsert insert = database_.OpenBulkInsert("Taxonomy", names);
   for (const std::string& code : codes) {
+    // What is still there goes and comes again, so that nothing is there twice and all stands in one order.
     database_.Execute("DELETE * FROM Taxonomy WHERE FatherId Like '" + code + "*'");
     // In the order of the table: mining registers nodes in the order of their rows.
     Recordset rows =

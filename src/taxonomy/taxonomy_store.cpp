@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <limits>
 
 #include "base/text.h"
@@ -29,6 +28,7 @@ void TaxonomyStore::Create(const std::filesystem::path& path, int son_columns) {
 
 TaxonomyStore::TaxonomyStore(const std::filesystem::path& path)
     : database_(Database::Open(path, OpenMode::kWritable)) {
+  // Any database opens. Told here, the user hears which file is wrong and not which statement failed.
   for (const char* table : {"Taxonomy", "Source"}) {
     if (database_.HasTable(table)) continue;
     throw DatabaseError(path,
@@ -64,6 +64,7 @@ std::int32_t TaxonomyStore::SpecificityBound() const {
   return static_cast<std::int32_t>(std::max(nodes + 1, kBeyond16Bits));
 }
 
+// Children are kept as terms, which may stand elsewhere too: only the positions right below this one count.
 std::vector<TaxonomyNode> TaxonomyStore::Children(NodeNumber node) const {
   const std::string code = working().PositionOf(node);
   std::vector<TaxonomyNode> children;
@@ -92,6 +93,7 @@ std::vector<TaxonomyNode> TaxonomyStore::DistinctChildren(NodeNumber node) const
 
 std::vector<std::string> TaxonomyStore::TaxonomiesInUse() const {
   std::vector<std::string> terms;
+  // A category that only came as somebody's parent has no name to show.
   for (TaxonomyNode& category : working().Categories()) {
     if (!category.term.empty()) terms.push_back(std::move(category.term));
   }

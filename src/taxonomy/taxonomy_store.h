@@ -99,8 +99,8 @@ class TaxonomyStore {
   // Found when it is first wanted, and before the store changes `Taxonomy` itself: nobody else can, the file
   // is held. So opening costs no walk over the table.
   mutable std::optional<NodeNumber> largest_index_;
-  std::unordered_set<NodeNumber>
-      marked_;  // of few nodes; as many flags as the greatest number could fill the memory
+  // Of few nodes: flags for all numbers up to the greatest could fill the memory.
+  std::unordered_set<NodeNumber> marked_;
 };
 
 }  // namespace selvane
