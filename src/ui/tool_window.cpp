@@ -8,7 +8,6 @@
 #include <QPushButton>
 #include <QScopedValueRollback>
 #include <QSettings>
-#include <QTimer>
 #include <QVBoxLayout>
 
 #include "base/error.h"
@@ -42,6 +41,8 @@ ToolWindow::ToolWindow(const WindowContext& context, QWidget* parent, const QStr
   status_->setObjectName("status");
   status_->setTextFormat(Qt::PlainText);
   buttons_->addStretch();
+  when_pending_.setSingleShot(true);
+  connect(&when_pending_, &QTimer::timeout, this, [this] { RunPending(); });
   auto* const layout = new QVBoxLayout(this);
   layout->addLayout(content_, 1);
   layout->addWidget(status_);
@@ -85,13 +86,13 @@ void ToolWindow::Run(const Command& command) {
 
 void ToolWindow::RunLater(Command command) {
   pending_.push_back(std::move(command));
-  QTimer::singleShot(0, this, [this] { RunPending(); });
+  when_pending_.start(0);
 }
 
 void ToolWindow::RunPending() {
   if (pending_.empty()) return;
   if (working_ || QApplication::mouseButtons() != Qt::NoButton) {
-    QTimer::singleShot(kRetryMilliseconds, this, [this] { RunPending(); });
+    when_pending_.start(kRetryMilliseconds);
     return;
   }
   Run([] {});

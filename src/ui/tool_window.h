@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QDialog>
+#include <QTimer>
 #include <deque>
 #include <functional>
 
@@ -72,6 +73,7 @@ class ToolWindow : public QDialog {
   QHBoxLayout* buttons_;
   WindowProgress progress_;
   std::deque<Command> pending_;
+  QTimer when_pending_;  // single shots
   bool working_ = false;
 };
 
