@@ -196,7 +196,7 @@ void ClusterCover(benchmark::State& state) {
   SilentProgress progress;
   const RuleList list(std::move(rules));
   const CoverFilter filter(list, items);
-  for (auto _ : state) benchmark::DoNotOptimize(filter.Cluster(cover, 3, progress));
+  for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(filter.Cluster(cover, 3, progress));
 }
 
 BENCHMARK(WholeTaxonomy)->Iterations(1)->Repetitions(3)->Unit(benchmark::kMillisecond);

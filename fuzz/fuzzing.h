@@ -37,7 +37,7 @@ struct ScratchFolder {
 // process.
 inline std::filesystem::path AsFile(const char* name, const std::uint8_t* data, std::size_t size) {
   static const ScratchFolder kScratch;
-  const std::filesystem::path path = kScratch.path / name;
+  std::filesystem::path path = kScratch.path / name;
   selvane::OutputFile file(path);
   file.Write(TextOf(data, size));
   file.Close();

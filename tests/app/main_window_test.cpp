@@ -54,20 +54,20 @@ TEST_F(MainWindowTest, ButtonsAndEntriesOpenTheSameWindows) {
     int entry;
     int button;
     std::string title;
-  } kWindows[] = {
+  } windows[] = {
       {32793, 1000, "Kovril: Creating Mesh-Terms DB"},   {32772, 1001, "Kovril:Loading Taxonomies"},
       {32773, 1002, "Kovril:Restoring Taxonomies"},      {32774, 1003, "Kovril:Selecting Taxonomies"},
       {32776, 1004, "Kovril: Extracting Rules"},         {32777, 1005, "Kovril: Filtering Rules"},
       {32792, 1009, "Kovril: Importing/Exporting Rules"}};
-  for (const auto& [entry, button, title] : kWindows) {
+  for (const auto& shown : windows) {
     const auto ask = [&] {
-      if (entry == 32774 || entry == 32777)
+      if (shown.entry == 32774 || shown.entry == 32777)
         dialogs.Expect("open: Selecting taxonomies database : ", {"tax.mdb"});
     };
     ask();
-    EXPECT_EQ(Opened([&] { Entry(entry)->trigger(); }), Titles{title});
+    EXPECT_EQ(Opened([&] { Entry(shown.entry)->trigger(); }), Titles{shown.title});
     ask();
-    EXPECT_EQ(Opened([&] { Click(PictureButton(button)); }), Titles{title});
+    EXPECT_EQ(Opened([&] { Click(PictureButton(shown.button)); }), Titles{shown.title});
   }
   dialogs.Expect("open: Selecting taxonomies database : ");  // cancelled: no window
   EXPECT_EQ(Opened([&] { Click(PictureButton(1003)); }), Titles{});

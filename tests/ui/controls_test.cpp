@@ -92,7 +92,7 @@ TEST_F(ControlsTest, ATreeTellsOfEachLineWhatCannotBeSeen) {
   const auto tip_at = [tree](QPoint place) {
     QHelpEvent help(QEvent::ToolTip, place, tree->viewport()->mapToGlobal(place));
     QCoreApplication::sendEvent(tree->viewport(), &help);
-    const std::string tip = QToolTip::isVisible() ? FromQt(QToolTip::text()) : "";
+    std::string tip = QToolTip::isVisible() ? FromQt(QToolTip::text()) : "";
     QToolTip::hideText();  // takes a while
     EXPECT_TRUE(QTest::qWaitFor([] { return !QToolTip::isVisible(); }));
     return tip;
