@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "bench_input.h"
+#include "mining/apriori_extraction.h"
 #include "mining/closed_extraction.h"
 #include "taxonomy/taxonomy_loading.h"
 
