@@ -145,6 +145,14 @@ TEST_F(ToolWindowTest, RunsWhatIsForLaterBeforeTheNextCommandAndNotUnderAPressed
   window.RunLater([&order] { order += "later "; });
   QTest::mouseClick(&Button(window, "&Work"), Qt::LeftButton);
   EXPECT_EQ(order, "later work ");
+  window.work = [&order](Workshop& self) {
+    self.RunLater([&order] { order += "after "; });
+    self.progress().SetStatus("");  // repaints
+    order += "working ";
+  };
+  Click(Button(window, "&Work"));
+  EXPECT_TRUE(QTest::qWaitFor([&order] { return order == "later work working after "; })) << order;
+  order = "later work ";
   QTest::mousePress(&window.field, Qt::LeftButton);
   window.RunLater([&order] { order += "released "; });
   QTest::qWait(60);
@@ -163,8 +171,12 @@ TEST_F(ToolWindowTest, RemembersItsSizeAndTakesReturnOnItsButtonsOnly) {
     QTest::keyClick(&window.field, Qt::Key_Return);
     EXPECT_EQ(runs, 0);
     Button(window, "&Work").setFocus();
-    QTest::keyClick(&Button(window, "&Work"), Qt::Key_Return);
-    EXPECT_EQ(runs, 1);
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) QTest::keyClick(&Button(window, "&Work"), key);
+    EXPECT_EQ(runs, 2);
+    window.field.setFocus();
+    Button(window, "&Work").click();  // as its shortcut does
+    EXPECT_EQ(runs, 3);
+    EXPECT_EQ(window.focusWidget(), &Button(window, "&Work"));
     window.close();
   }
   Workshop window(context);
