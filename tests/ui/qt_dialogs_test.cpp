@@ -62,6 +62,17 @@ TEST_F(QtDialogsTest, OpensOneFileOrSeveralAndRemembersTheFolderOfEachKind) {
   });
   EXPECT_TRUE(real.OpenFiles(nullptr, FileKind::kQueryFiles, "again").empty());
 
+  // A file without a suffix is opened as it is, and one that is not there is not.
+  WriteText("in/plain", "");
+  Meanwhile<QFileDialog>([](QFileDialog& dialog) {
+    Meanwhile<QMessageBox>([&dialog](QMessageBox& box) {
+      box.accept();
+      TypeName(dialog, "plain");
+    });
+    TypeName(dialog, "missing");
+  });
+  EXPECT_EQ(real.OpenFile(nullptr, FileKind::kQueryFiles, "one"), folder() / "in/plain");
+
   // The folder that the program was started with comes first, once for each kind.
   fs::create_directories("start");
   QtDialogs started(settings, PathToQt(folder() / "start"));
@@ -98,6 +109,18 @@ TEST_F(QtDialogsTest, AsksBeforeAFileIsReplacedWhereItIsToldTo) {
   });
   EXPECT_EQ(real.SaveFile(nullptr, FileKind::kRulesDatabase, "save", OverwriteQuestion::kAsked, "RulesORNEX"),
             folder() / "in/RulesORNEX.mdb");
+}
+
+TEST_F(QtDialogsTest, AQuestionIsAnsweredNoUnlessYesIsChosen) {
+  const auto answer = [this](std::function<void(QMessageBox&)> act) {
+    Meanwhile<QMessageBox>(std::move(act));
+    return real.Ask(nullptr, "Title", "Replace?");
+  };
+  EXPECT_TRUE(answer([](QMessageBox& box) { box.button(QMessageBox::Yes)->click(); }));
+  EXPECT_FALSE(answer([](QMessageBox& box) { box.button(QMessageBox::No)->click(); }));
+  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
+    EXPECT_FALSE(answer([key](QMessageBox& box) { QTest::keyClick(&box, key); }));
+  }
 }
 
 TEST_F(QtDialogsTest, ShowsMessagesWithTheirIconsAndDetails) {
