@@ -85,6 +85,12 @@ TEST_F(MainWindowTest, ShowsPicturesWithTextsAndKeysThatDoNotCollide) {
     EXPECT_GT(colours.size(), 2U) << "no picture on " << button->accessibleName().toStdString();
   }
   EXPECT_EQ(Entry(32773)->statusTip(), "Restoring pruned taxonomes ");
+  EXPECT_LT(PictureButton(1000).x(), PictureButton(1001).x());
+  EXPECT_LT(PictureButton(1003).y(), PictureButton(1004).y());
+  const QList<QAction*> entries = window.menuBar()->actions().front()->menu()->actions();
+  for (const QAction* const entry : entries) {
+    EXPECT_EQ(entry->isSeparator(), entry == entries[entries.size() - 2]);  // before Exit
+  }
   for (const QAction* const popup : window.menuBar()->actions()) {
     std::set<QChar> keys;
     for (const QAction* const entry : popup->menu()->actions()) {
