@@ -120,12 +120,16 @@ Database Database::Open(const std::filesystem::path& path, OpenMode mode) {
   return Database(std::move(connection));
 }
 
-Statement Database::Prepare(std::string_view sql, TranslatedSql& translated) {
+TranslatedSql Database::Translate(std::string_view sql) const {
   try {
-    translated = SqlDialect::Translate(sql);
+    return SqlDialect::Translate(sql);
   } catch (const InputError& error) {
     throw DatabaseError(path(), error.what(), sql);
   }
+}
+
+Statement Database::Prepare(std::string_view sql) {
+  const TranslatedSql translated = Translate(sql);
   Statement statement(connection_, translated.text, sql);
   for (std::size_t i = 0; i < translated.values.size(); ++i) {
     statement.Bind(static_cast<int>(i), translated.values[i]);
@@ -134,14 +138,15 @@ Statement Database::Prepare(std::string_view sql, TranslatedSql& translated) {
 }
 
 void Database::Execute(std::string_view sql) {
-  TranslatedSql translated;
-  Prepare(sql, translated).Execute();
+  Prepare(sql).Execute();
 }
 
 Recordset Database::OpenRecordset(std::string_view sql) {
-  TranslatedSql translated;
-  Statement statement = Prepare(sql, translated);
-  return Recordset(connection_, std::move(statement), std::move(translated));
+  return {connection_, Prepare(sql)};
+}
+
+Recordset Database::OpenEditable(std::string_view sql) {
+  return Recordset::OpenEditable(connection_, Translate(sql));
 }
 
 BulkInsert Database::OpenBulkInsert(std::string_view table, std::span<const std::string> fields) {

@@ -57,6 +57,9 @@ class Database {
   void Execute(std::string_view sql);
   // Opens a result over an SQL text, standing on its first row.
   Recordset OpenRecordset(std::string_view sql);
+  // The same, for a result of which rows are to be added, changed or removed. Fails unless it is one over
+  // columns of one table: distinct rows or a count, for instance, are no rows of a table.
+  Recordset OpenEditable(std::string_view sql);
   // For many rows of one table: values go in without an SQL text for each.
   BulkInsert OpenBulkInsert(std::string_view table, std::span<const std::string> fields);
   // Copies all rows of one table into an empty one of the same fields.
@@ -74,7 +77,8 @@ class Database {
 
  private:
   explicit Database(std::shared_ptr<Connection> connection);
-  Statement Prepare(std::string_view sql, TranslatedSql& translated);
+  TranslatedSql Translate(std::string_view sql) const;
+  Statement Prepare(std::string_view sql);
   std::shared_ptr<Connection> connection_;
 };
 

@@ -2,15 +2,83 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "base/error.h"
 #include "base/text.h"
 #include "data/database_error.h"
 
 namespace selvane {
 
-Recordset::Recordset(std::shared_ptr<Connection> connection, Statement statement, TranslatedSql source)
-    : connection_(std::move(connection)), statement_(std::move(statement)), source_(std::move(source)) {
+namespace {
+
+// The table and the fields of "SELECT fields FROM table ...", as they stand in a translated text, where names
+// are in double quotes and one blank stands between two tokens.
+struct SimpleSelect {
+  std::string_view table;
+  std::string_view fields;
+};
+
+std::string_view TakeToken(std::string_view& text) {
+  std::size_t end = text.find(' ');
+  if (text.starts_with('"')) {
+    end = text.find('"', 1);
+    while (text.substr(end + 1).starts_with('"')) end = text.find('"', end + 2);
+    ++end;
+  }
+  const std::string_view token = text.substr(0, end);
+  text.remove_prefix(std::min(token.size() + 1, text.size()));
+  return token;
+}
+
+// Nothing for a result of which a row is not one row of one table: distinct or grouped rows, joined tables,
+// computed fields.
+std::optional<SimpleSelect> SimpleSelectOf(std::string_view text) {
+  if (TakeToken(text) != "SELECT") return std::nullopt;
+  SimpleSelect select;
+  const char* const fields = text.data();
+  for (std::string_view token = TakeToken(text); token != "FROM"; token = TakeToken(text)) {
+    if (!token.starts_with('"') && token != "," && token != "*") return std::nullopt;
+    select.fields = std::string_view(fields, static_cast<std::size_t>(token.data() - fields) + token.size());
+  }
+  select.table = TakeToken(text);
+  if (!select.table.starts_with('"')) return std::nullopt;
+  std::string_view token = TakeToken(text);
+  if (!token.empty() && token != "WHERE" && token != "ORDER" && token != "LIMIT") return std::nullopt;
+  while (!text.empty()) {
+    token = TakeToken(text);
+    if (token == "GROUP" || token == "HAVING") return std::nullopt;
+  }
+  return select;
+}
+
+[[noreturn]] void CannotBeChanged(const Connection& connection, std::string_view sql) {
+  throw DatabaseError(connection.path, "this result cannot be changed", sql);
+}
+
+}  // namespace
+
+Recordset::Recordset(std::shared_ptr<Connection> connection, Statement statement)
+    : connection_(std::move(connection)), statement_(std::move(statement)) {
   at_end_ = !statement_.Step();
+}
+
+// The result carries the number of each row from the start: a row that is looked for later, by its place or
+// by its values, is another one when rows before it are gone or rows are alike.
+Recordset Recordset::OpenEditable(std::shared_ptr<Connection> connection, const TranslatedSql& source) {
+  const std::optional<SimpleSelect> select = SimpleSelectOf(source.text);
+  if (!select) CannotBeChanged(*connection, source.text);
+  std::string numbered = source.text;
+  numbered.insert(std::string_view("SELECT ").size(), "rowid, ");
+  Statement statement(connection, numbered, source.text);
+  for (std::size_t i = 0; i < source.values.size(); ++i) {
+    statement.Bind(static_cast<int>(i), source.values[i]);
+  }
+  Recordset result(std::move(connection), std::move(statement));
+  result.first_column_ = 1;
+  result.table_ = select->table;
+  result.fields_ = select->fields;
+  return result;
 }
 
 void Recordset::NeedRow() const {
@@ -19,8 +87,8 @@ void Recordset::NeedRow() const {
 
 void Recordset::MoveNext() {
   NeedRow();
+  reread_.reset();
   at_end_ = !statement_.Step();
-  ++moves_;
   editing_ = Editing::kNothing;
 }
 
@@ -34,7 +102,7 @@ int Recordset::PositionOf(std::string_view name) const {
 
 Variant Recordset::Value(int position) const {
   NeedRow();
-  return statement_.Column(position + first_column_);
+  return Row().Column(position + first_column_);
 }
 
 Variant Recordset::Value(std::string_view name) const {
@@ -43,7 +111,7 @@ Variant Recordset::Value(std::string_view name) const {
 
 std::string_view Recordset::Text(int position) const {
   NeedRow();
-  return statement_.ColumnText(position + first_column_);
+  return Row().ColumnText(position + first_column_);
 }
 
 template <typename Convert>
@@ -69,7 +137,7 @@ void Recordset::Int16Row(std::vector<std::uint32_t>& values) const {
   NeedRow();
   values.clear();
   for (;;) {
-    const int read = statement_.AppendInt16s(first_column_ + static_cast<int>(values.size()), values);
+    const int read = Row().AppendInt16s(first_column_ + static_cast<int>(values.size()), values);
     if (read >= statement_.ColumnCount()) return;
     values.push_back(
         static_cast<std::uint32_t>(Int16(read - first_column_)));  // text, a fraction, or an error
@@ -79,45 +147,26 @@ void Recordset::Int16Row(std::vector<std::uint32_t>& values) const {
 void Recordset::FindOnes(const std::vector<bool>& is_text, std::vector<std::size_t>& places) const {
   NeedRow();
   places.clear();
-  statement_.FindOnes(first_column_ + 1, is_text, places);
+  Row().FindOnes(first_column_ + 1, is_text, places);
 }
 
-void Recordset::MakeEditable() {
-  if (!table_.empty()) return;
-  constexpr std::string_view kSelect = "SELECT ";
-  const std::size_t from = source_.text.find(" FROM \"");
-  if (!source_.text.starts_with(kSelect) || from == std::string::npos) {
-    throw DatabaseError(connection_->path, "this result cannot be changed", source_.text);
-  }
-  const std::size_t name = from + std::string_view(" FROM ").size();
-  std::size_t end = source_.text.find('"', name + 1);
-  while (end + 1 < source_.text.size() && source_.text[end + 1] == '"') end = source_.text.find('"', end + 2);
-  const std::string table = source_.text.substr(name, end - name + 1);
+void Recordset::NeedEditable() const {
+  if (table_.empty()) throw DatabaseError(connection_->path, "this result was not opened for changes");
+}
 
-  std::string numbered = source_.text;
-  numbered.insert(kSelect.size(), "rowid, ");
-  Statement statement(connection_, numbered, source_.text);
-  for (std::size_t i = 0; i < source_.values.size(); ++i)
-    statement.Bind(static_cast<int>(i), source_.values[i]);
-  bool row = statement.Step();
-  for (std::int64_t i = 0; i < moves_ && row; ++i) row = statement.Step();
-  statement_ = std::move(statement);
-  at_end_ = !row;
-  first_column_ = 1;
-  table_ = table;
+void Recordset::BeginEditing(Editing editing) {
+  NeedEditable();
+  editing_ = editing;
+  edited_.assign(static_cast<std::size_t>(FieldCount()), std::nullopt);
 }
 
 void Recordset::AddNew() {
-  MakeEditable();
-  editing_ = Editing::kNewRow;
-  edited_.assign(static_cast<std::size_t>(FieldCount()), std::nullopt);
+  BeginEditing(Editing::kNewRow);
 }
 
 void Recordset::Edit() {
   NeedRow();
-  MakeEditable();
-  editing_ = Editing::kRow;
-  edited_.assign(static_cast<std::size_t>(FieldCount()), std::nullopt);
+  BeginEditing(Editing::kRow);
 }
 
 void Recordset::SetField(int position, const Variant& value) {
@@ -154,11 +203,20 @@ void Recordset::Update() {
   }
   if (!adding) change.BindInteger(parameter, RowNumber());
   change.Execute();
+  if (!adding) ReadAgain(RowNumber());
+}
+
+// A stepped statement holds the values of before the change.
+void Recordset::ReadAgain(std::int64_t row_number) {
+  Statement row(connection_, fmt::format("SELECT rowid, {} FROM {} WHERE rowid = ?", fields_, table_));
+  row.BindInteger(0, row_number);
+  if (!row.Step()) throw DatabaseError(connection_->path, "the row to change is not there any more");
+  reread_ = std::move(row);
 }
 
 void Recordset::Delete() {
   NeedRow();
-  MakeEditable();
+  NeedEditable();
   editing_ = Editing::kNothing;
   Statement remove(connection_, fmt::format("DELETE FROM {} WHERE rowid = ?", table_));
   remove.BindInteger(0, RowNumber());

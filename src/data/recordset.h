@@ -14,14 +14,17 @@
 namespace selvane {
 
 // A result set, standing on a row or at the end. Fields are read by position (from 0) or by name, without
-// regard to case. A result over the columns of one table can be edited:
+// regard to case. A result that was opened for changes (Database::OpenEditable) can be edited:
 //   AddNew, SetField..., Update   adds a row;
-//   Edit, SetField..., Update     changes the row it stands on;
+//   Edit, SetField..., Update     changes the row it stands on, whatever became of other rows meanwhile; its
+//                                 fields then read as they were stored;
 //   Delete                        removes that row; MoveNext then goes on behind it.
 // Every operation throws DatabaseError when it fails.
 class Recordset {
  public:
-  Recordset(std::shared_ptr<Connection> connection, Statement statement, TranslatedSql source);
+  Recordset(std::shared_ptr<Connection> connection, Statement statement);
+  // A result that can be edited. Throws DatabaseError unless it is one over the columns of one table.
+  static Recordset OpenEditable(std::shared_ptr<Connection> connection, const TranslatedSql& source);
 
   bool AtEnd() const { return at_end_; }
   void MoveNext();
@@ -51,21 +54,24 @@ class Recordset {
   enum class Editing { kNothing, kNewRow, kRow };
 
   void NeedRow() const;
+  void NeedEditable() const;
   int PositionOf(std::string_view name) const;
-  // Finds the table of the result and goes over to a result that carries row numbers too. The row it stands
-  // on stays the same.
-  void MakeEditable();
+  void BeginEditing(Editing editing);
+  void ReadAgain(std::int64_t row_number);
   std::int64_t RowNumber() const { return statement_.ColumnInteger(0); }
+  // What the fields are read from.
+  const Statement& Row() const { return reread_ ? *reread_ : statement_; }
   template <typename Convert>
   auto Converted(int position, Convert convert) const;
 
   std::shared_ptr<Connection> connection_;
   Statement statement_;
-  TranslatedSql source_;
+  std::optional<Statement>
+      reread_;  // the current row as it was stored by the last Update, until the next move
   bool at_end_ = false;
-  std::int64_t moves_ = 0;
   int first_column_ = 0;  // 1 when column 0 is the row number of an editable result
-  std::string table_;     // quoted; empty until the result is editable
+  std::string table_;     // of an editable result, as SQL, like its fields
+  std::string fields_;
   Editing editing_ = Editing::kNothing;
   std::vector<std::optional<Variant>> edited_;
 };

@@ -21,7 +21,7 @@ void TaxonomyStore::PruneUpward(NodeNumber number) {
 void TaxonomyStore::ForgetSon(const TaxonomyNode& node) {
   // A category is looked up as its own parent: it has none, and its row goes anyway.
   const std::string parent(node.code.size() > 1 ? ParentCode(node.code) : std::string_view(node.code));
-  Recordset row = database_.OpenRecordset("SELECT * FROM Taxonomy WHERE FatherId='" + parent + "'");
+  Recordset row = database_.OpenEditable("SELECT * FROM Taxonomy WHERE FatherId='" + parent + "'");
   if (row.AtEnd() || row.FieldCount() <= kFirstSonField) return;
   row.Edit();
   for (int field = kFirstSonField; field < row.FieldCount(); ++field) {

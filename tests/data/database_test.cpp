@@ -105,7 +105,7 @@ TEST_F(DatabaseTest, FaultsSayWhatToDo) {
 
 TEST_F(DatabaseTest, ResultsCanBeEdited) {
   Database database = WithTable("a.mdb");
-  Recordset rows = database.OpenRecordset("SELECT * FROM T");
+  Recordset rows = database.OpenEditable("SELECT * FROM T");
   EXPECT_TRUE(rows.AtEnd());
   EXPECT_THROW(rows.Value(0), DatabaseError);
   for (int i = 1; i <= 5; ++i) {
@@ -114,7 +114,7 @@ TEST_F(DatabaseTest, ResultsCanBeEdited) {
     rows.SetField("TEXT", "r");
     rows.Update();
   }
-  Recordset some = database.OpenRecordset("SELECT Small,Text FROM T WHERE Small>'1'");
+  Recordset some = database.OpenEditable("SELECT Small,Text FROM T WHERE Small>'1'");
   some.MoveNext();
   EXPECT_EQ(some.Int16(0), 3);
   some.Edit();
@@ -128,6 +128,54 @@ TEST_F(DatabaseTest, ResultsCanBeEdited) {
   EXPECT_THROW(some.Update(), DatabaseError);
   EXPECT_EQ(Rows(database, "SELECT Small,Text FROM T"),
             (std::vector<std::string>{"1|r", "2|r", "3|new", "5|r"}));
+}
+
+TEST_F(DatabaseTest, EditsTheRowItStandsOnAndReadsItAsStored) {
+  Database database = WithTable("a.mdb");
+  for (const char* row : {"1", "2", "2", "3"}) {
+    database.Execute("insert into T (Small,Text) values(" + std::string(row) + ",'old')");
+  }
+  Recordset rows = database.OpenEditable("SELECT Text,Small FROM T");
+  rows.MoveNext();
+  rows.MoveNext();  // the second of two alike
+  database.Execute("DELETE * FROM T WHERE Small=1");
+  rows.Edit();
+  rows.SetField("Text", "new");
+  rows.SetField("Small", "07");
+  rows.Update();
+  EXPECT_EQ(rows.Text(0), "new");
+  EXPECT_EQ(rows.Int16(1), 7);
+  EXPECT_EQ(Rows(database, "SELECT Small,Text FROM T"),
+            (std::vector<std::string>{"2|old", "7|new", "3|old"}));
+  database.Execute("DELETE * FROM T WHERE Small=7");
+  rows.Edit();
+  rows.SetField("Text", "x");
+  EXPECT_THROW(rows.Update(), DatabaseError);
+  rows.MoveNext();
+  EXPECT_EQ(rows.Text(0), "old");
+}
+
+TEST_F(DatabaseTest, OnlyRowsOfOneTableCanBeChanged) {
+  Database database = WithTable("a.mdb");
+  database.CreateTable("U [x]", std::vector<Field>{{"a \"FROM\" b", FieldType::kInt16}});
+  database.Execute("insert into T (Small,Text) values(1,'a')");
+  for (const char* sql :
+       {"SELECT DISTINCT Text FROM T", "SELECT count(*) FROM T", "SELECT Small,Large FROM T GROUP BY Small",
+        "SELECT Small FROM T WHERE Small=1 GROUP BY Small", "SELECT T.Small FROM T,T",
+        "SELECT Small FROM T t", "SELECT Small AS Large FROM T", "SELECT Small+1 FROM T", "SELECT 1",
+        "DELETE * FROM T"}) {
+    const std::string message = MessageOf<DatabaseError>([&] { database.OpenEditable(sql); });
+    EXPECT_NE(message.find("cannot be changed"), std::string::npos) << sql << ": " << message;
+  }
+  Recordset plain = database.OpenRecordset("SELECT DISTINCT Text FROM T");
+  EXPECT_NE(MessageOf<DatabaseError>([&] { plain.Edit(); }).find("not opened for changes"),
+            std::string::npos);
+  EXPECT_THROW(plain.Delete(), DatabaseError);
+  Recordset named = database.OpenEditable("SELECT [a \"FROM\" b] FROM [U [x]]] ORDER BY 1 LIMIT 5");
+  named.AddNew();
+  named.SetField(0, 5);
+  named.Update();
+  EXPECT_EQ(database.RecordCount("U [x]"), 1);
 }
 
 }  // namespace selvane::tests

@@ -47,7 +47,7 @@ class PlainLoader {
     wide.Update();
   }
   Recordset Find(const std::string& code) {
-    return database_.OpenRecordset("SELECT * FROM Source WHERE FatherId='" + code + "'");
+    return database_.OpenEditable("SELECT * FROM Source WHERE FatherId='" + code + "'");
   }
   void AddColumn() { database_.AddField("Source", SonField(++sons_)); }
   std::string Next() { return std::to_string(++last_index_); }
