@@ -19,6 +19,7 @@ class BulkInsert {
 
   void Set(int position, std::string_view text) { statement_.BindText(position, text); }
   void Set(int position, std::int64_t value) { statement_.BindInteger(position, value); }
+  void Set(int position, double value) { statement_.Bind(position, value); }
   // Adds the row; values that are not set again stay for the next row. Throws DatabaseError.
   void Insert() { statement_.Execute(); }
 

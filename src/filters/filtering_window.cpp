@@ -90,7 +90,7 @@ QWidget* FilteringWindow::DatabaseColumn() {
   cascade_ = new QCheckBox("Cascade Filtering");
   cascade_->setEnabled(false);
   layout->addWidget(cascade_);
-  connect(cascade_, &QCheckBox::clicked, this, [this] { Run([this] { StartCascade(); }); });
+  connect(cascade_, &QCheckBox::clicked, this, [this] { Run([this] { rules_->BeginCascade(); }); });
   connect(tables_, &QListWidget::itemSelectionChanged, this, [this] {
     if (!std::exchange(choice_pending_, true)) RunLater([this] { ChooseTable(); });
   });
@@ -200,12 +200,6 @@ void FilteringWindow::ShowTable(const std::string& table) {
   cascade_->setEnabled(true);
   cascade_->setChecked(false);
   rules_loaded_ = true;
-}
-
-// The chain begins with nothing saved.
-void FilteringWindow::StartCascade() {
-  rules_->SetTargetTable("");
-  rules_->ForgetTargetCreated();
 }
 
 bool FilteringWindow::CanFilter() {

@@ -50,7 +50,6 @@ class FilteringWindow final : public ToolWindow {
   void ChooseTable();
   void ListTables();
   void ShowTable(const std::string& table);
-  void StartCascade();
   bool CanFilter();
   template <typename Window>
   void OpenFilter();

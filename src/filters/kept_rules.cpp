@@ -29,30 +29,17 @@ bool KeepMask::IsEmpty() const {
 std::string SaveFilteredRules(RulesStore& store, const RuleList& rules, const KeepMask& kept,
                               const Clock& clock, Progress& progress) {
   std::string name = TableName(clock);
-  if (store.database().HasTable(name)) {
+  const std::vector<std::string> tables = store.ListRulesTables();
+  if (std::find(tables.begin(), tables.end(), name) != tables.end()) {
     throw InputError(fmt::format("the table {} was saved within this second; save once more", name));
   }
-  const std::string target_before = store.target_table();
-  const bool created_before = store.target_created();
-  try {
-    Transaction transaction(store.database());
-    store.CreateRulesTable(name);
-    store.SetTargetTable(name);
+  store.SaveRulesTable(name, [&](RuleBatch& batch) {
     for (RuleNumber number = 1; number <= rules.size(); ++number) {
-      if (kept.IsKept(number)) store.InsertRule(rules[number]);
+      if (kept.IsKept(number)) batch.Insert(rules[number]);
       if (number % kPulseRules == 0) progress.Pulse();
     }
-    transaction.Commit();
-  } catch (...) {
-    store.SetTargetTable(target_before);
-    if (!created_before) store.ForgetTargetCreated();
-    throw;
-  }
+  });
   return name;
-}
-
-void HandOverFilteredRules(RulesStore& store) {
-  if (store.target_created()) store.SetSourceTable(store.target_table());
 }
 
 }  // namespace selvane

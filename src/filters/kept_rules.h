@@ -33,7 +33,4 @@ class KeepMask {
 std::string SaveFilteredRules(RulesStore& store, const RuleList& rules, const KeepMask& kept,
                               const Clock& clock, Progress& progress);
 
-// In a cascade, what the store has saved becomes the source of the next filter.
-void HandOverFilteredRules(RulesStore& store);
-
 }  // namespace selvane

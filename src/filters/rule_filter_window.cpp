@@ -138,7 +138,7 @@ void RuleFilterWindow::Close() {
       if (std::exchange(save_failed_, true)) ToolWindow::Close();
       throw;
     }
-    HandOverFilteredRules(input_.rules);
+    input_.rules.ContinueCascade();
   }
   ToolWindow::Close();
 }

@@ -116,7 +116,7 @@ void ExchangeWindow::Import() {
   if (path.empty()) path = kDefaultImport;
   CheckIsNoInput(path, {taxonomy_->path(), file_path_});
   // One that is replaced must not be open; any other is given up when the new one is there.
-  if (rules_ && IsSameFile(path, rules_->database().path())) rules_.reset();
+  if (rules_ && IsSameFile(path, rules_->path())) rules_.reset();
   ImportRules(head, nullptr, path, existing, progress());
   tables_->clear();
   export_->setEnabled(false);
@@ -165,7 +165,7 @@ void ExchangeWindow::Export() {
                              QString("%1 is there already. Replace it?").arg(PathToQt(path)))) {
     return;
   }
-  CheckIsNoInput(path, {rules_->database().path()});
+  CheckIsNoInput(path, {rules_->path()});
   const auto choose_taxonomy = [this]() -> const TaxonomyStore* {
     return ChooseTaxonomy("Selecting taxonomies database :") ? &*taxonomy_ : nullptr;
   };

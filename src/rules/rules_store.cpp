@@ -52,14 +52,13 @@ void RulesStore::Close() {
 
 void RulesStore::CreateRulesTable(std::string_view name) {
   database().CreateTable(name, RulesFields());
-  inserted_ = 0;
-  target_created_ = true;
+  target_.inserted = 0;
+  target_.created = true;
 }
 
 void RulesStore::OpenRulesTable(std::string_view name) {
   SetSourceTable(name);
-  target_table_.clear();
-  target_created_ = false;
+  BeginCascade();
   const std::vector<Field> fields = database().Fields(name);
   for (const Field& wanted : RulesFields()) {
     const bool found = std::any_of(fields.begin(), fields.end(), [&wanted](const Field& field) {
@@ -78,15 +77,40 @@ void RulesStore::SetSourceTable(std::string_view name) {
   rows_.reset();
 }
 
+// The insert counter goes on: it counts since the last table was created.
+void RulesStore::BeginCascade() {
+  target_.table.clear();
+  target_.created = false;
+}
+
+void RulesStore::ContinueCascade() {
+  if (target_.created) SetSourceTable(target_.table);
+}
+
 void RulesStore::InsertRule(const Rule& rule) {
-  ++inserted_;
-  if (target_table_ == source_table_) rows_.reset();
-  database().Execute(
-      fmt::format("insert into {} (INDEX,ANTECEDENT,CONSEQUENT,SUPPORT,CONFIDENCE,PA,PC,ASPEC,CSPEC) values"
-                  "({},'{}','{}',{:.6f},{:.6f},{:.6f},{:.6f},{},{})",
-                  target_table_, inserted_, ItemsetToText(rule.antecedent), ItemsetToText(rule.consequent),
-                  double{rule.support}, double{rule.confidence}, double{rule.pa}, double{rule.pc}, rule.aspec,
-                  rule.cspec));
+  ++target_.inserted;
+  if (target_.table == source_table_) rows_.reset();
+  database().Execute(InsertionText(target_.table, target_.inserted, rule));
+}
+
+void RulesStore::InsertRules(const std::function<void(RuleBatch& batch)>& fill) {
+  if (target_.table == source_table_) rows_.reset();
+  Transaction transaction(database());
+  long inserted = target_.inserted;
+  RuleBatch batch(database(), target_.table, inserted);
+  fill(batch);
+  transaction.Commit();
+  target_.inserted = inserted;
+}
+
+void RulesStore::SaveRulesTable(std::string_view name, const std::function<void(RuleBatch& batch)>& fill) {
+  Target target{std::string(name), 0, true};
+  Transaction transaction(database());
+  database().CreateTable(name, RulesFields());
+  RuleBatch batch(database(), name, target.inserted);
+  fill(batch);
+  transaction.Commit();
+  target_ = std::move(target);
 }
 
 long RulesStore::CountRules() const {

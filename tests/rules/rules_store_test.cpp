@@ -1,5 +1,10 @@
 #include "rules/rules_store.h"
 
+#include <bit>
+#include <functional>
+#include <random>
+#include <regex>
+
 #include "data/database_error.h"
 #include "support/test_support.h"
 
@@ -10,22 +15,38 @@ using Texts = std::vector<std::string>;
 class RulesStoreTest : public FolderTest {
  protected:
   static Rule Example(std::int32_t item) { return {{12, item}, {7}, 0.012F, 0.8F, 0.015F, 0.3F, 2, 1}; }
+
+  // What is told when the insertion into a table of r.mdb fails, without the table's name.
+  static std::string Fault(const std::string& table, const std::function<void(RulesStore&)>& insert) {
+    RulesStore store;
+    store.OpenRulesDatabase("r.mdb");
+    store.SetTargetTable(table);
+    try {
+      insert(store);
+    } catch (const DatabaseError& error) {
+      const std::string told = error.reason() + ": " + error.statement();
+      return std::regex_replace(told, std::regex(table), "T");
+    }
+    return {};
+  }
 };
 
 TEST_F(RulesStoreTest, StoresRulesUnderTheirNumbers) {
   RulesStore store;
   store.CreateRulesDatabase("r.mdb", "Extracted");
   EXPECT_TRUE(store.source_table().empty() && store.target_table().empty());
-  EXPECT_TRUE(store.database().HasQuery("SQLstatement"));
   store.SetTargetTable("Extracted");
   store.InsertRule(Example(345));
   Rule tiny = Example(1);
   tiny.support = 0.0000004F;
   tiny.consequent.clear();
   store.InsertRule(tiny);
-  EXPECT_EQ(Rows(store.database(), "SELECT * FROM Extracted"),
+  store.Close();
+  EXPECT_EQ(Rows("r.mdb", "SELECT * FROM Extracted"),
             (Texts{"1|12-345-|7-|0.012|0.8|0.015|0.3|2|1", "2|12-1-||0|0.8|0.015|0.3|2|1"}));
+  EXPECT_TRUE(Database::Open("r.mdb", OpenMode::kReadOnly).HasQuery("SQLstatement"));
 
+  store.OpenRulesDatabase("r.mdb");
   store.OpenRulesTable("Extracted");
   EXPECT_EQ(store.CountRules(), 2);
   Rule rule;
@@ -65,15 +86,86 @@ TEST_F(RulesStoreTest, TableHolds32767Rules) {
   RulesStore store;
   store.CreateRulesDatabase("r.mdb", "Extracted");
   store.SetTargetTable("Extracted");
-  Transaction transaction(store.database());
-  for (long i = 0; i < kMostRules; ++i) store.InsertRule(Example(1));
+  store.InsertRules([](RuleBatch& batch) {
+    for (long i = 0; i < kMostRules; ++i) batch.Insert(Example(1));
+  });
   EXPECT_THROW(store.InsertRule(Example(1)), DatabaseError);
-  transaction.Commit();
+  EXPECT_THROW(store.InsertRules([](RuleBatch& batch) { batch.Insert(Example(1)); }), DatabaseError);
   store.SetSourceTable("Extracted");
   EXPECT_EQ(store.CountRules(), kMostRules);
   Rule long_rule = Example(1);
   long_rule.antecedent.assign(60, 12345);  // 360 characters
   EXPECT_THROW(store.InsertRule(long_rule), DatabaseError);
+}
+
+TEST_F(RulesStoreTest, ManyRulesAreStoredAsTheTextWouldStoreThem) {
+  std::mt19937 random(5);
+  const auto figure = [&random] {
+    const auto bits = static_cast<std::uint32_t>(
+        random());  // any float at all: tiny, huge, negative, infinite, not a number
+    return random() % 2 == 0 ? std::bit_cast<float>(bits) : static_cast<float>(bits) / 4294967296.0F;
+  };
+  std::vector<Rule> rules = {{{}, {-1}, -0.0F, 0.0000005F, 1.0000005F, 16777216.0F, -32768, 32767}};
+  for (int i = 0; i < 300; ++i) {
+    rules.push_back({{12, 345}, {7}, figure(), figure(), figure(), figure(), 2, 1});
+  }
+  rules.push_back(Example(1));
+  rules.back().antecedent.assign(43, 12345);  // 258 characters
+  rules.push_back(Example(1));
+  rules.back().cspec = 32768;
+  {
+    RulesStore store;
+    store.CreateRulesDatabase("r.mdb", "A1");
+    store.CreateRulesTable("B1");
+  }
+  for (const Rule& rule : rules) {
+    EXPECT_EQ(Fault("A1", [&rule](RulesStore& store) { store.InsertRule(rule); }),
+              Fault("B1", [&rule](RulesStore& store) {
+                store.InsertRules([&rule](RuleBatch& batch) { batch.Insert(rule); });
+              }));
+  }
+  const auto stored = [](const char* table) {
+    return Rows("r.mdb",
+                std::string("SELECT Index,ANTECEDENT,CONSEQUENT,printf('%!.26e',SUPPORT),") +
+                    "printf('%!.26e',CONFIDENCE),printf('%!.26e',PA),printf('%!.26e',PC),ASPEC,CSPEC FROM " +
+                    table);
+  };
+  EXPECT_GT(stored("A1").size(), 100U);
+  EXPECT_EQ(stored("A1"), stored("B1"));
+}
+
+TEST_F(RulesStoreTest, SavesATableWholeOrNotAtAll) {
+  RulesStore store;
+  store.CreateRulesDatabase("r.mdb", "Extracted");
+  store.SetTargetTable("Extracted");
+  store.InsertRules([](RuleBatch& batch) {
+    for (const int item : {1, 2, 3}) batch.Insert(Example(item));
+  });
+  store.OpenRulesTable("Extracted");
+  store.BeginCascade();
+  const auto fail = [](RuleBatch& batch) {
+    batch.Insert(Example(4));
+    throw InputError("stopped");
+  };
+  EXPECT_THROW(store.SaveRulesTable("Kept", fail), InputError);
+  EXPECT_EQ(store.ListRulesTables(), Texts{"Extracted"});
+  store.ContinueCascade();
+  EXPECT_EQ(store.CountRules(), 3);  // nothing was saved, so the chain stays where it is
+  store.SaveRulesTable("Kept", [](RuleBatch& batch) { batch.Insert(Example(5)); });
+  EXPECT_THROW(store.SaveRulesTable("Kept", [](RuleBatch&) {}), DatabaseError);
+  store.ContinueCascade();
+  EXPECT_EQ(store.source_table() + store.target_table(), "KeptKept");
+  EXPECT_EQ(store.CountRules(), 1);
+  // Rules that follow go on with the numbers; those of a batch that fails are given again.
+  EXPECT_THROW(store.InsertRules(fail), InputError);
+  store.InsertRule(Example(6));
+  Rule rule;
+  store.LoadRule(2, rule);
+  EXPECT_EQ(rule.antecedent, (std::vector<std::int32_t>{12, 6}));
+  store.BeginCascade();
+  store.ContinueCascade();
+  EXPECT_EQ(store.source_table(), "Kept");
+  EXPECT_EQ(store.target_table(), "");
 }
 
 TEST(Itemset, TextsComeBack) {
