@@ -120,6 +120,12 @@ RuleTally RuleGenerator::Tally(Progress& progress) {
 }
 
 long RuleGenerator::Generate(RulesStore& rules, const RuleLine& line, Progress& progress) {
+  long stored = 0;
+  rules.InsertRules([&](RuleBatch& batch) { stored = Generate(batch, line, progress); });
+  return stored;
+}
+
+long RuleGenerator::Generate(RuleBatch& batch, const RuleLine& line, Progress& progress) {
   progress.SetRange(0, static_cast<int>(options_.itemset_count));
   progress.SetStep(1);
   progress.SetPosition(0);
@@ -138,17 +144,15 @@ long RuleGenerator::Generate(RulesStore& rules, const RuleLine& line, Progress& 
     rule.pc = static_cast<float>(counts.Find(division.consequent).value_or(0)) / rows;
     rule.aspec = static_cast<std::int32_t>(rule.antecedent.size());
     rule.cspec = static_cast<std::int32_t>(rule.consequent.size());
-    rules.InsertRule(rule);
+    batch.Insert(rule);
     if (++stored % 256 == 0) progress.Pulse();
     if (line) line(names_.Rendered(rule.antecedent) + " => " + names_.Rendered(rule.consequent));
   };
-  Transaction transaction(rules.database());
   ForEach(progress, [&](const ItemsetRecord& record, const SupportCounts& counts) {
     progress.StepIt();
     divider.ForEach(record, counts, [&](const Division& division) { store(record, counts, division); });
     return stored < options_.most_rules;
   });
-  transaction.Commit();
   return stored;
 }
 

@@ -45,6 +45,7 @@ class RuleGenerator {
   long Generate(RulesStore& rules, const RuleLine& line, Progress& progress);
 
  private:
+  long Generate(RuleBatch& batch, const RuleLine& line, Progress& progress);
   void ForEach(Progress& progress, const VisitItemset& visit);
   const ItemsetTrie* Trie(Progress& progress);
 

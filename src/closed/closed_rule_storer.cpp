@@ -8,14 +8,13 @@
 
 namespace selvane {
 
-ClosedRuleStorer::ClosedRuleStorer(const ColumnItems& items, const TaxonomyStore& taxonomy, RulesStore& rules,
+ClosedRuleStorer::ClosedRuleStorer(const ColumnItems& items, const TaxonomyStore& taxonomy, RuleBatch& batch,
                                    const RuleLine& line, long most_rules)
     : items_(items),
       taxonomy_(taxonomy),
-      rules_(rules),
+      batch_(batch),
       line_(line),
       most_rules_(most_rules),
-      transaction_(rules.database()),
       rows_(items.rows.words()),
       rendered_(items.nodes.size()) {
   for (const NodeNumber node : items.nodes)
@@ -40,7 +39,7 @@ void ClosedRuleStorer::Store(const EncodedRecord& generator, const EncodedRecord
   rule_.pc = static_cast<float>(SupportOf(consequent)) / rows;
   rule_.aspec = static_cast<std::int32_t>(rule_.antecedent.size());
   rule_.cspec = static_cast<std::int32_t>(rule_.consequent.size());
-  rules_.InsertRule(rule_);
+  batch_.Insert(rule_);
   ++stored_;
   if (line_) line_(Rendered(antecedent) + " => " + Rendered(consequent));
 }

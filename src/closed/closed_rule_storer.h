@@ -8,23 +8,21 @@
 #include <vector>
 
 #include "closed/column_items.h"
-#include "data/database.h"
 #include "itemsets/itemset_file.h"
 #include "rules/rule_line.h"
 #include "rules/rules_store.h"
 
 namespace selvane {
 
-// Stores the first rules in the target table of a rules database, in one transaction.
+// Stores the first rules in a rules table.
 class ClosedRuleStorer {
  public:
   // `line` receives the display line of each stored rule, unless it is empty. All must outlive the storer.
-  ClosedRuleStorer(const ColumnItems& items, const TaxonomyStore& taxonomy, RulesStore& rules,
+  ClosedRuleStorer(const ColumnItems& items, const TaxonomyStore& taxonomy, RuleBatch& batch,
                    const RuleLine& line, long most_rules);
 
   // generator => the other items of `larger`, unless a side is too long. Throws DatabaseError.
   void Store(const EncodedRecord& generator, const EncodedRecord& larger);
-  void Finish() { transaction_.Commit(); }
   long stored() const { return stored_; }
 
  private:
@@ -36,10 +34,9 @@ class ClosedRuleStorer {
 
   const ColumnItems& items_;
   const TaxonomyStore& taxonomy_;
-  RulesStore& rules_;
+  RuleBatch& batch_;
   const RuleLine& line_;
   const long most_rules_;
-  Transaction transaction_;
   const RowBitsOperations operations_ = FastRowBitsOperations();
   std::unordered_map<NodeNumber, std::uint32_t> item_of_;
   std::vector<RowWord> rows_;

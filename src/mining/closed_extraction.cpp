@@ -107,13 +107,14 @@ ClosedReport ExtractClosedRules(const TransactionSource& source, const TaxonomyS
   info.second_map = MapOfItems({});
   StoreRules(hooks, others, info, report.run, progress, [&](RulesStore& rules) {
     TellWhetherFits(found.tally(), request.run, hooks);
-    ClosedRuleStorer storer(items, taxonomy, rules, hooks.rule_line, request.run.most_rules);
-    const auto store = [&storer](const EncodedRecord& generator, const EncodedRecord& larger) {
-      storer.Store(generator, larger);
-    };
-    WriteFiles(found, files, request.run.itemset_copy, store, progress);
-    storer.Finish();
-    report.run.rules_stored = storer.stored();
+    rules.InsertRules([&](RuleBatch& batch) {
+      ClosedRuleStorer storer(items, taxonomy, batch, hooks.rule_line, request.run.most_rules);
+      const auto store = [&storer](const EncodedRecord& generator, const EncodedRecord& larger) {
+        storer.Store(generator, larger);
+      };
+      WriteFiles(found, files, request.run.itemset_copy, store, progress);
+      report.run.rules_stored = storer.stored();
+    });
   });
   if (report.run.end == ExtractionEnd::kNoRules && report.too_long_rules > 0) {
     report.run.end = ExtractionEnd::kOnlyTooLongRules;

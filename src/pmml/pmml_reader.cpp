@@ -224,13 +224,13 @@ void ImportRules(const PmmlHead& head, const std::vector<Rule>* rules, const fs:
     // What a replaced database was made of says nothing of the new one.
     if (rules == nullptr) return RemoveRulesInfo(path);
     store.SetTargetTable(head.parameters.name);
-    Transaction transaction(store.database());
-    long stored = 0;
-    for (const Rule& rule : *rules) {
-      store.InsertRule(rule);
-      if (++stored % 256 == 0) progress.Pulse();
-    }
-    transaction.Commit();
+    store.InsertRules([&](RuleBatch& batch) {
+      long stored = 0;
+      for (const Rule& rule : *rules) {
+        batch.Insert(rule);
+        if (++stored % 256 == 0) progress.Pulse();
+      }
+    });
     store.Close();
     WriteImportInfo(head, *rules, path);
   });

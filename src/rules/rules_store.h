@@ -68,8 +68,6 @@ class RulesStore {
   // The ordinary tables, in the database's own order.
   std::vector<std::string> ListRulesTables() const;
   const std::filesystem::path& path() const { return database().path(); }
-  // For many inserts in one transaction.
-  Database& database() const;
 
  private:
   struct Target {
@@ -78,6 +76,7 @@ class RulesStore {
     bool created = false;  // by this store, since the source was opened
   };
 
+  Database& database() const;
   void FindRows() const;
 
   mutable std::optional<Database> database_;

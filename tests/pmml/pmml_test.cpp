@@ -150,10 +150,11 @@ TEST_F(PmmlTest, RulesComeBackAsTheyWentOut) {
     return items;
   };
   for (int i = 0; i < 50; ++i) Insert(side(), side());
-  const Texts rows = Rows(store_.database(), "SELECT * FROM R_1");
   info_.second_map = {1};
   Export11();
   Export44();
+  store_.Close();
+  const Texts rows = Rows("rules.mdb", "SELECT * FROM R_1");
   for (const std::string name : {"a", "b"}) {
     const PmmlFile file(name + ".xml");
     const PmmlHead head = file.ReadHead(progress_);
