@@ -118,16 +118,17 @@ long RulesStore::CountRules() const {
 }
 
 void RulesStore::FindRows() const {
-  rows_.emplace();
+  std::vector<std::int64_t> rows;  // kept only when the whole table could be walked
   Recordset all = database().OpenRecordset("SELECT rowid,INDEX FROM " + source_table_);
   for (; !all.AtEnd(); all.MoveNext()) {
     if (all.Value(1).IsNull()) continue;
     const std::int16_t number = all.Int16(1);
     if (number < 1) continue;
     const auto place = static_cast<std::size_t>(number);
-    if (rows_->size() <= place) rows_->resize(place + 1, 0);
-    if ((*rows_)[place] == 0) (*rows_)[place] = *all.Value(0).AsInteger();
+    if (rows.size() <= place) rows.resize(place + 1, 0);
+    if (rows[place] == 0) rows[place] = *all.Value(0).AsInteger();
   }
+  rows_ = std::move(rows);
 }
 
 void RulesStore::LoadRule(long number, Rule& rule) const {
