@@ -19,7 +19,7 @@ class RuleList {
  public:
   RuleList() = default;
   // Moves the bar from 0 to N. Throws DatabaseError and Interrupted.
-  RuleList(const RulesStore& store, Progress& progress);
+  RuleList(const RulesStore& store, Progress& progress) : rules_(store.LoadRules(progress)) {}
   // Of rules that are in memory already.
   explicit RuleList(std::vector<Rule> rules) : rules_(std::move(rules)) {}
 

@@ -27,6 +27,20 @@ const std::array<Field, 9>& RulesFields() {
   return kFields;
 }
 
+constexpr const char* kRuleColumns = "ANTECEDENT,CONSEQUENT,SUPPORT,CONFIDENCE,PA,PC,ASPEC,CSPEC";
+
+// Reads the rule columns, of which the first is at `column`.
+void TakeRule(const Recordset& row, int column, Rule& rule) {
+  rule.antecedent = TextToItemset(row.Text(column++));
+  rule.consequent = TextToItemset(row.Text(column++));
+  rule.support = row.Value(column++).ToSingle();
+  rule.confidence = row.Value(column++).ToSingle();
+  rule.pa = row.Value(column++).ToSingle();
+  rule.pc = row.Value(column++).ToSingle();
+  rule.aspec = row.Int16(column++);
+  rule.cspec = row.Int16(column++);
+}
+
 }  // namespace
 
 Database& RulesStore::database() const {
@@ -139,22 +153,57 @@ void RulesStore::LoadRule(long number, Rule& rule) const {
   const std::int64_t row = (*rows_)[static_cast<std::size_t>(number)];
   if (row == 0) return;
   const Recordset found = database().OpenRecordset(
-      fmt::format("SELECT ANTECEDENT,CONSEQUENT,SUPPORT,CONFIDENCE,PA,PC,ASPEC,CSPEC FROM {} WHERE rowid={}",
-                  source_table_, row));
+      fmt::format("SELECT {} FROM {} WHERE rowid={}", kRuleColumns, source_table_, row));
   if (found.AtEnd()) return;
   try {
-    rule.antecedent = TextToItemset(found.Text(0));
-    rule.consequent = TextToItemset(found.Text(1));
-    rule.support = found.Value(2).ToSingle();
-    rule.confidence = found.Value(3).ToSingle();
-    rule.pa = found.Value(4).ToSingle();
-    rule.pc = found.Value(5).ToSingle();
-    rule.aspec = found.Int16(6);
-    rule.cspec = found.Int16(7);
+    TakeRule(found, 0, rule);
   } catch (const InputError& error) {
     throw DatabaseError(database().path(),
                         fmt::format("rule {} of {}: {}", number, source_table_, error.what()));
   }
+}
+
+// The first rule of a number counts; where a number is missing, the rule has the figures of the one before.
+void RulesStore::WalkRules(std::vector<Rule>& rules, Progress& progress) const {
+  std::vector<bool> found(rules.size(), false);
+  Recordset row =
+      database().OpenRecordset(fmt::format("SELECT INDEX,{} FROM {}", kRuleColumns, source_table_));
+  for (int walked = 1; !row.AtEnd(); row.MoveNext(), ++walked) {
+    progress.SetPosition(walked);
+    if (walked % 256 == 0) progress.Pulse();
+    if (row.Value(0).IsNull()) continue;
+    const auto place = static_cast<std::size_t>(row.Int16(0)) - 1;  // of a number below 1: beyond all
+    if (place >= rules.size() || found[place]) continue;
+    found[place] = true;
+    TakeRule(row, 1, rules[place]);
+  }
+  for (std::size_t place = 0; place < rules.size(); ++place) {
+    if (found[place]) continue;
+    if (place > 0) rules[place] = rules[place - 1];
+    rules[place].antecedent.clear();
+    rules[place].consequent.clear();
+  }
+}
+
+std::vector<Rule> RulesStore::LoadRules(Progress& progress) const {
+  std::vector<Rule> rules(static_cast<std::size_t>(CountRules()));
+  progress.SetRange(0, static_cast<int>(rules.size()));
+  progress.SetPosition(0);
+  if (rules.empty()) return rules;
+  try {
+    WalkRules(rules, progress);
+    return rules;
+  } catch (const InputError&) {
+  } catch (const DatabaseError&) {
+  }
+  // A row that cannot be read. Rule after rule tells which one it is, by its number; or it is one that no
+  // number leads to.
+  Rule rule;
+  for (std::size_t place = 0; place < rules.size(); ++place) {
+    LoadRule(static_cast<long>(place) + 1, rule);
+    rules[place] = rule;
+  }
+  return rules;
 }
 
 std::vector<std::string> RulesStore::ListRulesTables() const {

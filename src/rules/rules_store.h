@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/progress.h"
 #include "data/database.h"
 #include "rules/rule.h"
 #include "rules/rule_batch.h"
@@ -65,6 +66,9 @@ class RulesStore {
   // Reads the first rule of this number. When there is none, both itemsets are empty and the figures stay as
   // they were.
   void LoadRule(long number, Rule& rule) const;
+  // What LoadRule gives for 1..N into one Rule, N being the number of rows, by one walk over the table. Moves
+  // the bar from 0 to N. Throws also Interrupted.
+  std::vector<Rule> LoadRules(Progress& progress) const;
   // The ordinary tables, in the database's own order.
   std::vector<std::string> ListRulesTables() const;
   const std::filesystem::path& path() const { return database().path(); }
@@ -78,6 +82,7 @@ class RulesStore {
 
   Database& database() const;
   void FindRows() const;
+  void WalkRules(std::vector<Rule>& rules, Progress& progress) const;
 
   mutable std::optional<Database> database_;
   std::string source_table_;

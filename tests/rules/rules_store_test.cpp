@@ -1,5 +1,7 @@
 #include "rules/rules_store.h"
 
+#include <fmt/format.h>
+
 #include <bit>
 #include <functional>
 #include <random>
@@ -80,6 +82,60 @@ TEST_F(RulesStoreTest, LoadsTheFirstOfEqualNumbersAsAWhereWould) {
   EXPECT_NE(MessageOf<DatabaseError>([&] { store.OpenRulesTable("Other"); }).find("no rules table"),
             std::string::npos);
   EXPECT_THROW(store.OpenRulesTable("None"), DatabaseError);
+}
+
+// Numbers in any order, doubled, missing, null, below 1 or none; figures and sides that cannot be read.
+TEST_F(RulesStoreTest, OneWalkGivesWhatLoadingRuleAfterRuleGives) {
+  std::mt19937 random(11);
+  const auto any = [&random](std::initializer_list<const char*> values) {
+    return std::string(*(values.begin() + random() % values.size()));
+  };
+  int faults = 0;
+  for (int table = 0; table < 300; ++table) {
+    const bool clean = random() % 3 != 0;
+    std::string sql = "CREATE TABLE R(\"index\",Antecedent,CONSEQUENT,SUPPORT,CONFIDENCE,PA,PC,ASPEC,CSPEC);";
+    for (std::size_t row = random() % 9; row > 0; --row) {
+      sql += "INSERT INTO R VALUES (" +
+             any({"1", "2", "3", "4", "5", "6", "7", "NULL", "0", "-3", "'4'", "2.5"});
+      if (!clean && random() % 12 == 0) sql.replace(sql.rfind('(') + 1, std::string::npos, "40000");
+      sql += ",'" + any({"12-345-", "7-", "", "7", clean ? "8-" : "x-"}) + "','" + any({"1-", "2-3-"}) + "'";
+      for (int figure = 0; figure < 4; ++figure) {
+        sql += ',' + any({"0.25", "-1e-30", "3", "'0.5'", "9e999", clean ? "1" : "NULL"});
+      }
+      sql += ",1," + any({"2", clean ? "1" : "40000"}) + ");";
+    }
+    std::filesystem::remove("f.mdb");
+    MakeForeignDatabase("f.mdb", sql.c_str());
+    RulesStore store;
+    store.OpenRulesDatabase("f.mdb");
+    store.OpenRulesTable("R");
+    const auto text = [](const Rule& rule) {
+      return fmt::format("{} {} {} {} {} {} {} {}", ItemsetToText(rule.antecedent),
+                         ItemsetToText(rule.consequent), rule.support, rule.confidence, rule.pa, rule.pc,
+                         rule.aspec, rule.cspec);
+    };
+    Texts plain;
+    Texts walked;
+    try {
+      Rule rule;
+      for (long number = 1; number <= store.CountRules(); ++number) {
+        store.LoadRule(number, rule);
+        plain.push_back(text(rule));
+      }
+    } catch (const DatabaseError& error) {
+      plain = {error.what()};
+      ++faults;
+    }
+    RecordingProgress progress;
+    try {
+      for (const Rule& rule : store.LoadRules(progress)) walked.push_back(text(rule));
+    } catch (const DatabaseError& error) {
+      walked = {error.what()};
+    }
+    EXPECT_EQ(walked, plain) << sql;
+  }
+  EXPECT_GT(faults, 10);
+  EXPECT_LT(faults, 200);
 }
 
 TEST_F(RulesStoreTest, TableHolds32767Rules) {
