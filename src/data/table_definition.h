@@ -20,6 +20,10 @@ struct Field {
   int size = 0;  // characters, for text; 0 where the file states none
 };
 
+// The most rows of a table whose rows are numbered by a column of 16 bits, as those of terms and of rules
+// are.
+inline constexpr long kMostNumberedRows = 32767;
+
 // Bits of a table's attribute word. An ordinary local table has none of them.
 inline constexpr std::uint32_t kHiddenTable = 0x00000001;
 inline constexpr std::uint32_t kSystemTable = 0x80000002;

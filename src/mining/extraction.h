@@ -72,7 +72,4 @@ struct ExtractionReport {
 // the run. Throws DatabaseError and InputError.
 void CheckRulesOutput(const RulesOutput& output, const std::vector<std::filesystem::path>& others);
 
-// The most rows that a term table may have.
-inline constexpr long kMostTableRows = 32767;
-
 }  // namespace selvane

@@ -17,8 +17,8 @@
 
 namespace selvane {
 
-// The most rules that one table holds: its INDEX column has 16 bits.
-inline constexpr long kMostRules = 32767;
+// The most rules that one table holds: they are numbered by its INDEX column.
+inline constexpr long kMostRules = kMostNumberedRows;
 // The most characters that the text of an itemset may have in a rules table.
 inline constexpr int kLongestItemsetText = 255;
 

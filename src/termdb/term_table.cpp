@@ -21,7 +21,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kMostColumns = 10;
-constexpr std::size_t kMostRows = 32767;  // what the 16-bit row id can number
 
 bool IsTextName(const std::string& name) {
   const std::string lower = LowerCase(name);
@@ -163,11 +162,11 @@ TermCollection CollectTerms(const TaxonomyStore& taxonomy, std::span<const fs::p
     collection.abstracts.push_back(std::move(terms));
   }
   steps.Reached(done);
-  if (collection.abstracts.size() > kMostRows) {
+  if (static_cast<long>(collection.abstracts.size()) > kMostNumberedRows) {
     throw InputError(
         fmt::format("there are {} abstracts with terms, and a term table holds {} rows; choose fewer "
                     "files, or build several databases",
-                    collection.abstracts.size(), kMostRows));
+                    collection.abstracts.size(), kMostNumberedRows));
   }
   return collection;
 }
