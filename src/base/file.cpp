@@ -158,15 +158,19 @@ FileLock::FileLock(const std::filesystem::path& path)
     : file_(OpenFile(path, O_RDWR | O_CREAT, "create")),
       held_(::flock(file_.get(), LOCK_EX | LOCK_NB) == 0) {}
 
+bool IsTaken(const std::filesystem::path& path) {
+  return std::filesystem::exists(std::filesystem::symlink_status(path));
+}
+
+void CheckIsFree(const std::filesystem::path& path, ExistingFile existing) {
+  if (existing == ExistingFile::kReplace || !IsTaken(path)) return;
+  throw FileError(fmt::format("{}: {}", path.string(), kTakenReason));
+}
+
 NewFile::NewFile(std::filesystem::path path, ExistingFile existing)
     : path_(std::move(path)), existing_(existing) {
   if (path_.empty()) throw FileError("No file was named: choose a file and try again");
-  if (existing_ == ExistingFile::kRefuse && std::filesystem::exists(std::filesystem::symlink_status(path_))) {
-    throw FileError(
-        fmt::format("{}: the file is there already and was left as it is; "
-                    "choose another name, or move it away",
-                    path_.string()));
-  }
+  CheckIsFree(path_, existing_);
   temporary_ = path_;
   temporary_ += fmt::format(".{}.part", ::getpid());
 }

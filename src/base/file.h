@@ -114,6 +114,14 @@ class FileLock {
 // What a new file is to do where one of its name is there already.
 enum class ExistingFile { kRefuse, kReplace };
 
+// True when the name is taken, if only by a link that leads nowhere.
+bool IsTaken(const std::filesystem::path& path);
+// What is said then, behind the name.
+inline constexpr std::string_view kTakenReason =
+    "the file is there already and was left as it is; choose another name, or move it away";
+// Throws FileError when the name is taken and the file there is not to be replaced.
+void CheckIsFree(const std::filesystem::path& path, ExistingFile existing);
+
 // A new file that appears under its name only when it is complete: it is made under a temporary name in the
 // same folder, and removed unless it is committed.
 class NewFile {

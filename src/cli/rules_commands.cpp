@@ -43,11 +43,9 @@ RulesOutput OutputOf(const ExtractOptions& options) {
 
 // Refused before mining rather than after it; and a name that the filtering would refuse is worth a word.
 void CheckOutput(const ExtractOptions& options, const CliContext& context) {
-  if (!options.overwrite && fs::exists(fs::symlink_status(options.output))) {
+  if (!options.overwrite && IsTaken(options.output)) {
     throw InputError(
-        fmt::format("{}: the file is there already and was left as it is; choose another name, or "
-                    "replace it with --overwrite",
-                    options.output.string()));
+        fmt::format("{}: {}, or replace it with --overwrite", options.output.string(), kTakenReason));
   }
   std::vector<fs::path> others = {options.terms, options.taxonomy, options.request.itemset_copy};
   if (options.closed) {

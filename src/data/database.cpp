@@ -74,10 +74,7 @@ const std::filesystem::path& Database::path() const {
 
 Database Database::Create(const std::filesystem::path& path, std::string_view locale) {
   if (path.empty()) throw DatabaseError(path, kNoName);
-  if (std::filesystem::exists(std::filesystem::symlink_status(path))) {
-    throw DatabaseError(
-        path, "the file is there already and was left as it is; choose another name, or move it away");
-  }
+  if (IsTaken(path)) throw DatabaseError(path, kTakenReason);
   const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
   if (!std::filesystem::is_directory(folder)) {
     throw DatabaseError(path, "there is no such folder; make it first, or choose another one");

@@ -8,10 +8,7 @@ void MakeDatabase(const std::filesystem::path& path, ExistingFile existing,
                   const std::function<void(const std::filesystem::path&)>& make) {
   if (path.empty()) throw DatabaseError(path, "no file was named; choose a database file and try again");
   if (std::filesystem::is_directory(path)) throw DatabaseError(path, "this is a folder; name a file in it");
-  if (existing == ExistingFile::kRefuse && std::filesystem::exists(std::filesystem::symlink_status(path))) {
-    throw DatabaseError(
-        path, "the file is there already and was left as it is; choose another name, or move it away");
-  }
+  if (existing == ExistingFile::kRefuse && IsTaken(path)) throw DatabaseError(path, kTakenReason);
   NewFile file(path, existing);
   try {
     make(file.temporary());

@@ -33,10 +33,7 @@ void CheckRequest(const TransactionSource& source, const ExtractionRequest& requ
   }
   const fs::path& copy = request.itemset_copy;
   if (copy.empty()) return;
-  if (fs::exists(fs::symlink_status(copy))) {
-    throw FileError(fmt::format("{}: the file is there already and was left as it is; choose another name",
-                                copy.string()));
-  }
+  CheckIsFree(copy, ExistingFile::kRefuse);
   if (copy.has_parent_path() && !fs::is_directory(copy.parent_path())) {
     throw FileError(fmt::format("{}: there is no such folder; make it first", copy.parent_path().string()));
   }
@@ -97,10 +94,8 @@ RulesInfo InfoOf(const ExtractionRequest& request, std::uint32_t rows) {
 void CheckRulesOutput(const RulesOutput& output, const std::vector<fs::path>& others) {
   if (output.path.empty())
     throw DatabaseError({}, "no file was named; choose a rules database and try again");
-  if (output.existing == ExistingFile::kRefuse && fs::exists(fs::symlink_status(output.path))) {
-    throw DatabaseError(output.path,
-                        "the file is there already and was left as it is; choose another name, or have it "
-                        "replaced");
+  if (output.existing == ExistingFile::kRefuse && IsTaken(output.path)) {
+    throw DatabaseError(output.path, kTakenReason);
   }
   if (output.path.has_parent_path() && !fs::is_directory(output.path.parent_path())) {
     throw DatabaseError(output.path, "there is no such folder; make it first, or choose another one");

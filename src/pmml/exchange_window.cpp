@@ -160,9 +160,8 @@ void ExchangeWindow::Export() {
                                                      "Saving exported rules :", OverwriteQuestion::kAsked);
   const fs::path path = ExportPath(chosen);
   // The dialog has asked about the name without the suffix that is always added, or about none.
-  if (fs::exists(path) &&
-      !context().dialogs.Ask(this, kCaption,
-                             QString("%1 is there already. Replace it?").arg(PathToQt(path)))) {
+  if (IsTaken(path) && !context().dialogs.Ask(
+                           this, kCaption, QString("%1 is there already. Replace it?").arg(PathToQt(path)))) {
     return;
   }
   CheckIsNoInput(path, {rules_->path()});
