@@ -6,7 +6,6 @@
 #include <memory>
 #include <ostream>
 
-#include "base/error.h"
 #include "cli/cli.h"
 #include "data/transaction_source.h"
 #include "termdb/term_table.h"
@@ -41,11 +40,6 @@ void Build(const BuildOptions& options, const CliContext& context) {
         context.progress);
   }
   const double read_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  if (collection.terms.empty()) {
-    throw InputError(
-        "no file holds a term of the taxonomy, so no database was made; check that the files are "
-        "tagged and that the taxonomy is not pruned too far");
-  }
   const TermTableReport report =
       WriteTermTable(collection, options.output, ExistingFile::kRefuse, context.clock, context.progress);
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();

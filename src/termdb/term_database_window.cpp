@@ -65,14 +65,17 @@ void TermDatabaseWindow::CreateDatabase() {
   const fs::path taxonomy =
       context().dialogs.OpenFile(this, FileKind::kTaxonomyDatabase, "Selecting taxonomies database : ");
   if (taxonomy.empty()) return;
-  const TermCollection collection = ReadQueryFiles(taxonomy);
-  if (collection.terms.empty()) {
+  try {
+    MakeTermDatabase(ReadQueryFiles(taxonomy));
+  } catch (const NoTerms&) {
     progress().Clear();
     ShowMessage(MessageIcon::kInformation, kCaption,
                 "No query file holds a term of the taxonomy, so no database was made. Check that the files "
                 "are tagged and that the taxonomy is not pruned too far.");
-    return;
   }
+}
+
+void TermDatabaseWindow::MakeTermDatabase(const TermCollection& collection) {
   const fs::path output = context().dialogs.SaveFile(
       this, FileKind::kTermDatabase,
       "Saving mesh-terms in abstracts on database : ", OverwriteQuestion::kNotAsked);

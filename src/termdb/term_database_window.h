@@ -19,6 +19,7 @@ class TermDatabaseWindow final : public ToolWindow {
  private:
   void ChooseQueryFiles();
   void CreateDatabase();
+  void MakeTermDatabase(const TermCollection& collection);
   TermCollection ReadQueryFiles(const std::filesystem::path& taxonomy);
 
   std::vector<std::filesystem::path> query_files_;

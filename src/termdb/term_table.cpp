@@ -7,7 +7,6 @@
 #include <numeric>
 #include <unordered_set>
 
-#include "base/error.h"
 #include "base/text.h"
 #include "data/bulk_insert.h"
 #include "data/new_database.h"
@@ -131,6 +130,11 @@ std::vector<fs::path> QueryFiles(std::span<const fs::path> names) {
   return files;
 }
 
+NoTerms::NoTerms()
+    : InputError(
+          "no file holds a term of the taxonomy, so no database was made; check that the files are "
+          "tagged and that the taxonomy is not pruned too far") {}
+
 TermCollection CollectTerms(const TaxonomyStore& taxonomy, std::span<const fs::path> files,
                             const SkippedFile& skipped, Progress& progress) {
   TermCollection collection;
@@ -162,6 +166,7 @@ TermCollection CollectTerms(const TaxonomyStore& taxonomy, std::span<const fs::p
     collection.abstracts.push_back(std::move(terms));
   }
   steps.Reached(done);
+  if (collection.terms.empty()) throw NoTerms();
   if (static_cast<long>(collection.abstracts.size()) > kMostNumberedRows) {
     throw InputError(
         fmt::format("there are {} abstracts with terms, and a term table holds {} rows; choose fewer "

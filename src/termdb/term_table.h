@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "base/clock.h"
+#include "base/error.h"
 #include "base/file.h"
 #include "base/progress.h"
 #include "taxonomy/taxonomy_store.h"
@@ -37,9 +38,16 @@ using SkippedFile = std::function<void(const std::filesystem::path& file, const 
 // Throws InputError for a folder without any and for a name that does not exist.
 std::vector<std::filesystem::path> QueryFiles(std::span<const std::filesystem::path> names);
 
+// No file holds a term of the taxonomy, so there is nothing to make a table of.
+class NoTerms : public InputError {
+ public:
+  NoTerms();
+};
+
 // Reads the first abstract of each file, in order, and keeps the terms that the working taxonomy knows and
 // whose category is not pruned. A file is told to `skipped` and passed over when its name has no "txt" behind
-// its last "." or it cannot be read. Throws InputError when there are more abstracts than a term table holds.
+// its last "." or it cannot be read. Throws NoTerms, and InputError when there are more abstracts than a term
+// table holds.
 TermCollection CollectTerms(const TaxonomyStore& taxonomy, std::span<const std::filesystem::path> files,
                             const SkippedFile& skipped, Progress& progress);
 
