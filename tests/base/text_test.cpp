@@ -19,6 +19,35 @@ TEST(Text, DecodesEveryKindOfInput) {
   for (const auto& [bytes, utf8] : cases) EXPECT_EQ(DecodeInput(bytes), utf8);
 }
 
+TEST(Text, EachEncodingHoldsWhatItCanAndMarksTheRest) {
+  const struct {
+    const char* utf8;
+    const char* code_page_1252;
+    const char* latin1;
+  } cases[] = {
+      {"\x7F", "\x7F", "\x7F"},       {"\xC2\x80", "?", "\x80"},  // the byte of the euro sign in code page
+                                                                  // 1252
+      {"\xC2\x81", "\x81", "\x81"},                               // one that has no sign there
+      {"\xC2\x9F", "?", "\x9F"},      {"\xC2\xA0", "\xA0", "\xA0"},        {"\xC3\xBF", "\xFF", "\xFF"},
+      {"\xC4\x80", "?", "&#256;"},  // U+0100, whose low byte is 0
+      {"\xC5\x92", "\x8C", "&#338;"}, {"\xE2\x82\xAC", "\x80", "&#8364;"}, {"a\xFF", "a?", "a?"},
+  };
+  for (const auto& one : cases) {
+    EXPECT_EQ(ToCodePage1252(one.utf8), one.code_page_1252) << one.latin1;
+    EXPECT_EQ(ToLatin1(one.utf8), one.latin1);
+  }
+}
+
+TEST(Text, ListsNameThirtyAndCountTheRest) {
+  const std::vector<std::string> names(32, "a, b");
+  const auto listed = [&names](std::size_t count) { return Listed(std::span(names).first(count)); };
+  EXPECT_EQ(listed(0), "");
+  EXPECT_EQ(listed(2), "a, b; a, b");
+  EXPECT_EQ(listed(30).size(), 30 * 6 - 2U);
+  EXPECT_EQ(listed(31), listed(30) + " and 1 more");
+  EXPECT_EQ(listed(32), listed(30) + " and 2 more");
+}
+
 TEST(Text, NumbersAreReadWithEitherSignAndWrittenWithTheUsers) {
   for (const char* const text : {"0.05", "0,05", " +5e-2 "}) EXPECT_EQ(NumberOf(text), 0.05) << text;
   for (const char* const text : {"", "1.2.3", "x", "0.5 of it", "+-1"}) EXPECT_FALSE(NumberOf(text)) << text;

@@ -75,6 +75,68 @@ TEST_F(DatabaseTest, SecondOpenerGetsAnErrorAtOnce) {
   }
 }
 
+// Root may write to protected files, and gives that up for the length of a test.
+class Unprivileged {
+ public:
+  Unprivileged() : user_(::geteuid()) {
+    if (user_ == 0) {
+      EXPECT_EQ(::seteuid(65534), 0);
+    }
+  }
+  ~Unprivileged() { EXPECT_EQ(::seteuid(user_), 0); }
+
+ private:
+  const uid_t user_;
+};
+
+TEST_F(DatabaseTest, WriteProtectedFileIsOpenedOnceAndToReadOnly) {
+  using std::filesystem::perms;
+  { WithTable("p.mdb"); }
+  std::filesystem::permissions("p.mdb", perms::owner_read | perms::group_read | perms::others_read);
+  std::filesystem::permissions(folder(), perms::owner_all | perms::group_exec | perms::others_exec);
+  const Unprivileged user;
+  const auto fault = [](OpenMode mode) {
+    return MessageOf<DatabaseError>([mode] { Database::Open("p.mdb", mode); });
+  };
+  {
+    const Database holder = Database::Open("p.mdb", OpenMode::kReadOnly);
+    EXPECT_EQ(holder.RecordCount("T"), 0);
+    for (const OpenMode mode : {OpenMode::kReadOnly, OpenMode::kWritable}) {
+      EXPECT_NE(fault(mode).find("open elsewhere"), std::string::npos);
+    }
+  }
+  EXPECT_NE(fault(OpenMode::kWritable).find("write-protected"), std::string::npos);
+  EXPECT_NO_THROW(Database::Open("p.mdb", OpenMode::kReadOnly));
+}
+
+TEST_F(DatabaseTest, StatementsAreCompiledOnce) {
+  Database database = WithTable("a.mdb");
+  StatementCache& cache = database.connection()->cache;
+  const std::string text = R"(SELECT "Small" FROM "T" WHERE "Small" = ?)";
+  const auto is_kept = [&](std::string_view wanted) {
+    StatementHandle kept = cache.Take(wanted);
+    if (!kept) return false;
+    cache.Give(wanted, std::move(kept));
+    return true;
+  };
+  {
+    const Recordset first = database.OpenRecordset("SELECT Small FROM T WHERE Small=1");
+    EXPECT_FALSE(is_kept(text));
+  }
+  EXPECT_TRUE(is_kept(text));
+  {
+    const Recordset other_value = database.OpenRecordset("SELECT Small FROM T WHERE Small=2");
+    EXPECT_FALSE(is_kept(text));  // it is the one in use
+  }
+  // 64 are kept, and what was used last stays longest.
+  for (int i = 1; i < 64; ++i) database.OpenRecordset("SELECT Small FROM T LIMIT " + std::to_string(i));
+  EXPECT_TRUE(is_kept(text));
+  for (const int i : {64, 65}) database.OpenRecordset("SELECT Small FROM T LIMIT " + std::to_string(i));
+  EXPECT_TRUE(is_kept(text));
+  EXPECT_FALSE(is_kept(R"(SELECT "Small" FROM "T" LIMIT 2)"));
+  EXPECT_TRUE(is_kept(R"(SELECT "Small" FROM "T" LIMIT 3)"));
+}
+
 TEST_F(DatabaseTest, FaultsSayWhatToDo) {
   WriteText("text.mdb", std::string(5000, 'x'));
   WriteText("there.mdb", "mine");

@@ -23,6 +23,7 @@ class TransactionSourceTest : public FolderTest {
         CREATE TABLE empty("Index" SMALLINT, a SMALLINT);
         CREATE TABLE ids("Index" SMALLINT); INSERT INTO ids VALUES (5);
         CREATE TABLE made("Index" SMALLINT, a SMALLINT, b SMALLINT GENERATED ALWAYS AS (a + 1));
+        CREATE TABLE Cases("INDEX" SMALLINT, "COUGH" SMALLINT); INSERT INTO Cases VALUES (4, 1);
         CREATE TABLE bad(i, a); INSERT INTO bad VALUES (1, NULL), (40000, 1), (1, 'word');)");
     source_.Open("t.mdb");
   }
@@ -47,7 +48,7 @@ TEST_F(TransactionSourceTest, ReadsRowsAsSmallNumbers) {
 TEST_F(TransactionSourceTest, ListsTablesAndItems) {
   Names names = {"kept"};
   source_.ListTables(names);
-  EXPECT_EQ(names, (Names{"kept", "first", "only ids", "empty", "ids", "made", "bad"}));
+  EXPECT_EQ(names, (Names{"kept", "first", "only ids", "empty", "ids", "made", "Cases", "bad"}));
   source_.ListItemFields("first", names);
   EXPECT_EQ(names, (Names{"Fever [high], acute", "Cough", "Raw", "Any"}));
   source_.ListItemFields("only ids", names);
@@ -66,6 +67,9 @@ TEST_F(TransactionSourceTest, FindsTheRowsOfOneItem) {
   EXPECT_EQ(ids, (std::vector<std::uint16_t>{3, 9}));
   source_.ItemRowIds("first", 2, ids, name);
   EXPECT_EQ(ids, (std::vector<std::uint16_t>{3, 9}));  // 01 is another text
+  source_.ItemRowIds("cASES", 1, ids, name);
+  EXPECT_EQ(name, "COUGH");
+  EXPECT_EQ(ids, std::vector<std::uint16_t>{4});
   EXPECT_THROW(source_.ItemRowIds("first", 3, ids, name), DatabaseError);
   EXPECT_THROW(source_.ItemRowIds("first", 9, ids, name), DatabaseError);
 }

@@ -319,21 +319,29 @@ TEST_F(ClosedExtractionTest, OddTables) {
   MakeTerms(R"(CREATE TABLE T("Index", A SMALLINT, B BLOB);INSERT INTO T VALUES (1,1,1);)");
   EXPECT_NE(MessageOf<DatabaseError>([this] { Extract(); }).find("neither numbers nor text"),
             std::string::npos);
-  // More items than the text of a side has room for: each of 90 columns implies all others.
-  Texts terms;
-  std::string columns;
-  std::string ones;
-  for (int i = 1; i <= 90; ++i) {
-    terms.push_back(fmt::format("N{}", i));
-    columns += fmt::format(", N{} SMALLINT", i);
-    ones += ",1";
+}
+
+// Each column implies all others, and their numbers begin at 4. Of 88 columns, the others of a number of one
+// figure take 256 characters and those of a number of two 255; of 90 all take more.
+TEST_F(ClosedExtractionTest, StoresSidesOf255Characters) {
+  for (const auto& [count, stored] : {std::pair(88, 82), std::pair(90, 0)}) {
+    Texts terms = {"Before", "Also before"};
+    std::string columns;
+    std::string ones;
+    for (int i = 1; i <= count; ++i) {
+      terms.push_back(fmt::format("N{}", i));
+      columns += fmt::format(", N{} SMALLINT", i);
+      ones += ",1";
+    }
+    for (const char* const made : {"tax.mdb", "Run.mdb"}) std::filesystem::remove(made);
+    MakeTaxonomy(terms);
+    MakeTerms("CREATE TABLE T(\"Index\"" + columns + ");INSERT INTO T VALUES (1" + ones + ");");
+    const ClosedReport report = Extract();
+    EXPECT_EQ(report.run.rules_stored, stored);
+    EXPECT_EQ(report.too_long_rules, static_cast<std::uint64_t>(count - stored));
+    EXPECT_EQ(report.run.end, stored > 0 ? ExtractionEnd::kRules : ExtractionEnd::kOnlyTooLongRules);
+    EXPECT_EQ(Records("Rules.dat").size(), 2U * static_cast<std::size_t>(count));
   }
-  MakeTaxonomy(terms);
-  MakeTerms("CREATE TABLE T(\"Index\"" + columns + ");INSERT INTO T VALUES (1" + ones + ");");
-  const ClosedReport report = Extract();
-  EXPECT_EQ(report.too_long_rules, 90U);
-  EXPECT_EQ(report.run.end, ExtractionEnd::kOnlyTooLongRules);
-  EXPECT_EQ(Records("Rules.dat").size(), 180U);
 }
 
 // Ten terms at random in 60 rows.

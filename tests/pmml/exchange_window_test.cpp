@@ -58,12 +58,15 @@ TEST_F(ExchangeWindowTest, ExportsWhatTheCommandLineExports) {
 }
 
 TEST_F(ExchangeWindowTest, ImportsTheHeadOfAFile) {
-  const auto import_to = [this](const ScriptedDialogs::Paths& output) {
+  const auto begin_import = [this](const ScriptedDialogs::Paths& output) {
     dialogs.Expect("open: Selecting xml rules file : ", {"plain.xml"});
     Press("Select &XML file");
     EXPECT_TRUE(Button(window, "&Import").isEnabled());
     dialogs.Expect("open: Selecting taxonomies database : ", {"tax.mdb"});
     dialogs.Expect("save, asking: Saving imported rules :", output);
+  };
+  const auto import_to = [&](const ScriptedDialogs::Paths& output) {
+    begin_import(output);
     Press("&Import");
     EXPECT_FALSE(Button(window, "&Import").isEnabled());
     EXPECT_EQ(StatusOf(window), "Completed!!");
@@ -73,6 +76,12 @@ TEST_F(ExchangeWindowTest, ImportsTheHeadOfAFile) {
             "importedExtracted127");
   import_to({});
   EXPECT_EQ(Result("Rules Database "), "RulesDB");
+  // Nobody was asked whether to replace it.
+  const auto made = std::filesystem::last_write_time("RulesDB.mdb");
+  begin_import({});
+  dialogs.Expect("error: Kovril: RulesDB.mdb\nthe file is there already*");
+  Press("&Import");
+  EXPECT_EQ(std::filesystem::last_write_time("RulesDB.mdb"), made);
   EXPECT_TRUE(Rows("imported.mdb", "SELECT * FROM Extracted").empty());
   WriteText("other.xml", "something else");
   dialogs.Expect("open: Selecting xml rules file : ", {"other.xml"});

@@ -208,6 +208,19 @@ TEST_F(PmmlTest, ItemsAreFoundByNameAndPositionInAnotherTaxonomy) {
             std::string::npos);
 }
 
+TEST_F(PmmlTest, AsManyRulesAreImportedAsATableHolds) {
+  PmmlHead head;
+  head.parameters = {"M", "5", "0.2", "0.5"};
+  std::vector<Rule> rules(32767, Rule{{1}, {2}, 0.2F, 0.5F, 0.4F, 0.6F, 1, 1});
+  ImportRules(head, &rules, "full.mdb", ExistingFile::kRefuse, progress_);
+  EXPECT_EQ(Rows("full.mdb", "SELECT max(Index),count(*) FROM M"), Texts{"32767|32767"});
+  rules.push_back(rules.front());
+  EXPECT_EQ(
+      MessageOf<InputError>([&] { ImportRules(head, &rules, "over.mdb", ExistingFile::kRefuse, progress_); }),
+      "the file has 32768 rules, and a table holds 32767");
+  EXPECT_FALSE(std::filesystem::exists("over.mdb") || std::filesystem::exists("Infoover.dat"));
+}
+
 TEST_F(PmmlTest, ReadsAnyLayoutAndSaysWhatIsMissing) {
   const std::string model = "<x AssociationModel a modelName= \"M\">\n";
   const std::string statistics =

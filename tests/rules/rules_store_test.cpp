@@ -70,7 +70,7 @@ TEST_F(RulesStoreTest, LoadsTheFirstOfEqualNumbersAsAWhereWould) {
       CREATE TABLE "Other"(a);)");
   RulesStore store;
   store.OpenRulesDatabase("f.mdb");
-  store.OpenRulesTable("R");
+  store.OpenRulesTable("r");
   EXPECT_EQ(store.CountRules(), 6);
   Rule rule;
   store.LoadRule(4, rule);
@@ -143,15 +143,31 @@ TEST_F(RulesStoreTest, TableHolds32767Rules) {
   store.CreateRulesDatabase("r.mdb", "Extracted");
   store.SetTargetTable("Extracted");
   store.InsertRules([](RuleBatch& batch) {
-    for (long i = 0; i < kMostRules; ++i) batch.Insert(Example(1));
+    for (long i = 0; i < 32767; ++i) batch.Insert(Example(1));
   });
   EXPECT_THROW(store.InsertRule(Example(1)), DatabaseError);
   EXPECT_THROW(store.InsertRules([](RuleBatch& batch) { batch.Insert(Example(1)); }), DatabaseError);
   store.SetSourceTable("Extracted");
-  EXPECT_EQ(store.CountRules(), kMostRules);
-  Rule long_rule = Example(1);
-  long_rule.antecedent.assign(60, 12345);  // 360 characters
-  EXPECT_THROW(store.InsertRule(long_rule), DatabaseError);
+  EXPECT_EQ(store.CountRules(), 32767);
+}
+
+TEST_F(RulesStoreTest, ASideHas255Characters) {
+  RulesStore store;
+  store.CreateRulesDatabase("r.mdb", "Extracted");
+  store.SetTargetTable("Extracted");
+  std::vector<std::int32_t> items(42, 12345);  // 252 characters
+  for (const auto& [last, fits] : {std::pair(12, true), std::pair(123, false)}) {
+    items.push_back(last);
+    for (const Rule& rule : {Rule{items, {7}}, Rule{{7}, items}}) {
+      const auto insert = [&store, &rule] { store.InsertRule(rule); };
+      if (fits) {
+        EXPECT_NO_THROW(insert());
+      } else {
+        EXPECT_THROW(insert(), DatabaseError);
+      }
+    }
+    items.pop_back();
+  }
 }
 
 TEST_F(RulesStoreTest, ManyRulesAreStoredAsTheTextWouldStoreThem) {

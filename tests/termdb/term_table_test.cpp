@@ -53,6 +53,24 @@ TEST_F(TermTableTest, TableHoldsTheMostFrequentTerms) {
                DatabaseError);
 }
 
+TEST_F(TermTableTest, TableHolds32767Abstracts) {
+  LoadText(NodeLine("Fever", "C1"), "tax.mdb");
+  Abstract("1.txt", {"Fever"});
+  Abstract("none.txt", {"Unknown"});
+  std::vector<fs::path> files(32767, "1.txt");
+  files.emplace_back("none.txt");
+  const TermCollection collection = Collect(files);
+  files.emplace_back("1.txt");
+  EXPECT_NE(MessageOf<InputError>([&] { Collect(files); }).find("there are 32768 abstracts"),
+            std::string::npos);
+  EXPECT_THROW(Collect({"none.txt"}), NoTerms);
+  SilentProgress progress;
+  const TermTableReport report =
+      WriteTermTable(collection, "terms.mdb", ExistingFile::kRefuse, FixedClock(), progress);
+  EXPECT_EQ(report.rows, 32767);
+  EXPECT_EQ(Rows("terms.mdb", "SELECT max(Index),count(*) FROM " + report.table), Texts{"32767|32767"});
+}
+
 TEST_F(TermTableTest, AcceptsTermsOfKeptCategoriesOnly) {
   LoadText(NodeLine("Diseases", "C") + NodeLine("Fever", "C1") + NodeLine("Crohn's", "C2;D1") +
                NodeLine("Pain", "D2"),
