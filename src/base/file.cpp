@@ -103,6 +103,7 @@ OutputFile::OutputFile(std::filesystem::path path)
       file_(OpenFile(path_, O_WRONLY | O_CREAT | O_TRUNC, "create")),
       buffer_(kBufferSize) {}
 
+// A large piece is written as it is, when nothing before it is waiting any more.
 void OutputFile::WriteBeyond(std::string_view bytes) {
   WriteOut({buffer_.data(), std::exchange(used_, 0)});
   if (bytes.size() > buffer_.size()) return WriteOut(bytes);
@@ -128,6 +129,7 @@ void OutputFile::Close() {
 InputFile::InputFile(std::filesystem::path path)
     : path_(std::move(path)), file_(OpenFile(path_, O_RDONLY, "open")), buffer_(kBufferSize) {}
 
+// What was read before is gone, so it is called only when all of it was taken.
 bool InputFile::Fill() {
   next_ = 0;
   filled_ = ReadSome(file_, path_, buffer_);
@@ -154,6 +156,7 @@ bool InputFile::Read(std::span<char> bytes) {
   return true;
 }
 
+// The file stays when the lock is given up: removing it would let two hold a lock of one name, on two files.
 FileLock::FileLock(const std::filesystem::path& path)
     : file_(OpenFile(path, O_RDWR | O_CREAT, "create")),
       held_(::flock(file_.get(), LOCK_EX | LOCK_NB) == 0) {}
@@ -181,6 +184,8 @@ NewFile::~NewFile() {
   std::filesystem::remove(temporary_, ignored);
 }
 
+// Only a link tells whether the name was still free at that very moment; a rename would replace what another
+// program has made since the check.
 void NewFile::Commit() {
   if (existing_ == ExistingFile::kReplace) {
     if (::rename(temporary_.c_str(), path_.c_str()) != 0) Fail("replace", path_, errno);

@@ -55,6 +55,7 @@ std::size_t SequenceLength(std::string_view text, char32_t& code) {
 
 }  // namespace
 
+// As the engine compares names of tables and columns, whatever the locale.
 std::string LowerCase(std::string_view text) {
   std::string lower(text);
   for (char& c : lower) {
@@ -171,6 +172,7 @@ std::string Listed(std::span<const std::string> names) {
                                      : fmt::format("{} and {} more", shown, names.size() - kMostListed);
 }
 
+// Seven digits, since more would show what a float does not hold: 0.05 as 0.0500000007.
 std::string SingleText(float value, char decimal_sign) {
   std::string text = fmt::format("{:.7g}", static_cast<double>(value));
   std::replace(text.begin(), text.end(), '.', decimal_sign);

@@ -8,6 +8,7 @@ namespace selvane {
 
 namespace {
 
+// In the engine's dialect, with every name quoted: what is inserted in bulk is never parsed as ours.
 std::string InsertText(std::string_view table, std::span<const std::string> fields) {
   std::string names;
   std::string places;

@@ -75,6 +75,7 @@ const std::filesystem::path& Database::path() const {
 Database Database::Create(const std::filesystem::path& path, std::string_view locale) {
   if (path.empty()) throw DatabaseError(path, kNoName);
   if (IsTaken(path)) throw DatabaseError(path, kTakenReason);
+  // The engine says no more than that it cannot open the file.
   const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
   if (!std::filesystem::is_directory(folder)) {
     throw DatabaseError(path, "there is no such folder; make it first, or choose another one");

@@ -1,8 +1,6 @@
 // The part of Database that knows tables, fields, indexes and saved queries.
 #include <fmt/format.h>
 
-#include <algorithm>
-
 #include "base/text.h"
 #include "data/database.h"
 #include "data/database_error.h"
@@ -12,6 +10,7 @@ namespace selvane {
 
 namespace {
 
+// Tables of ours that users are not to see begin with it.
 constexpr std::string_view kOwnTables = "sys_";
 
 // The declared type and the check that the file itself makes on every row, whoever writes it.
@@ -31,6 +30,8 @@ std::string Declaration(const Field& field) {
   }
 }
 
+// Other programs declare what they like, and the engine takes any word for a type. As it does, the first part
+// that is known decides, in this order: a SMALLINT is also an INT.
 Field FieldOf(std::string name, std::string_view declared) {
   const std::string type = LowerCase(declared);
   const auto is = [&type](std::string_view part) { return type.find(part) != std::string::npos; };
@@ -97,6 +98,8 @@ long Database::RecordCount(std::string_view table) const {
 void Database::CreateTable(std::string_view table, std::span<const Field> fields) {
   std::string columns;
   for (const Field& field : fields) columns += (columns.empty() ? "" : ", ") + Declaration(field);
+  // Not through the cache: a change of the schema is made once, and every kept statement is compiled anew
+  // after it.
   connection_->Run(fmt::format("CREATE TABLE {} ({})", DoubleQuoted(table), columns).c_str());
 }
 
@@ -113,6 +116,7 @@ void Database::CreateIndex(std::string_view table, std::string_view field) {
 }
 
 void Database::DropIndexes(std::string_view table) {
+  // An index cannot be dropped while the list of indexes is being read.
   std::vector<std::string> names;
   {
     Statement list(connection_, "SELECT name FROM pragma_index_list(?) WHERE origin = 'c'");

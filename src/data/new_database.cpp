@@ -13,6 +13,7 @@ void MakeDatabase(const std::filesystem::path& path, ExistingFile existing,
   try {
     make(file.temporary());
   } catch (const DatabaseError& error) {
+    // The user knows nothing of a temporary name; errors of other files are told as they are.
     if (error.file() != file.temporary()) throw;
     throw DatabaseError(path, error.reason(), error.statement());
   }

@@ -13,9 +13,9 @@ namespace selvane {
 
 namespace {
 
-constexpr std::uint32_t kLongCount = 0xFFFF;  // announces a 32-bit count
-constexpr std::uint32_t kLongText = 0xFF;     // announces a longer length
-constexpr std::uint32_t kLongestText16 = 0xFFFE;
+constexpr std::uint32_t kLongCount = 0xFFFF;            // announces a 32-bit count
+constexpr std::uint32_t kLongText = 0xFF;               // announces a longer length
+constexpr std::uint32_t kLongestText16 = 0xFFFE;        // beyond, 16 bits announce a length of 32
 constexpr std::size_t kChunk = std::size_t{16} * 1024;  // values or bytes
 
 std::uint32_t LittleEndian(std::uint32_t value) {
@@ -23,6 +23,7 @@ std::uint32_t LittleEndian(std::uint32_t value) {
   return __builtin_bswap32(value);
 }
 
+// The low bytes of a value come first in memory once they are in order, so fewer than four can be taken.
 void Append(std::uint32_t value, int bytes, std::string& text) {
   const std::uint32_t ordered = LittleEndian(value);
   text.append(reinterpret_cast<const char*>(&ordered), static_cast<std::size_t>(bytes));
@@ -124,6 +125,7 @@ std::uint32_t ArchiveReader::ReadCount() {
 
 void ArchiveReader::ReadValues(std::uint32_t count, std::vector<std::uint32_t>& values) {
   values.clear();
+  // A damaged count may announce gigabytes; memory grows with what the file really holds.
   while (values.size() < count) {
     const std::size_t before = values.size();
     values.resize(before + std::min<std::size_t>(count - before, kChunk));

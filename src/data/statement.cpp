@@ -17,6 +17,7 @@ void StatementFinalizer::operator()(sqlite3_stmt* statement) const noexcept {
 StatementHandle StatementCache::Take(std::string_view text) {
   const auto found = by_text_.find(text);
   if (found == by_text_.end()) return nullptr;
+  // It leaves the cache, so that two results over one text never share a statement.
   StatementHandle statement = std::move(found->second->statement);
   entries_.erase(found->second);
   by_text_.erase(found);
@@ -38,6 +39,7 @@ void StatementCache::Clear() {
   entries_.clear();
 }
 
+// The engine's own words stay for what a user cannot do anything about.
 void Connection::Fail(std::string_view statement) const {
   const int code = sqlite3_extended_errcode(handle.get());
   std::string reason = sqlite3_errmsg(handle.get());
@@ -85,6 +87,7 @@ Statement::Statement(std::shared_ptr<Connection> connection, std::string_view te
   }
 }
 
+// A statement that is kept must hold neither a lock on its table nor the values of a row.
 Statement::~Statement() {
   if (!handle_) return;
   sqlite3_reset(handle_.get());
@@ -102,6 +105,7 @@ void Statement::Bind(int parameter, const Variant& value) {
 }
 
 void Statement::BindText(int parameter, std::string_view text) {
+  // An empty view may point nowhere, which the engine would bind as null.
   if (sqlite3_bind_text64(handle_.get(), parameter + 1, text.empty() ? "" : text.data(), text.size(),
                           SQLITE_TRANSIENT, SQLITE_UTF8) != SQLITE_OK) {
     connection_->Fail(shown_);
@@ -161,6 +165,7 @@ std::int64_t Statement::ColumnInteger(int column) const {
   return sqlite3_column_int64(handle_.get(), column);
 }
 
+// Asks for each value once and converts nothing that is a small integer already, as nearly all values are.
 int Statement::AppendInt16s(int first, std::vector<std::uint32_t>& values) const {
   const int columns = ColumnCount();
   for (int column = first; column < columns; ++column) {
@@ -174,6 +179,8 @@ int Statement::AppendInt16s(int first, std::vector<std::uint32_t>& values) const
   return columns;
 }
 
+// The comparisons are those of the engine's = without its conversions: 1 and 1.0 are a number one, '01' is
+// not the text '1', and null is nothing.
 void Statement::FindOnes(int first, const std::vector<bool>& is_text,
                          std::vector<std::size_t>& places) const {
   for (std::size_t i = 0; i < is_text.size(); ++i) {

@@ -23,6 +23,7 @@ void TransactionSource::Open(const std::filesystem::path& path) {
   file_name_ = path;
 }
 
+// In this order: a cursor keeps the file open.
 void TransactionSource::Close() {
   cursor_.reset();
   ahead_ = {};
@@ -171,6 +172,7 @@ void TransactionSource::ItemRowIds(std::string_view table, int position, std::ve
   const auto is_ahead = [this, position] {
     return position >= ahead_.first && position < ahead_.first + static_cast<int>(ahead_.ids.size());
   };
+  // Reading ahead pays only for callers that go through the columns; any other is answered one by one.
   if (position > std::exchange(ahead_.last_asked, position) && !is_ahead()) ReadAhead(position);
   if (is_ahead()) {
     ids = ahead_.ids[static_cast<std::size_t>(position - ahead_.first)];

@@ -29,6 +29,7 @@ std::int64_t Variant::ToInteger(std::int64_t lowest, std::int64_t greatest) cons
                                            : std::optional<double>(static_cast<double>(*AsInteger()));
   if (!parsed) throw InputError(fmt::format("the value \"{}\" is not a number", ToText()));
   const double rounded = std::nearbyint(*parsed);
+  // Written so that not-a-number is outside too.
   if (!(rounded >= static_cast<double>(lowest) && rounded <= static_cast<double>(greatest))) {
     throw InputError(fmt::format("the value {} is outside {}..{}", ToText(), lowest, greatest));
   }

@@ -29,6 +29,8 @@ bool KeepMask::IsEmpty() const {
 std::string SaveFilteredRules(RulesStore& store, const RuleList& rules, const KeepMask& kept,
                               const Clock& clock, Progress& progress) {
   std::string name = TableName(clock);
+  // The name has no year and no fraction of a second; the engine's words for a table that is there say
+  // nothing of what to do.
   const std::vector<std::string> tables = store.ListRulesTables();
   if (std::find(tables.begin(), tables.end(), name) != tables.end()) {
     throw InputError(fmt::format("the table {} was saved within this second; save once more", name));

@@ -13,6 +13,7 @@ namespace selvane {
 
 namespace {
 
+// Views into the texts of the files, which stay in memory as long as they are compared.
 using Entries = std::unordered_set<std::string_view>;
 
 Entries EntriesOf(std::string_view text) {

@@ -66,6 +66,7 @@ class TermNumbers {
   TextMap<bool> categories_;  // whether they are there
 };
 
+// The engine takes names for equal that differ in capitals only, and would fail in its own words.
 void CheckColumnNames(const std::vector<std::string>& names) {
   std::unordered_set<std::string> seen = {"index"};
   for (const std::string& name : names) {
@@ -97,6 +98,7 @@ void WriteRows(Database& database, const TermCollection& collection, const TermT
   std::int64_t row = 0;
   for (const std::vector<std::uint32_t>& terms : collection.abstracts) {
     insert.Set(0, ++row);
+    // Values stay set from row to row.
     for (std::size_t i = 1; i < fields.size(); ++i) insert.Set(static_cast<int>(i), std::int64_t{0});
     for (const std::uint32_t term : terms) {
       if (column_of[term] != kNoColumn) insert.Set(column_of[term], std::int64_t{1});
@@ -161,7 +163,7 @@ TermCollection CollectTerms(const TaxonomyStore& taxonomy, std::span<const fs::p
       skipped(file, error.what());
       continue;
     }
-    if (terms.empty()) continue;
+    if (terms.empty()) continue;  // such an abstract gives no row
     for (const std::uint32_t term : terms) ++collection.counts[term];
     collection.abstracts.push_back(std::move(terms));
   }
@@ -180,6 +182,7 @@ std::vector<std::uint32_t> SelectColumns(const TermCollection& collection) {
   std::vector<std::uint32_t> columns(collection.terms.size());
   std::iota(columns.begin(), columns.end(), 0U);
   if (columns.size() <= kMostColumns) return columns;
+  // Stable, so that of equally frequent terms the first met comes first.
   std::stable_sort(columns.begin(), columns.end(), [&collection](std::uint32_t a, std::uint32_t b) {
     return collection.counts[a] > collection.counts[b];
   });
