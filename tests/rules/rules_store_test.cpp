@@ -3,7 +3,9 @@
 #include <fmt/format.h>
 
 #include <bit>
+#include <cmath>
 #include <functional>
+#include <limits>
 #include <random>
 #include <regex>
 
@@ -91,7 +93,7 @@ TEST_F(RulesStoreTest, OneWalkGivesWhatLoadingRuleAfterRuleGives) {
     return std::string(*(values.begin() + random() % values.size()));
   };
   int faults = 0;
-  for (int table = 0; table < 300; ++table) {
+  for (int table = 0; table < 150; ++table) {
     const bool clean = random() % 3 != 0;
     std::string sql = "CREATE TABLE R(\"index\",Antecedent,CONSEQUENT,SUPPORT,CONFIDENCE,PA,PC,ASPEC,CSPEC);";
     for (std::size_t row = random() % 9; row > 0; --row) {
@@ -134,8 +136,8 @@ TEST_F(RulesStoreTest, OneWalkGivesWhatLoadingRuleAfterRuleGives) {
     }
     EXPECT_EQ(walked, plain) << sql;
   }
-  EXPECT_GT(faults, 10);
-  EXPECT_LT(faults, 200);
+  EXPECT_GT(faults, 5);
+  EXPECT_LT(faults, 100);
 }
 
 TEST_F(RulesStoreTest, TableHolds32767Rules) {
@@ -177,8 +179,11 @@ TEST_F(RulesStoreTest, ManyRulesAreStoredAsTheTextWouldStoreThem) {
         random());  // any float at all: tiny, huge, negative, infinite, not a number
     return random() % 2 == 0 ? std::bit_cast<float>(bits) : static_cast<float>(bits) / 4294967296.0F;
   };
-  std::vector<Rule> rules = {{{}, {-1}, -0.0F, 0.0000005F, 1.0000005F, 16777216.0F, -32768, 32767}};
-  for (int i = 0; i < 300; ++i) {
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  std::vector<Rule> rules = {{{}, {-1}, -0.0F, 0.0000005F, 1.0000005F, 16777216.0F, -32768, 32767},
+                             {{1}, {2}, std::nanf(""), 0, 0, 0, 1, 1},
+                             {{1}, {2}, 0, 0, kInfinity, -kInfinity, 1, 1}};
+  for (int i = 0; i < 100; ++i) {
     rules.push_back({{12, 345}, {7}, figure(), figure(), figure(), figure(), 2, 1});
   }
   rules.push_back(Example(1));
@@ -202,7 +207,7 @@ TEST_F(RulesStoreTest, ManyRulesAreStoredAsTheTextWouldStoreThem) {
                     "printf('%!.26e',CONFIDENCE),printf('%!.26e',PA),printf('%!.26e',PC),ASPEC,CSPEC FROM " +
                     table);
   };
-  EXPECT_GT(stored("A1").size(), 100U);
+  EXPECT_GT(stored("A1").size(), 30U);
   EXPECT_EQ(stored("A1"), stored("B1"));
 }
 
