@@ -84,6 +84,7 @@ std::string AsJson(const RuleList& rules, std::span<const ListedRule> listed, No
   auto all = nlohmann::ordered_json::array();
   const auto named = [&names](const std::vector<NodeNumber>& side) {
     std::vector<std::string> texts;
+    texts.reserve(side.size());
     for (const NodeNumber node : side) texts.push_back(names.Joined(std::span(&node, 1)));
     return texts;
   };

@@ -24,6 +24,7 @@ constexpr std::array kFirstTexts = {&RulesInfo::term_table, &RulesInfo::rows, &R
 
 std::vector<std::string> TextsOf(const RulesInfo& info) {
   std::vector<std::string> texts;
+  texts.reserve(kFirstTexts.size() + info.taxonomies.size());
   for (const auto text : kFirstTexts) texts.push_back(info.*text);
   texts.insert(texts.end(), info.taxonomies.begin(), info.taxonomies.end());
   return texts;
