@@ -29,6 +29,7 @@ QTreeWidgetItem* MakeItem(const TaxonomyNode& node) {
 
 std::vector<NodeNumber> NodesOf(const TextTree& tree) {
   std::vector<NodeNumber> nodes;
+  nodes.reserve(static_cast<std::size_t>(tree.topLevelItemCount()));
   for (int i = 0; i < tree.topLevelItemCount(); ++i) {
     nodes.push_back(tree.topLevelItem(i)->data(0, kNodeRole).toInt());
   }

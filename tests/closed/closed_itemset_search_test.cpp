@@ -107,7 +107,9 @@ TEST(ClosedItemsetSearch, EqualsPlainEnumeration) {
     std::vector<unsigned> rows(run % 10 == 0 ? 1100 : 0, (1U << items) - 1);
     const unsigned full = random() % 3 == 0 ? random() % (1U << items) : 0;  // columns of only ones
     for (unsigned left = random() % 24; left > 0; --left) {
-      unsigned row = (random() % 3 == 0 ? random() : random() | random()) % (1U << items) | full;
+      const unsigned drawn = random();
+      const bool sparse = random() % 3 == 0;
+      unsigned row = (sparse ? drawn : drawn | random()) % (1U << items) | full;
       if (items > 3 && run % 2 == 0) row = (row & ~8U) | (row & 1U) << 3U;  // a column like another
       rows.push_back(row);
     }

@@ -22,7 +22,9 @@ bool Contains(const Items& all, const Items& some) {
   return std::ranges::all_of(some, [&](NodeNumber item) { return std::ranges::count(all, item) > 0; });
 }
 
-const auto side_of = [](const Rule& rule, int side) { return side == 0 ? rule.antecedent : rule.consequent; };
+const Items& SideOf(const Rule& rule, int side) {
+  return side == 0 ? rule.antecedent : rule.consequent;
+}
 
 // Repeated selection of the greatest figure above `least`, the earlier one of equals.
 Numbers BySelection(Numbers left, float least, const auto& figure) {
@@ -54,10 +56,10 @@ Numbers Rated(const RuleList& rules, bool surprise, bool rare, const RatingFilte
 
 bool Fits(const RuleTemplate& one, const Rule& rule, int side, NodeNames& names) {
   const auto& wanted = side == 0 ? one.antecedent : one.consequent;
-  Items left = side_of(rule, side);
+  Items left = SideOf(rule, side);
   for (const auto& [id, kind] : wanted) {
     const bool twice = side == 0 && std::ranges::count(wanted, TemplateFeature{id, kind}) > 1;
-    if (kind == FeatureKind::kItem && (twice || !Contains(side_of(rule, side), {id}))) return false;
+    if (kind == FeatureKind::kItem && (twice || !Contains(SideOf(rule, side), {id}))) return false;
     if (kind == FeatureKind::kItem || kind == FeatureKind::kAnyOfClass) continue;
     const auto found = std::ranges::find_if(left, [&, code = names.CodeOf(id)](NodeNumber item) {
       return names.CodeOf(item).find(code) != std::string::npos;
@@ -185,8 +187,8 @@ TEST_F(FiltersTest, EqualThePlainWay) {
       const int side = static_cast<int>(i % 2);
       Numbers more = Least(rules, left, side, side == 0 ? general.aspec : general.cspec, bound);
       std::erase_if(more, [&](RuleNumber j) {
-        const bool same = side_of(rules[j], 1 - side) == side_of(general, 1 - side);
-        return !same || !Contains(side_of(rules[j], side), side_of(general, side));
+        const bool same = SideOf(rules[j], 1 - side) == SideOf(general, 1 - side);
+        return !same || !Contains(SideOf(rules[j], side), SideOf(general, side));
       });
       OrderRules(rules, options.order, more);
       ASSERT_EQ(specificity.Explore(shown[i / 2], static_cast<SpecificityMove>(side), options, progress),
