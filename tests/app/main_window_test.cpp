@@ -1,16 +1,11 @@
 #include "app/main_window.h"
 
-#include <QApplication>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPainter>
 #include <QStyle>
-#include <QTest>
-#include <QTimer>
 #include <QToolButton>
-#include <set>
 
-#include "base/file.h"
 #include "support/window_test.h"
 
 namespace selvane::tests {
@@ -21,8 +16,8 @@ class MainWindowTest : public WindowTest {
   ~MainWindowTest() override { window.close(); }
 
   // The titles of the windows that open while `act` goes on, each closed in its own way.
-  std::vector<std::string> Opened(const std::function<void()>& act) {
-    std::vector<std::string> titles;
+  Texts Opened(const std::function<void()>& act) {
+    Texts titles;
     QTimer watch;
     QObject::connect(&watch, &QTimer::timeout, [&] {
       QWidget* const dialog = QApplication::activeModalWidget();
@@ -49,31 +44,23 @@ class MainWindowTest : public WindowTest {
 
 TEST_F(MainWindowTest, ButtonsAndEntriesOpenTheSameWindows) {
   MakeTaxonomy();
-  using Titles = std::vector<std::string>;
-  const struct {
-    int entry;
-    int button;
-    std::string title;
-  } windows[] = {
+  const std::tuple<int, int, std::string> windows[] = {
       {32793, 1000, "Kovril: Creating Mesh-Terms DB"},   {32772, 1001, "Kovril:Loading Taxonomies"},
       {32773, 1002, "Kovril:Restoring Taxonomies"},      {32774, 1003, "Kovril:Selecting Taxonomies"},
       {32776, 1004, "Kovril: Extracting Rules"},         {32777, 1005, "Kovril: Filtering Rules"},
       {32792, 1009, "Kovril: Importing/Exporting Rules"}};
-  for (const auto& shown : windows) {
-    const auto ask = [&] {
-      if (shown.entry == 32774 || shown.entry == 32777)
-        dialogs.Expect("open: Selecting taxonomies database : ", {"tax.mdb"});
-    };
-    ask();
-    EXPECT_EQ(Opened([&] { Entry(shown.entry)->trigger(); }), Titles{shown.title});
-    ask();
-    EXPECT_EQ(Opened([&] { Click(PictureButton(shown.button)); }), Titles{shown.title});
+  for (const auto& [entry, button, title] : windows) {
+    for (const bool by_entry : {true, false}) {
+      if (entry == 32774 || entry == 32777) dialogs.Expect(kAskTaxonomy, {"tax.mdb"});
+      EXPECT_EQ(Opened([&] { by_entry ? Entry(entry)->trigger() : Click(PictureButton(button)); }),
+                Texts{title});
+    }
   }
-  dialogs.Expect("open: Selecting taxonomies database : ");  // cancelled: no window
-  EXPECT_EQ(Opened([&] { Click(PictureButton(1003)); }), Titles{});
-  dialogs.Expect("open: Selecting taxonomies database : ");
+  dialogs.Expect(kAskTaxonomy);  // cancelled: no window
+  EXPECT_EQ(Opened([&] { Click(PictureButton(1003)); }), Texts{});
+  dialogs.Expect(kAskTaxonomy);
   dialogs.Expect("error: Kovril: no file was named*");
-  EXPECT_EQ(Opened([&] { Click(PictureButton(1005)); }), Titles{});
+  EXPECT_EQ(Opened([&] { Click(PictureButton(1005)); }), Texts{});
 }
 
 TEST_F(MainWindowTest, ShowsPicturesWithTextsAndKeysThatDoNotCollide) {
@@ -106,7 +93,7 @@ TEST_F(MainWindowTest, TheSystemMenuShowsTheAboutBoxAndExitCloses) {
   ASSERT_GE(entries.size(), 2);
   EXPECT_TRUE(entries[entries.size() - 2]->isSeparator());
   EXPECT_EQ(entries.back()->text(), "Infor&mazioni su Selvane...");
-  EXPECT_EQ(Opened([&] { entries.back()->trigger(); }), std::vector<std::string>{"Informazioni su Kovril"});
+  EXPECT_EQ(Opened([&] { entries.back()->trigger(); }), Texts{"Informazioni su Kovril"});
   for (const bool by_button : {true, false}) {
     window.show();
     by_button ? Click(PictureButton(1008)) : Entry(32775)->trigger();

@@ -1,28 +1,19 @@
 #include "mining/extraction_window.h"
 
-#include <QCheckBox>
 #include <QClipboard>
 #include <QGuiApplication>
-#include <QLineEdit>
-#include <QListWidget>
-#include <QTest>
 
-#include "base/file.h"
 #include "rules/rules_info.h"
 #include "support/window_test.h"
 
 namespace selvane::tests {
 
-using Texts = std::vector<std::string>;
-
 constexpr const char* kTable = "14_05_23_11_MESHTERMS";
-constexpr const char* kAskTerms = "open: Opening target database : ";
-constexpr const char* kAskTaxonomy = "open: Selecting taxonomies database : ";
 constexpr const char* kAskOutput = "save, asking: Saving extracted rules :";
-// One text for both fields.
-#define BAD_THRESHOLD ": Minimun Confidence has a Invalid value \n It'll take in default value"
-constexpr const char* kBadConfidence = "error: Extracting Rules" BAD_THRESHOLD;
-constexpr const char* kBadSupport = "error: Extracting" BAD_THRESHOLD;
+// The texts name the confidence both times.
+const std::string kBad = ": Minimun Confidence has a Invalid value \n It'll take in default value";
+const std::string kBadConfidence = "error: Extracting Rules" + kBad;
+const std::string kBadSupport = "error: Extracting" + kBad;
 
 class ExtractionWindowTest : public WindowTest {
  protected:
@@ -49,8 +40,17 @@ class ExtractionWindowTest : public WindowTest {
     QTest::keyClick(edit, Qt::Key_Tab);
     QCoreApplication::processEvents();
   }
-  std::string Shown(const char* field) { return window.findChild<QLineEdit*>(field)->text().toStdString(); }
+  std::string Shown(const char* field) { return FromQt(window.findChild<QLineEdit*>(field)->text()); }
   void Extract() { Click(Button(window, "&Extract with APRIORI")); }
+  // The same by the command line, with a database of its own; the rules that the window has stored.
+  Texts SameByCli(const std::string& output, const std::string& options) {
+    for (const char* name : {"tax", "terms"}) fs::copy_file(name + std::string(".mdb"), name);
+    Cli("rules extract terms --taxonomy tax --output plain.mdb " + options);
+    EXPECT_EQ(ReadFile("Info" + output + ".dat"), ReadFile("Infoplain.dat"));
+    const Texts stored = Rows(output + ".mdb", "SELECT * FROM Extracted");
+    EXPECT_EQ(stored, Rows("plain.mdb", "SELECT * FROM Extracted"));
+    return stored;
+  }
   QListWidget& tables() { return *window.findChild<QListWidget*>("tables"); }
   QTreeWidget& rules() { return *window.findChild<QTreeWidget*>(); }
 
@@ -82,10 +82,7 @@ TEST_F(ExtractionWindowTest, GoesFromADatabaseToRulesAsTheCoreDoes) {
   EXPECT_EQ(FileNames("state/selvane"), Texts{"ItemSets.lock"});
 
   // The same by the command line; then again by the window, without ancestors, over the file of before.
-  for (const char* name : {"tax", "terms"}) std::filesystem::copy_file(name + std::string(".mdb"), name);
-  Cli("rules extract terms --taxonomy tax --output plain.mdb --min-support 0.2 --min-confidence 0.7");
-  EXPECT_EQ(Rows("rules.mdb", "SELECT * FROM Extracted"), Rows("plain.mdb", "SELECT * FROM Extracted"));
-  EXPECT_EQ(ReadFile("Inforules.dat"), ReadFile("Infoplain.dat"));
+  SameByCli("rules", "--min-support 0.2 --min-confidence 0.7");
   QTest::mouseClick(window.findChild<QCheckBox*>(), Qt::LeftButton, {}, QPoint(8, 12));
   dialogs.Expect(kAskOutput, {"rules.mdb"});
   Extract();
@@ -151,13 +148,9 @@ TEST_F(ExtractionWindowTest, ExtractsWithOrnexAsTheCommandLineDoes) {
   dialogs.Expect("information: Extracting Rules: Columns without a node in the taxonomy were left out: *");
   Click(Button(window, "Extraxt with ORNEX"));
   EXPECT_EQ(StatusOf(window), "Completed!!");
-  for (const char* name : {"tax", "terms"}) std::filesystem::copy_file(name + std::string(".mdb"), name);
-  Cli("rules extract terms --taxonomy tax --output plain.mdb --min-support 0.1 --closed");
-  const Texts rules_made = Rows("RulesORNEX.mdb", "SELECT * FROM Extracted");
-  EXPECT_EQ(rules_made, Rows("plain.mdb", "SELECT * FROM Extracted"));
-  EXPECT_EQ(static_cast<std::size_t>(rules().topLevelItemCount()), rules_made.size());
-  EXPECT_FALSE(rules_made.empty());
-  EXPECT_EQ(ReadFile("InfoRulesORNEX.dat"), ReadFile("Infoplain.dat"));
+  const Texts stored = SameByCli("RulesORNEX", "--min-support 0.1 --closed");
+  EXPECT_EQ(static_cast<std::size_t>(rules().topLevelItemCount()), stored.size());
+  EXPECT_FALSE(stored.empty());
   Enter("Minimun Support", "1");
   dialogs.Expect("information: Extracting Rules: No extractable rules");
   dialogs.Expect("information: Extracting Rules: Columns without a node*");

@@ -1,9 +1,6 @@
 // Random term tables over random taxonomies, with everything odd that a table may hold.
 #pragma once
 
-#include <random>
-#include <string>
-
 #include "data/transaction_source.h"
 #include "taxonomy/taxonomy_files.h"
 
@@ -23,21 +20,19 @@ inline std::string MakeRandomInput(unsigned seed) {
   const std::size_t first = random() % 3;
   const std::size_t count = 2 + random() % (std::size(names) - first - 1);
   std::string sql = "CREATE TABLE T(\"Index\" SMALLINT";
-  for (std::size_t i = first; i < first + count; ++i) {
+  for (std::size_t i = first; i < first + count; ++i)
     sql += ", \"" + std::string(names[i]) + "\" " + (random() % 4 == 0 ? "VARCHAR(5)" : "SMALLINT");
-  }
   sql += ");";
   int id = random() % 3 == 0 ? 0 : 1;
   for (auto rows = 1 + random() % 20; rows > 0; --rows) {
     sql += "INSERT INTO T VALUES (" + std::to_string(id);
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = 0; i < count; ++i)
       sql += random() % 9 == 0 ? (random() % 2 == 0 ? ",2" : ",-1") : random() % 5 < 3 ? ",1" : ",0";
-    }
     sql += ");";
     id += static_cast<int>(random() % 7 == 0 ? 0 : 1 + random() % 2 * (random() % 5));
   }
-  std::filesystem::remove("terms.mdb");
-  MakeForeignDatabase("terms.mdb", sql.c_str());
+  fs::remove("terms.mdb");
+  MakeForeignDatabase("terms.mdb", sql);
   return "seed " + std::to_string(seed) + "\n" + lines + sql;
 }
 

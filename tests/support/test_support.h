@@ -1,19 +1,28 @@
 // What several test folders need: a folder for each test, recorded progress, small databases.
 #pragma once
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <functional>
+#include <map>
+#include <random>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "base/clock.h"
-#include "base/error.h"
+#include "base/file.h"
 #include "base/progress.h"
 #include "data/database.h"
+#include "data/database_error.h"
 
 namespace selvane {
+
+namespace fs = std::filesystem;
+using Texts = std::vector<std::string>;
 
 // Where tests make their folders: what TMPDIR names when it is set, else memory where there is room, else the
 // system's folder for temporary files.
@@ -33,13 +42,13 @@ class FolderTest : public testing::Test {
 
 void WriteText(const std::filesystem::path& path, std::string_view text);
 // Names of the files in a folder, sorted.
-std::vector<std::string> FileNames(const std::filesystem::path& folder);
+Texts FileNames(const std::filesystem::path& folder);
 
-// Keeps what was reported; interrupts at a chosen pulse.
+// Keeps texts and steps; interrupts at a chosen pulse.
 class RecordingProgress final : public Progress {
  public:
-  void SetRange(int lower, int upper) override { ranges.emplace_back(lower, upper); }
-  void SetPosition(int position) override { positions.push_back(position); }
+  void SetRange(int, int) override {}
+  void SetPosition(int) override {}
   void SetStep(int) override {}
   void StepIt() override { ++steps; }
   void SetStatus(std::string_view text) override { statuses.emplace_back(text); }
@@ -47,9 +56,7 @@ class RecordingProgress final : public Progress {
     if (pulses++ == interrupt_at) throw Interrupted();
   }
 
-  std::vector<std::pair<int, int>> ranges;
-  std::vector<int> positions;
-  std::vector<std::string> statuses;
+  Texts statuses;
   int steps = 0;
   int pulses = 0;
   int interrupt_at = -1;
@@ -57,23 +64,16 @@ class RecordingProgress final : public Progress {
 
 class FixedClock final : public Clock {
  public:
-  // 23 November, 14:05.
-  std::tm LocalTime() const override {
-    std::tm time{};
-    time.tm_mday = 23;
-    time.tm_mon = 10;
-    time.tm_hour = 14;
-    time.tm_min = 5;
-    return time;
-  }
+  // 23 November, 14:05:00.
+  std::tm LocalTime() const override { return {0, 5, 14, 23, 10, 0, 0, 0, 0, 0, nullptr}; }
 };
 
 // All rows of an SQL text, the fields of each joined by "|".
-std::vector<std::string> Rows(Database& database, std::string_view sql);
-std::vector<std::string> Rows(const std::filesystem::path& path, std::string_view sql);
+Texts Rows(Database& database, std::string_view sql);
+Texts Rows(const std::filesystem::path& path, std::string_view sql);
 
 // Makes a database by statements of the engine's own dialect, as another program would.
-void MakeForeignDatabase(const std::filesystem::path& path, const char* sql);
+void MakeForeignDatabase(const std::filesystem::path& path, const std::string& sql);
 
 // The text of the DatabaseError, FileError or other Error that the call throws; fails the test when it does
 // not.
@@ -89,6 +89,18 @@ std::string MessageOf(const Call& call) {
   }
   ADD_FAILURE() << "no error";
   return {};
+}
+
+// Expects the call to throw an error of this kind that tells of `part`.
+template <typename Kind, typename Call>
+void ExpectFault(std::string_view part, const Call& call) {
+  try {
+    call();
+    ADD_FAILURE() << "no error that tells of: " << part;
+  } catch (const Kind& error) {
+    EXPECT_NE(std::string_view(error.what()).find(part), std::string::npos)
+        << error.what() << "\nnot: " << part;
+  }
 }
 
 }  // namespace selvane

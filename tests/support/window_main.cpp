@@ -1,6 +1,5 @@
 // The main function of window tests: no display, no settings of the user, and any warning of Qt fails the
 // test.
-#include <gtest/gtest.h>
 
 #include <QApplication>
 #include <clocale>

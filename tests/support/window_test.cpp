@@ -1,33 +1,15 @@
 #include "support/window_test.h"
 
 #include <QAbstractItemView>
-#include <QApplication>
-#include <QLabel>
-#include <QTest>
 #include <cstdlib>
 #include <iterator>
 #include <sstream>
 
 #include "cli/cli.h"
-#include "ui/qt_text.h"
 
 namespace selvane::tests {
 
 namespace {
-
-namespace fs = std::filesystem;
-
-const char* NameOf(MessageIcon icon) {
-  switch (icon) {
-    case MessageIcon::kInformation:
-      return "information";
-    case MessageIcon::kWarning:
-      return "warning";
-    case MessageIcon::kError:
-      return "error";
-  }
-  return "";
-}
 
 bool Fits(const std::string& expected, const std::string& asked) {
   return expected.ends_with('*') ? asked.starts_with(expected.substr(0, expected.size() - 1))
@@ -41,25 +23,19 @@ void AddLines(const QTreeWidgetItem& item, int level, std::string& text) {
 
 }  // namespace
 
-void ScriptedDialogs::Expect(std::string question, Paths answers, std::function<void()> meanwhile) {
-  steps_.push_back({std::move(question), std::move(answers), std::move(meanwhile)});
-}
-
 void ScriptedDialogs::ExpectDone() {
-  for (const Step& step : steps_) ADD_FAILURE() << "never asked: " << step.question;
+  for (const auto& step : steps_) ADD_FAILURE() << "never asked: " << step.first;
   steps_.clear();
 }
 
 ScriptedDialogs::Paths ScriptedDialogs::Answer(const std::string& question) {
-  if (steps_.empty() || !Fits(steps_.front().question, question)) {
-    ADD_FAILURE() << "asked: " << question
-                  << "\nexpected: " << (steps_.empty() ? "nothing" : steps_.front().question);
+  const auto [expected, answers] = steps_.empty() ? std::pair("nothing", Paths()) : steps_.front();
+  if (!Fits(expected, question)) {
+    ADD_FAILURE() << "asked: " << question << "\nexpected: " << expected;
     return {};
   }
-  const Step step = std::move(steps_.front());
   steps_.pop_front();
-  if (step.meanwhile) step.meanwhile();
-  return step.answers;
+  return answers;
 }
 
 fs::path ScriptedDialogs::OpenFile(QWidget* /*parent*/, FileKind /*kind*/, const QString& title) {
@@ -86,7 +62,8 @@ bool ScriptedDialogs::Ask(QWidget* /*parent*/, const QString& title, const QStri
 void ScriptedDialogs::Message(QWidget* /*parent*/, MessageIcon icon, const QString& title,
                               const QString& text, const QString& more) {
   details = FromQt(more);
-  Answer(NameOf(icon) + (": " + FromQt(title)) + ": " + FromQt(text));
+  constexpr const char* kIcons[] = {"information", "warning", "error"};
+  Answer(kIcons[static_cast<int>(icon)] + (": " + FromQt(title)) + ": " + FromQt(text));
 }
 
 WindowTest::WindowTest() {

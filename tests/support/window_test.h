@@ -1,38 +1,46 @@
 // What tests of windows need: scripted dialogs, trees as text, and a Qt that fails the test when it warns.
 #pragma once
 
+#include <QApplication>
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
 #include <QPushButton>
 #include <QSettings>
+#include <QTest>
+#include <QTimer>
 #include <QTreeWidget>
 #include <deque>
-#include <functional>
-#include <string>
-#include <vector>
 
 #include "app/application.h"
 #include "support/test_support.h"
+#include "ui/qt_text.h"
 #include "ui/window_context.h"
 
 namespace selvane::tests {
 
+constexpr const char* kAskTaxonomy = "open: Selecting taxonomies database : ";
+constexpr const char* kAskTerms = "open: Opening target database : ";
+
 // Answers from a script. A question that was not expected fails the test, and so does one that never came.
 class ScriptedDialogs final : public Dialogs {
  public:
-  using Paths = std::vector<std::filesystem::path>;
+  using Paths = std::vector<fs::path>;
   ~ScriptedDialogs() override { ExpectDone(); }
 
   // `question` is "open: TITLE", "open many: TITLE", "save: TITLE", "save, asking: TITLE" (both with
   // the suggested name behind, if there is one) or "ICON: TITLE:
   // TEXT" with the icons information, warning and error, or "ask: TITLE: TEXT", to which
   // any answer is yes; a star at its end stands for any text. No answer is
-  // Cancel. `meanwhile` is what happens while the dialog is shown.
-  void Expect(std::string question, Paths answers = {}, std::function<void()> meanwhile = {});
+  // Cancel.
+  void Expect(std::string question, Paths answers = {}) { steps_.emplace_back(question, answers); }
   void ExpectDone();
 
-  std::filesystem::path OpenFile(QWidget*, FileKind, const QString& title) override;
+  fs::path OpenFile(QWidget*, FileKind, const QString& title) override;
   Paths OpenFiles(QWidget*, FileKind, const QString& title) override;
-  std::filesystem::path SaveFile(QWidget*, FileKind, const QString& title, OverwriteQuestion question,
-                                 const QString& suggestion) override;
+  fs::path SaveFile(QWidget*, FileKind, const QString& title, OverwriteQuestion question,
+                    const QString& suggestion) override;
   bool Ask(QWidget*, const QString& title, const QString& text) override;
   void Message(QWidget*, MessageIcon icon, const QString& title, const QString& text,
                const QString& details) override;
@@ -40,13 +48,8 @@ class ScriptedDialogs final : public Dialogs {
   std::string details;  // of the last message
 
  private:
-  struct Step {
-    std::string question;
-    Paths answers;
-    std::function<void()> meanwhile;
-  };
   Paths Answer(const std::string& question);
-  std::deque<Step> steps_;
+  std::deque<std::pair<std::string, Paths>> steps_;  // question and answer
 };
 
 // A folder of its own, with dialogs, settings and the real handler of failures. `left_with` is the status
@@ -68,6 +71,13 @@ class WindowTest : public FolderTest {
   void MakeTaxonomy() { Cli("taxonomy load " SELVANE_SOURCE_DIR "/samples/taxonomy.xml tax.mdb"); }
   void MakeTerms() {
     Cli("terms build --taxonomy tax.mdb --output terms.mdb " SELVANE_SOURCE_DIR "/samples/abstracts");
+  }
+  // Both, and rules.mdb: 127 rules.
+  void MakeRules() {
+    MakeTaxonomy();
+    MakeTerms();
+    Cli("rules extract terms.mdb --taxonomy tax.mdb --output rules.mdb --min-support 0.2 --min-confidence "
+        ".7");
   }
 };
 

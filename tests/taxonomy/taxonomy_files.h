@@ -1,9 +1,6 @@
 // Taxonomy files and databases for tests.
 #pragma once
 
-#include <random>
-#include <string>
-
 #include "support/test_support.h"
 #include "taxonomy/taxonomy_loading.h"
 #include "taxonomy/taxonomy_store.h"
@@ -26,9 +23,8 @@ inline std::string RandomTaxonomy(std::mt19937& random, int lines) {
     for (auto codes = 1 + random() % 2; codes > 0; --codes) {
       std::string code(1, "CD"[random() % 2]);
       const auto depth = random() % 4;
-      for (unsigned level = 0; level < depth; ++level) {
+      for (unsigned level = 0; level < depth; ++level)
         code += (level == 0 ? "" : ".") + std::string(segments[random() % std::size(segments)]);
-      }
       tree += (tree.empty() ? "" : ";") + code;
     }
     text += NodeLine(random() % 12 == 0 ? "" : names[random() % std::size(names)], tree);
@@ -40,6 +36,7 @@ inline void LoadText(const std::string& lines, const std::string& database) {
   WriteText("load.xml", "<taxonomy>\n" + lines + "</taxonomy>\n");
   SilentProgress progress;
   LoadTaxonomy("load.xml", database, ExistingFile::kReplace, progress);
+  fs::remove("load.xml");
 }
 
 }  // namespace selvane

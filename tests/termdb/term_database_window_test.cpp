@@ -18,7 +18,6 @@ class TermDatabaseWindowTest : public WindowTest {
 };
 
 TEST_F(TermDatabaseWindowTest, MakesTheTableThatTheCommandLineMakes) {
-  const char* const kAskTaxonomy = "open: Selecting taxonomies database : ";
   const char* const kAskOutput = "save: Saving mesh-terms in abstracts on database : ";
   MakeTaxonomy();
   MakeTerms();

@@ -2,17 +2,13 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QHelpEvent>
-#include <QLabel>
-#include <QLineEdit>
 #include <QMenu>
-#include <QTest>
 #include <QToolTip>
 #include <QVBoxLayout>
 
 #include "support/window_test.h"
 #include "ui/line_buffer.h"
 #include "ui/number_field.h"
-#include "ui/qt_text.h"
 #include "ui/searched_tree.h"
 #include "ui/text_tree.h"
 
@@ -25,8 +21,11 @@ class ControlsTest : public WindowTest {
     for (QWidget* const control : controls) layout->addWidget(control);
     window.resize(200, 300);
     window.show();
-    window.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    Activate(window);
+  }
+  static void Activate(QWidget& shown) {
+    shown.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&shown));
   }
   ~ControlsTest() override { window.close(); }
   QWidget window;
@@ -42,12 +41,10 @@ TEST_F(ControlsTest, ANumberFieldIsLeftForAnotherControlOnly) {
   {  // another program, as far as the field can tell
     QWidget program;
     program.show();
-    program.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&program));
+    Activate(program);
     EXPECT_FALSE(field->hasFocus());
     program.close();
-    window.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    Activate(window);
   }
   EXPECT_TRUE(field->hasFocus());
   EXPECT_EQ(left, 0);
@@ -76,9 +73,8 @@ TEST_F(ControlsTest, ANumberFieldShowsTheUsersDecimalSignAndTakesEither) {
 TEST_F(ControlsTest, ATreeTellsOfEachLineWhatCannotBeSeen) {
   auto* const tree = new TextTree("lines");
   const QString long_line(100, 'x');
-  for (const QString& text : {QString("short"), long_line, QString("with a code")}) {
+  for (const QString& text : {QString("short"), long_line, QString("with a code")})
     tree->addTopLevelItem(new QTreeWidgetItem({text}));
-  }
   tree->topLevelItem(2)->setToolTip(0, "C.23");
   Show({tree});
   const auto tip_at = [tree](QPoint place) {

@@ -1,20 +1,12 @@
 #include "ui/qt_dialogs.h"
 
-#include <QApplication>
 #include <QDialogButtonBox>
 #include <QFileDialog>
-#include <QLineEdit>
 #include <QMessageBox>
-#include <QPushButton>
-#include <QTest>
-#include <QTimer>
 
 #include "support/window_test.h"
-#include "ui/qt_text.h"
 
 namespace selvane::tests {
-
-namespace fs = std::filesystem;
 
 class QtDialogsTest : public WindowTest {
  protected:
@@ -118,9 +110,8 @@ TEST_F(QtDialogsTest, AQuestionIsAnsweredNoUnlessYesIsChosen) {
   };
   EXPECT_TRUE(answer([](QMessageBox& box) { box.button(QMessageBox::Yes)->click(); }));
   EXPECT_FALSE(answer([](QMessageBox& box) { box.button(QMessageBox::No)->click(); }));
-  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
+  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape})
     EXPECT_FALSE(answer([key](QMessageBox& box) { QTest::keyClick(&box, key); }));
-  }
 }
 
 TEST_F(QtDialogsTest, ShowsMessagesWithTheirIconsAndDetails) {

@@ -1,13 +1,8 @@
 #include "ui/tool_window.h"
 
-#include <QLineEdit>
 #include <QProgressBar>
-#include <QTest>
-#include <QTimer>
 #include <QVBoxLayout>
 
-#include "base/error.h"
-#include "data/database_error.h"
 #include "support/window_test.h"
 
 namespace selvane::tests {
@@ -109,31 +104,25 @@ TEST_F(ToolWindowTest, KeepsTheBarWithinItsRangeAndItsRepaintsApart) {
 
 TEST_F(ToolWindowTest, ShowsFailuresAndGoesOn) {
   Workshop window(context);
-  const auto fail_with = [&window](auto error) {
+  const auto fail_with = [&](auto error, const char* told, const char* details) {
     window.work = [error](Workshop& self) {
       self.progress().SetStatus("Working ...");
       throw error;
     };
+    if (*told != 0) dialogs.Expect(told);
     Click(Button(window, "&Work"));
     EXPECT_EQ(StatusOf(window), "");
+    EXPECT_EQ(dialogs.details, details);
   };
-  dialogs.Expect("error: Kovril: a.mdb\nit is no database");
-  fail_with(DatabaseError("a.mdb", "it is no database", "SELECT 1"));
-  EXPECT_EQ(dialogs.details, "The statement that failed:\nSELECT 1");
-  dialogs.Expect("error: Kovril: it is no database");
-  fail_with(DatabaseError("", "it is no database", ""));
-  EXPECT_EQ(dialogs.details, "");
-  dialogs.Expect("error: Kovril: b.txt: cannot be read");
-  fail_with(FileError("b.txt: cannot be read"));
-  dialogs.Expect("error: Kovril: There is not enough memory.*");
-  fail_with(std::bad_alloc());
-  dialogs.Expect("error: Kovril: The command failed.");
-  fail_with(std::logic_error("x"));
-  EXPECT_EQ(dialogs.details, "x");
-  fail_with(SilentAbort());
+  fail_with(DatabaseError("a.mdb", "it is no database", "SELECT 1"),
+            "error: Kovril: a.mdb\nit is no database", "The statement that failed:\nSELECT 1");
+  fail_with(DatabaseError("", "it is no database", ""), "error: Kovril: it is no database", "");
+  fail_with(FileError("b.txt: cannot be read"), "error: Kovril: b.txt: cannot be read", "");
+  fail_with(std::bad_alloc(), "error: Kovril: There is not enough memory.*", "");
+  fail_with(std::logic_error("x"), "error: Kovril: The command failed.", "x");
+  fail_with(SilentAbort(), "", "x");  // of the message before
   EXPECT_EQ(left_with, 0);
-  dialogs.Expect("error: Loading Taxonomy: Selected file is not xml file");
-  fail_with(EndOfProgram("Loading Taxonomy", "Selected file is not xml file"));
+  fail_with(EndOfProgram("Loading Taxonomy", "not xml"), "error: Loading Taxonomy: not xml", "");
   EXPECT_EQ(left_with, -1);
   window.close();
 }
