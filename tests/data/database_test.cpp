@@ -3,7 +3,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "data/database_error.h"
 #include "data/new_database.h"
 #include "data/recordset.h"
 #include "data/statement.h"
@@ -25,28 +24,19 @@ class DatabaseTest : public FolderTest {
 
 TEST_F(DatabaseTest, FileItselfEnforcesWidthsAndRanges) {
   Database database = WithTable("a.mdb");
-  const std::pair<const char*, bool> cases[] = {
-      {"'32767','2147483647','1.5','abc'", true},
-      {"'-32768','-2147483648','0',''", true},
-      {"'32768','0','0',''", false},
-      {"'0','2147483648','0',''", false},
-      {"'0','0','4e38',''", false},
-      {"'0','0','0','abcd'", false},
-      {"'0','0','0','\xC3\xB6\xC3\xB6\xC3\xB6'", true},  // three characters, six bytes
-      {"'word','0','0',''", false},
-      {"'0','0','word',''", false},
-      {"NULL,NULL,NULL,NULL", true},
+  const auto insert = [&database](const std::string& values) {
+    database.Execute("insert into T (Small,Large,Single,Text) values(" + values + ")");
   };
-  long rows = 0;
-  for (const auto& [values, fits] : cases) {
-    const std::string sql = std::string("insert into T (Small,Large,Single,Text) values(") + values + ")";
-    if (fits) {
-      EXPECT_NO_THROW(database.Execute(sql)) << sql;
-      EXPECT_EQ(database.RecordCount("T"), ++rows);
-    } else {
-      EXPECT_THROW(database.Execute(sql), DatabaseError) << sql;
-    }
+  for (const char* fitting : {"'32767','2147483647','1.5','abc'", "'-32768','-2147483648','0',''",
+                              "'0','0','0','\xC3\xB6\xC3\xB6\xC3\xB6'",  // three characters, six bytes
+                              "NULL,NULL,NULL,NULL"}) {
+    insert(fitting);
   }
+  for (const char* bad : {"'32768','0','0',''", "'0','2147483648','0',''", "'0','0','4e38',''",
+                          "'0','0','0','abcd'", "'word','0','0',''", "'0','0','word',''"}) {
+    EXPECT_THROW(insert(bad), DatabaseError) << bad;
+  }
+  EXPECT_EQ(database.RecordCount("T"), 4);
 }
 
 TEST_F(DatabaseTest, SecondOpenerGetsAnErrorAtOnce) {
@@ -54,10 +44,8 @@ TEST_F(DatabaseTest, SecondOpenerGetsAnErrorAtOnce) {
     const std::string path = mode == OpenMode::kReadOnly ? "r.mdb" : "w.mdb";
     { WithTable(path.c_str()); }
     Database holder = Database::Open(path, mode);
-    for (const OpenMode second : {OpenMode::kReadOnly, OpenMode::kWritable}) {
-      const std::string message = MessageOf<DatabaseError>([&] { Database::Open(path, second); });
-      EXPECT_NE(message.find("open elsewhere"), std::string::npos) << message;
-    }
+    for (const OpenMode second : {OpenMode::kReadOnly, OpenMode::kWritable})
+      ExpectFault<DatabaseError>("open elsewhere", [&] { Database::Open(path, second); });
     const pid_t child = ::fork();
     if (child == 0) {
       try {
@@ -78,11 +66,7 @@ TEST_F(DatabaseTest, SecondOpenerGetsAnErrorAtOnce) {
 // Root may write to protected files, and gives that up for the length of a test.
 class Unprivileged {
  public:
-  Unprivileged() : user_(::geteuid()) {
-    if (user_ == 0) {
-      EXPECT_EQ(::seteuid(65534), 0);
-    }
-  }
+  Unprivileged() : user_(::geteuid()) { EXPECT_TRUE(user_ != 0 || ::seteuid(65534) == 0); }
   ~Unprivileged() { EXPECT_EQ(::seteuid(user_), 0); }
 
  private:
@@ -90,22 +74,20 @@ class Unprivileged {
 };
 
 TEST_F(DatabaseTest, WriteProtectedFileIsOpenedOnceAndToReadOnly) {
-  using std::filesystem::perms;
+  using fs::perms;
   { WithTable("p.mdb"); }
-  std::filesystem::permissions("p.mdb", perms::owner_read | perms::group_read | perms::others_read);
-  std::filesystem::permissions(folder(), perms::owner_all | perms::group_exec | perms::others_exec);
+  fs::permissions("p.mdb", perms::owner_read | perms::group_read | perms::others_read);
+  fs::permissions(folder(), perms::owner_all | perms::group_exec | perms::others_exec);
   const Unprivileged user;
-  const auto fault = [](OpenMode mode) {
-    return MessageOf<DatabaseError>([mode] { Database::Open("p.mdb", mode); });
+  const auto refused = [](OpenMode mode, const char* part) {
+    ExpectFault<DatabaseError>(part, [mode] { Database::Open("p.mdb", mode); });
   };
   {
     const Database holder = Database::Open("p.mdb", OpenMode::kReadOnly);
     EXPECT_EQ(holder.RecordCount("T"), 0);
-    for (const OpenMode mode : {OpenMode::kReadOnly, OpenMode::kWritable}) {
-      EXPECT_NE(fault(mode).find("open elsewhere"), std::string::npos);
-    }
+    for (const OpenMode mode : {OpenMode::kReadOnly, OpenMode::kWritable}) refused(mode, "open elsewhere");
   }
-  EXPECT_NE(fault(OpenMode::kWritable).find("write-protected"), std::string::npos);
+  refused(OpenMode::kWritable, "write-protected");
   EXPECT_NO_THROW(Database::Open("p.mdb", OpenMode::kReadOnly));
 }
 
@@ -141,7 +123,7 @@ TEST_F(DatabaseTest, FaultsSayWhatToDo) {
   WriteText("text.mdb", std::string(5000, 'x'));
   WriteText("there.mdb", "mine");
   WriteText("empty.mdb", "");
-  std::filesystem::create_directory("folder");
+  fs::create_directory("folder");
   const std::pair<std::function<void()>, const char*> cases[] = {
       {[] { Database::Open("", OpenMode::kReadOnly); }, "no file was named"},
       {[] { Database::Open("missing.mdb", OpenMode::kReadOnly); }, "missing.mdb: there is no such file"},
@@ -158,63 +140,45 @@ TEST_F(DatabaseTest, FaultsSayWhatToDo) {
        },
        "new.mdb: there is no table \"x\""},
   };
-  for (const auto& [call, part] : cases) {
-    EXPECT_NE(MessageOf<DatabaseError>(call).find(part), std::string::npos) << part;
-  }
+  for (const auto& [call, part] : cases) ExpectFault<DatabaseError>(part, call);
   EXPECT_EQ(ReadFile("there.mdb") + ReadFile("empty.mdb"), "mine");
-  EXPECT_EQ(FileNames("."), (std::vector<std::string>{"empty.mdb", "folder", "text.mdb", "there.mdb"}));
-}
-
-TEST_F(DatabaseTest, ResultsCanBeEdited) {
-  Database database = WithTable("a.mdb");
-  Recordset rows = database.OpenEditable("SELECT * FROM T");
-  EXPECT_TRUE(rows.AtEnd());
-  EXPECT_THROW(rows.Value(0), DatabaseError);
-  for (int i = 1; i <= 5; ++i) {
-    rows.AddNew();
-    rows.SetField(0, std::to_string(i));
-    rows.SetField("TEXT", "r");
-    rows.Update();
-  }
-  Recordset some = database.OpenEditable("SELECT Small,Text FROM T WHERE Small>'1'");
-  some.MoveNext();
-  EXPECT_EQ(some.Int16(0), 3);
-  some.Edit();
-  some.SetField("text", "new");
-  EXPECT_THROW(some.SetField("Large", 1), DatabaseError);
-  some.Update();
-  some.MoveNext();
-  some.Delete();
-  some.MoveNext();
-  EXPECT_EQ(some.Int16(0), 5);
-  EXPECT_THROW(some.Update(), DatabaseError);
-  EXPECT_EQ(Rows(database, "SELECT Small,Text FROM T"),
-            (std::vector<std::string>{"1|r", "2|r", "3|new", "5|r"}));
+  EXPECT_EQ(FileNames("."), (Texts{"empty.mdb", "folder", "text.mdb", "there.mdb"}));
 }
 
 TEST_F(DatabaseTest, EditsTheRowItStandsOnAndReadsItAsStored) {
   Database database = WithTable("a.mdb");
-  for (const char* row : {"1", "2", "2", "3"}) {
-    database.Execute("insert into T (Small,Text) values(" + std::string(row) + ",'old')");
+  Recordset added = database.OpenEditable("SELECT * FROM T");
+  EXPECT_TRUE(added.AtEnd());
+  EXPECT_THROW(added.Value(0), DatabaseError);
+  for (const char* number : {"1", "2", "2", "3", "5"}) {
+    added.AddNew();
+    added.SetField(0, number);
+    added.SetField("TEXT", "old");
+    added.Update();
   }
-  Recordset rows = database.OpenEditable("SELECT Text,Small FROM T");
+  Recordset rows = database.OpenEditable("SELECT Text,Small FROM T WHERE Small<'6'");
   rows.MoveNext();
   rows.MoveNext();  // the second of two alike
   database.Execute("DELETE * FROM T WHERE Small=1");
   rows.Edit();
   rows.SetField("Text", "new");
   rows.SetField("Small", "07");
+  EXPECT_THROW(rows.SetField("Large", 1), DatabaseError);
   rows.Update();
+  EXPECT_THROW(rows.Update(), DatabaseError);
   EXPECT_EQ(rows.Text(0), "new");
   EXPECT_EQ(rows.Int16(1), 7);
-  EXPECT_EQ(Rows(database, "SELECT Small,Text FROM T"),
-            (std::vector<std::string>{"2|old", "7|new", "3|old"}));
+  EXPECT_EQ(Rows(database, "SELECT Small,Text FROM T"), (Texts{"2|old", "7|new", "3|old", "5|old"}));
   database.Execute("DELETE * FROM T WHERE Small=7");
   rows.Edit();
   rows.SetField("Text", "x");
   EXPECT_THROW(rows.Update(), DatabaseError);
   rows.MoveNext();
   EXPECT_EQ(rows.Text(0), "old");
+  rows.Delete();
+  rows.MoveNext();
+  EXPECT_EQ(rows.Int16(1), 5);
+  EXPECT_EQ(Rows(database, "SELECT Small FROM T"), (Texts{"2", "5"}));
 }
 
 TEST_F(DatabaseTest, OnlyRowsOfOneTableCanBeChanged) {
@@ -226,12 +190,10 @@ TEST_F(DatabaseTest, OnlyRowsOfOneTableCanBeChanged) {
         "SELECT Small FROM T WHERE Small=1 GROUP BY Small", "SELECT T.Small FROM T,T",
         "SELECT Small FROM T t", "SELECT Small AS Large FROM T", "SELECT Small+1 FROM T", "SELECT 1",
         "DELETE * FROM T"}) {
-    const std::string message = MessageOf<DatabaseError>([&] { database.OpenEditable(sql); });
-    EXPECT_NE(message.find("cannot be changed"), std::string::npos) << sql << ": " << message;
+    ExpectFault<DatabaseError>("cannot be changed", [&] { database.OpenEditable(sql); });
   }
   Recordset plain = database.OpenRecordset("SELECT DISTINCT Text FROM T");
-  EXPECT_NE(MessageOf<DatabaseError>([&] { plain.Edit(); }).find("not opened for changes"),
-            std::string::npos);
+  ExpectFault<DatabaseError>("not opened for changes", [&] { plain.Edit(); });
   EXPECT_THROW(plain.Delete(), DatabaseError);
   Recordset named = database.OpenEditable("SELECT [a \"FROM\" b] FROM [U [x]]] ORDER BY 1 LIMIT 5");
   named.AddNew();

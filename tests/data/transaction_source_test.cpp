@@ -1,23 +1,17 @@
 #include "data/transaction_source.h"
 
-#include <fmt/format.h>
-
-#include <map>
-#include <random>
-
-#include "data/database_error.h"
 #include "support/test_support.h"
 
 namespace selvane::tests {
-
-using Names = std::vector<std::string>;
 
 class TransactionSourceTest : public FolderTest {
  protected:
   TransactionSourceTest() {
     MakeForeignDatabase("t.mdb", R"(
-        CREATE TABLE first("Index" SMALLINT, "Fever [high], acute" SMALLINT, Cough VARCHAR(5), Raw BLOB, Any REAL);
-        INSERT INTO first VALUES (3, 1, '1', 0, 1.4), (7, 2, '01', 0, 1.6), (0, -1, '0', 0, 0.5), (9, 1, '1', 0, 1);
+        CREATE TABLE first("Index" SMALLINT, "Fever [high], acute" SMALLINT, Cough VARCHAR(5), Raw BLOB,
+          Any REAL);
+        INSERT INTO first VALUES (3, 1, '1', 0, 1.4), (7, 2, '01', 0, 1.6), (0, -1, '0', 0, 0.5),
+          (9, 1, '1', 0, 1);
         CREATE VIEW v AS SELECT 1 x; CREATE VIRTUAL TABLE w USING fts5(t); CREATE TABLE sys_Queries(n, s);
         CREATE TABLE 'only ids'("Index" SMALLINT);
         CREATE TABLE empty("Index" SMALLINT, a SMALLINT);
@@ -46,15 +40,15 @@ TEST_F(TransactionSourceTest, ReadsRowsAsSmallNumbers) {
 }
 
 TEST_F(TransactionSourceTest, ListsTablesAndItems) {
-  Names names = {"kept"};
+  Texts names = {"kept"};
   source_.ListTables(names);
-  EXPECT_EQ(names, (Names{"kept", "first", "only ids", "empty", "ids", "made", "Cases", "bad"}));
+  EXPECT_EQ(names, (Texts{"kept", "first", "only ids", "empty", "ids", "made", "Cases", "bad"}));
   source_.ListItemFields("first", names);
-  EXPECT_EQ(names, (Names{"Fever [high], acute", "Cough", "Raw", "Any"}));
+  EXPECT_EQ(names, (Texts{"Fever [high], acute", "Cough", "Raw", "Any"}));
   source_.ListItemFields("only ids", names);
   EXPECT_TRUE(names.empty());
   source_.ListItemFields("made", names);
-  EXPECT_EQ(names, (Names{"a", "b"}));
+  EXPECT_EQ(names, (Texts{"a", "b"}));
   EXPECT_EQ(source_.FieldCount("first"), 5);
   EXPECT_EQ(source_.RecordCount("first"), 4);
 }
@@ -95,7 +89,7 @@ TEST_F(TransactionSourceTest, ColumnsInARowGiveWhatEachGivesAlone) {
       sql += ");";
     }
     const std::string path = has_bad_row ? "bad.mdb" : "good.mdb";
-    MakeForeignDatabase(path, sql.c_str());
+    MakeForeignDatabase(path, sql);
     const auto ask = [this](int position) {
       std::vector<std::uint16_t> ids;
       std::string name;
@@ -123,7 +117,7 @@ TEST_F(TransactionSourceTest, FaultsReachTheCaller) {
   EXPECT_THROW(source_.OpenReader("only ids", row), DatabaseError);  // the blank is not bracketed
   EXPECT_THROW(source_.OpenReader("first x", row), DatabaseError);   // nor is the x another name for it
   EXPECT_THROW(source_.OpenReader("bad", row), DatabaseError);       // null
-  Names names;
+  Texts names;
   EXPECT_THROW(source_.ListItemFields("none", names), DatabaseError);
   EXPECT_THROW(source_.FieldCount("none"), SilentAbort);
   EXPECT_THROW(source_.RecordCount("none"), SilentAbort);
