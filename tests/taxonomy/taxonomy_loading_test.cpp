@@ -2,7 +2,6 @@
 
 #include "base/text.h"
 #include "data/bulk_insert.h"
-#include "data/database_error.h"
 #include "data/recordset.h"
 #include "taxonomy/position_code.h"
 #include "taxonomy/taxonomy_file.h"
@@ -78,9 +77,9 @@ void LoadPlainly(const std::string& lines, const std::string& path) {
 }
 
 // Fields and rows of a table, and the saved statement.
-std::vector<std::string> Content(const std::string& path, const std::string& table) {
+Texts Content(const std::string& path, const std::string& table) {
   Database database = Database::Open(path, OpenMode::kReadOnly);
-  std::vector<std::string> content = Rows(database, "SELECT * FROM " + table);
+  Texts content = Rows(database, "SELECT * FROM " + table);
   for (const Field& field : database.Fields(table))
     content.push_back(field.name + std::to_string(field.size));
   content.push_back(database.QueryText("SQLstatement"));
@@ -96,9 +95,8 @@ TEST_F(TaxonomyLoadingTest, EqualsThePlainStatements) {
     LoadText(lines, "fast.mdb");
     const std::string plain = "plain" + std::to_string(seed) + ".mdb";
     LoadPlainly(lines, plain);
-    for (const char* table : {"Source", "Taxonomy"}) {
+    for (const char* table : {"Source", "Taxonomy"})
       ASSERT_EQ(Content("fast.mdb", table), Content(plain, table)) << "seed " << seed << "\n" << lines;
-    }
   }
 }
 
@@ -109,57 +107,46 @@ TEST_F(TaxonomyLoadingTest, ReadsValuesByTheirQuotes) {
       "<!-- canonical, type and tree -->\n<node canonical=\"Category\" type=\"t\" tree=\"C\"/>\n"
       "<node canonical=\"Nowhere\" type=\"t\" tree=\"\"/>\n";
   LoadText(lines, "a.mdb");
-  EXPECT_EQ(
-      Rows("a.mdb", "SELECT Index,FatherId,Canonical,SON1 FROM Source"),
-      (std::vector<std::string>{"1|C.23||Sj\xC3\xB6gren s", "2|C.23.888|Sj\xC3\xB6gren s|",
-                                "3|C.25||Sj\xC3\xB6gren s", "4|C.25.1|Sj\xC3\xB6gren s|", "5|C|Category|"}));
+  EXPECT_EQ(Rows("a.mdb", "SELECT Index,FatherId,Canonical,SON1 FROM Source"),
+            (Texts{"1|C.23||Sj\xC3\xB6gren s", "2|C.23.888|Sj\xC3\xB6gren s|", "3|C.25||Sj\xC3\xB6gren s",
+                   "4|C.25.1|Sj\xC3\xB6gren s|", "5|C|Category|"}));
   // A row is copied up to its first empty value.
   EXPECT_EQ(Rows("a.mdb", "SELECT FatherId,SON1 FROM Taxonomy WHERE Canonical=''"),
-            (std::vector<std::string>{"C.23|", "C.25|"}));
+            (Texts{"C.23|", "C.25|"}));
 }
 
 TEST_F(TaxonomyLoadingTest, KnowsTaxonomyFilesByTheEndOfTheirNames) {
-  for (const char* name : {"tax.xml", "tax.XML", "tax.txt.xml", "tax.xml2", "tax.myxml", ".xml"}) {
+  for (const char* name : {"tax.xml", "tax.XML", "tax.txt.xml", "tax.xml2", "tax.myxml", ".xml"})
     EXPECT_NO_THROW(CheckTaxonomyFileName(name)) << name;
-  }
-  for (const char* name : {"tax.txt", "xml", "xml.txt", "tax.xml.bak", "tax.xml.", "tax.x.ml"}) {
+  for (const char* name : {"tax.txt", "xml", "xml.txt", "tax.xml.bak", "tax.xml.", "tax.x.ml"})
     EXPECT_THROW(CheckTaxonomyFileName(name), EndOfProgram) << name;
-  }
 }
 
 TEST_F(TaxonomyLoadingTest, NodeHasAsManyChildrenAsATableHasColumns) {
   std::string lines;
   for (int i = 1; i <= 1997; ++i) lines += NodeLine("T" + std::to_string(i), "C" + std::to_string(i));
   LoadText(lines, "wide.mdb");
-  EXPECT_EQ(Rows("wide.mdb", "SELECT SON1997 FROM Source WHERE FatherId='C'"),
-            std::vector<std::string>{"T1997"});
-  const std::string message =
-      MessageOf<InputError>([&] { LoadText(lines + NodeLine("T1998", "C1998"), "wider.mdb"); });
-  EXPECT_NE(message.find("position C has more than 1997 children"), std::string::npos) << message;
-  EXPECT_FALSE(std::filesystem::exists("wider.mdb"));
+  EXPECT_EQ(Rows("wide.mdb", "SELECT SON1997 FROM Source WHERE FatherId='C'"), Texts{"T1997"});
+  ExpectFault<InputError>("position C has more than 1997 children",
+                          [&] { LoadText(lines + NodeLine("T1998", "C1998"), "wider.mdb"); });
+  EXPECT_FALSE(fs::exists("wider.mdb"));
 }
 
 TEST_F(TaxonomyLoadingTest, FaultsLeaveNothingBehind) {
   const std::string good = NodeLine("Fever", "C1");
   WriteText("there.mdb", "mine");
-  const struct {
-    std::string name;
-    std::string text;
-    const char* part;
-  } cases[] = {
-      {"a.xml", "<node canonical=Fever type=d tree=C1>\n", "line 2: canonical, type and tree"},
-      {"a.xml", "<node tree=\"C1\" type=\"d\" canonical=\"Fever\"/>\n", "line 2: canonical, type and tree"},
-      {"a.xml", NodeLine("Fever", "C1;\xC3\x84 2"), "line 2: the tree value holds an apostrophe or an odd"},
-      {"a.xml", NodeLine("Fever", "C'1"), "line 2: the tree value holds an apostrophe"},
-      {"a.xml", NodeLine(std::string(128, 'x'), "C2"), "line 2: the canonical value is longer than 127"},
-      {"a.xml", NodeLine("Fever", "C" + std::string(126, '1')), "line 2: the position code is longer"},
+  const std::pair<std::string, const char*> cases[] = {
+      {"<node canonical=Fever type=d tree=C1>\n", "line 2: canonical, type and tree"},
+      {"<node tree=\"C1\" type=\"d\" canonical=\"Fever\"/>\n", "line 2: canonical, type and tree"},
+      {NodeLine("Fever", "C1;\xC3\x84 2"), "line 2: the tree value holds an apostrophe or an odd"},
+      {NodeLine("Fever", "C'1"), "line 2: the tree value holds an apostrophe"},
+      {NodeLine(std::string(128, 'x'), "C2"), "line 2: the canonical value is longer than 127"},
+      {NodeLine("Fever", "C" + std::string(126, '1')), "line 2: the position code is longer"},
   };
   SilentProgress progress;
-  for (const auto& c : cases) {
-    WriteText(c.name, good + c.text);
-    const std::string message =
-        MessageOf<InputError>([&] { LoadTaxonomy(c.name, "new.mdb", ExistingFile::kRefuse, progress); });
-    EXPECT_NE(message.find(c.part), std::string::npos) << message;
+  for (const auto& [text, part] : cases) {
+    WriteText("a.xml", good + text);
+    ExpectFault<InputError>(part, [&] { LoadTaxonomy("a.xml", "new.mdb", ExistingFile::kRefuse, progress); });
   }
   WriteText("a.xml", "nothing\n");
   EXPECT_THROW(LoadTaxonomy("a.xml", "new.mdb", ExistingFile::kRefuse, progress), InputError);
@@ -172,7 +159,7 @@ TEST_F(TaxonomyLoadingTest, FaultsLeaveNothingBehind) {
     stopping.interrupt_at = pulse;
     EXPECT_THROW(LoadTaxonomy("a.xml", "new.mdb", ExistingFile::kRefuse, stopping), Interrupted) << pulse;
   }
-  EXPECT_EQ(FileNames("."), (std::vector<std::string>{"a.xml", "there.mdb"}));
+  EXPECT_EQ(FileNames("."), (Texts{"a.xml", "there.mdb"}));
   EXPECT_EQ(ReadFile("there.mdb"), "mine");
 }
 

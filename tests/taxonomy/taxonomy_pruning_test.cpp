@@ -3,8 +3,7 @@
 namespace selvane::tests {
 
 // What stays of the codes when each chosen node is pruned in turn, by walking all rows.
-std::vector<std::string> PlainPrune(const std::vector<TaxonomyNode>& rows,
-                                    const std::vector<NodeNumber>& chosen, bool upward) {
+Texts PlainPrune(const std::vector<TaxonomyNode>& rows, const std::vector<NodeNumber>& chosen, bool upward) {
   std::vector<TaxonomyNode> left = rows;
   for (const NodeNumber number : chosen) {
     const auto node =
@@ -15,7 +14,7 @@ std::vector<std::string> PlainPrune(const std::vector<TaxonomyNode>& rows,
       return (upward ? code.find(row.code) : row.code.find(code)) != std::string::npos;
     });
   }
-  std::vector<std::string> codes;
+  Texts codes;
   for (const auto& row : left) codes.push_back(row.code);
   return codes;
 }
@@ -29,7 +28,7 @@ TEST_F(TaxonomyPruningTest, EqualsWalkingAllRowsAndRestores) {
     const std::string lines = RandomTaxonomy(random, 15);
     LoadText(lines, "tax.mdb");
     const bool upward = seed % 2 == 0;
-    const std::vector<std::string> before = Rows("tax.mdb", "SELECT * FROM Taxonomy");
+    const Texts before = Rows("tax.mdb", "SELECT * FROM Taxonomy");
     std::vector<TaxonomyNode> rows;
     std::vector<NodeNumber> chosen;
     {
@@ -59,9 +58,8 @@ TEST_F(TaxonomyPruningTest, ParentForgetsItsPrunedSon) {
     EXPECT_EQ(store.Prune({}, std::vector<NodeNumber>{cough, 99}, progress), 1);
     EXPECT_EQ(store.Children(1).size(), 2U);
   }
-  EXPECT_EQ(Rows("tax.mdb", "SELECT SON1,SON2,SON3 FROM Taxonomy WHERE FatherId='C'"),
-            std::vector<std::string>{"Fever||Pain"});
-  EXPECT_EQ(Rows("tax.mdb", "SELECT SON2 FROM Source WHERE FatherId='C'"), std::vector<std::string>{"Cough"});
+  EXPECT_EQ(Rows("tax.mdb", "SELECT SON1,SON2,SON3 FROM Taxonomy WHERE FatherId='C'"), Texts{"Fever||Pain"});
+  EXPECT_EQ(Rows("tax.mdb", "SELECT SON2 FROM Source WHERE FatherId='C'"), Texts{"Cough"});
 }
 
 TEST_F(TaxonomyPruningTest, InterruptedPruningAndRestoringChangeNothing) {

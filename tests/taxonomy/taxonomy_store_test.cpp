@@ -1,22 +1,20 @@
 #include "taxonomy/taxonomy_store.h"
 
-#include "data/database_error.h"
 #include "taxonomy/missing_terms.h"
 #include "taxonomy/taxonomy_files.h"
 
 namespace selvane::tests {
 
-using Texts = std::vector<std::string>;
 using Nodes = std::vector<NodeNumber>;
 
 class TaxonomyStoreTest : public FolderTest {
  protected:
-  static constexpr const char* kLines =
-      "<node canonical=\"Diseases\" type=\"c\" tree=\"C\"/>\n"          // 1
-      "<node canonical=\"Signs\" type=\"d\" tree=\"C2\"/>\n"            // 2
-      "<node canonical=\"Crohn's\" type=\"d\" tree=\"C2.1;C23.7\"/>\n"  // 3, 4 C.23, 5
-      "<node canonical=\"Asthma\" type=\"d\" tree=\"C2.2;D9\"/>\n";     // 6, 7 D, 8
-  TaxonomyStoreTest() { LoadText(kLines, "tax.mdb"); }
+  TaxonomyStoreTest() {
+    LoadText(NodeLine("Diseases", "C") + NodeLine("Signs", "C2") +  // 1, 2
+                 NodeLine("Crohn's", "C2.1;C23.7") +
+                 NodeLine("Asthma", "C2.2;D9"),  // 3, 4 C.23, 5; 6, 7 D, 8
+             "tax.mdb");
+  }
 };
 
 TEST_F(TaxonomyStoreTest, FindsNodesAndPositions) {
@@ -26,6 +24,11 @@ TEST_F(TaxonomyStoreTest, FindsNodesAndPositions) {
   EXPECT_EQ(store.TaxonomiesInUse(), Texts{"Diseases"});  // D has no name
   EXPECT_EQ(store.source().LargestNodeNamedIn("CxD"), 7);
   EXPECT_EQ(store.source().LargestNodeNamedIn(""), 0);
+  // Children are found by name.
+  EXPECT_EQ(store.Children(1).size(), 1U);  // the placeholder C.23 had no name to leave in its parent
+  Texts codes;
+  for (const auto& child : store.Children(2)) codes.push_back(child.code + child.term);
+  EXPECT_EQ(codes, (Texts{"C.2.1Crohn s", "C.2.2Asthma"}));
 }
 
 TEST_F(TaxonomyStoreTest, MarksNodesUpToTheLargestAtOpening) {
@@ -36,24 +39,16 @@ TEST_F(TaxonomyStoreTest, MarksNodesUpToTheLargestAtOpening) {
   store.Prune({}, Nodes{7}, progress);  // the largest goes with D
   for (const NodeNumber node : {1, 8, 2147483646}) {
     EXPECT_FALSE(store.IsMarked(node)) << node;
-    store.Mark(node, true);
-    EXPECT_TRUE(store.IsMarked(node)) << node;
-    store.Mark(node, false);
-    EXPECT_FALSE(store.IsMarked(node)) << node;
+    for (const bool marked : {true, false}) {
+      store.Mark(node, marked);
+      EXPECT_EQ(store.IsMarked(node), marked) << node;
+    }
   }
   for (const NodeNumber node : {-1, 0, 2147483647}) {
     store.Mark(node, true);
     EXPECT_FALSE(store.IsMarked(node)) << node;
   }
   EXPECT_EQ(store.LargestIndex(), 2147483646);
-}
-
-TEST_F(TaxonomyStoreTest, ChildrenAreFoundByName) {
-  const TaxonomyStore store("tax.mdb");
-  EXPECT_EQ(store.Children(1).size(), 1U);  // the placeholder C.23 had no name to leave in its parent
-  Texts codes;
-  for (const auto& child : store.Children(2)) codes.push_back(child.code + child.term);
-  EXPECT_EQ(codes, (Texts{"C.2.1Crohn s", "C.2.2Asthma"}));
 }
 
 TEST_F(TaxonomyStoreTest, TermThatStandsTwiceBelowANodeIsNamedTwice) {
@@ -73,11 +68,7 @@ TEST_F(TaxonomyStoreTest, WalksSubtreesByLevelsAndNotByTexts) {
                NodeLine("Twelve", "C12"),
            "deep.mdb");
   const TaxonomyStore store("deep.mdb");
-  const struct {
-    const char* code;
-    int levels;
-    Texts codes;
-  } cases[] = {
+  const std::tuple<const char*, int, Texts> cases[] = {
       {"C.1", 0, {"C.1", "C.1.2", "C.1.2.3"}},
       {"C.1", 1, {"C.1"}},
       {"C.1", 2, {"C.1", "C.1.2"}},
@@ -87,22 +78,17 @@ TEST_F(TaxonomyStoreTest, WalksSubtreesByLevelsAndNotByTexts) {
       {"", 0, {"C", "C.1", "C.1.2", "C.1.2.3", "C.12"}},
       {"C.", 0, {}},
   };
-  for (const auto& c : cases) {
+  for (const auto& [code, levels, expected] : cases) {
     Texts codes;
-    store.working().ForEachBelow(c.code, c.levels,
-                                 [&codes](const TaxonomyNode& node) { codes.push_back(node.code); });
+    store.working().ForEachBelow(code, levels, [&codes](const auto& node) { codes.push_back(node.code); });
     std::sort(codes.begin(), codes.end());
-    EXPECT_EQ(codes, c.codes) << c.code << " " << c.levels;
+    EXPECT_EQ(codes, expected) << code << " " << levels;
   }
 }
 
 TEST_F(TaxonomyStoreTest, RendersWithTheLastAndCut) {
   const TaxonomyStore store("tax.mdb");
-  const struct {
-    Nodes nodes;
-    std::string before;
-    std::string text;
-  } cases[] = {
+  const std::tuple<Nodes, std::string, std::string> cases[] = {
       {{6, 2}, "", "Asthma AND Signs  "},
       {{6}, "", "Asthma  "},
       {{2, 99}, "", "Signs  "},
@@ -110,10 +96,9 @@ TEST_F(TaxonomyStoreTest, RendersWithTheLastAndCut) {
       {{99}, "prefilled", "prefilled"},
       {{99}, "An A here", "An ere"},  // the search for the last A does not know whose it is
   };
-  for (const auto& c : cases) {
-    std::string text = c.before;
-    store.Render(c.nodes, text);
-    EXPECT_EQ(text, c.text);
+  for (auto [nodes, text, expected] : cases) {
+    store.Render(nodes, text);
+    EXPECT_EQ(text, expected);
   }
 }
 
@@ -121,10 +106,7 @@ TEST_F(TaxonomyStoreTest, BringsBackWhatTermsNeed) {
   const char* const kNodes = "SELECT Index,FatherId,Canonical FROM Taxonomy ORDER BY FatherId";
   const Texts before = Rows("tax.mdb", kNodes);
   Database::Open("tax.mdb", OpenMode::kWritable).Execute("DELETE * FROM Taxonomy WHERE FatherId Like 'C.2*'");
-  const struct {
-    Texts terms;
-    Texts missing;
-  } cases[] = {
+  const std::pair<Texts, Texts> cases[] = {
       {{}, {}},
       {{"Diseases", "Unknown"}, {}},  // one is there, the full taxonomy lacks the other
       {{"Signs", "Diseases", "Crohn's"}, {"Crohn s", "Signs"}},  // the last one missing first, each once
@@ -134,7 +116,7 @@ TEST_F(TaxonomyStoreTest, BringsBackWhatTermsNeed) {
   {
     TaxonomyStore store("tax.mdb");
     SilentProgress progress;
-    for (const auto& c : cases) EXPECT_EQ(FindMissingTerms(store, c.terms, progress), c.missing);
+    for (const auto& [terms, missing] : cases) EXPECT_EQ(FindMissingTerms(store, terms, progress), missing);
     store.RestoreTerm("Signs");  // at C.2, whose text C.23 begins with too
     EXPECT_EQ(FindMissingTerms(store, Texts{"Signs", "Crohn's"}, progress), Texts{});
   }
