@@ -52,30 +52,20 @@ Terms PlainTermsOf(const std::string& bytes) {
 }
 
 TEST(TaggedAbstract, EqualsReadingLineByLine) {
-  const char* const pieces[] = {"\nAB  - ",
-                                "\nAD  - ",
-                                "\n      ",
-                                "<DictTerm DictCanon=\"A b\">",
-                                "x</DictTerm>",
-                                "</DictTerm>",
-                                "<DictTerm",
-                                ">",
-                                " DictCanon=\"C\"",
-                                "text < y",
-                                "\n",
-                                "\r\n",
-                                "\"",
-                                "AD  - ",
-                                "DictCanon="};
+  Terms pieces;  // parted by bars
+  for (std::string_view rest =
+           "\nAB  - |\nAD  - |\n      |<DictTerm DictCanon=\"A b\">|x</DictTerm>|</DictTerm>|<DictTerm|"
+           ">| DictCanon=\"C\"|text < y|\n|\r\n|\"|AD  - |DictCanon=|";
+       !rest.empty(); rest.remove_prefix(pieces.back().size() + 1))
+    pieces.emplace_back(rest.substr(0, rest.find('|')));
   for (unsigned seed = 0; seed < 4000; ++seed) {
     std::mt19937 random(seed);
     std::string bytes = random() % 4 == 0 ? "AB  - " : "PMID- 1\nAB  - ";
-    for (auto count = random() % 25; count > 0; --count) bytes += pieces[random() % std::size(pieces)];
-    Terms plain = PlainTermsOf(bytes);
+    for (auto count = random() % 25; count > 0; --count) bytes += pieces[random() % pieces.size()];
+    const Terms plain = PlainTermsOf(bytes);
     // A form over several lines is compared where it was wrapped in no odd place.
-    if (std::any_of(plain.begin(), plain.end(),
-                    [](const auto& t) { return t.find('\n') != std::string::npos || t[0] == ' '; }))
-      continue;
+    const auto is_odd = [](const auto& t) { return t.find('\n') != t.npos || t[0] == ' '; };
+    if (std::any_of(plain.begin(), plain.end(), is_odd)) continue;
     ASSERT_EQ(TermsOf(bytes), plain) << "seed " << seed << "\n" << bytes;
   }
 }

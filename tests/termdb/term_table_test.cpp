@@ -1,20 +1,20 @@
 #include "termdb/term_table.h"
 
-#include "data/database_error.h"
 #include "taxonomy/taxonomy_files.h"
 
 namespace selvane::tests {
 
-using Texts = std::vector<std::string>;
-namespace fs = std::filesystem;
-
 class TermTableTest : public FolderTest {
  protected:
   // A file whose abstract holds these terms, one word each.
-  static void Abstract(const std::string& name, const std::vector<std::string>& terms) {
+  static void Abstract(const std::string& name, const Texts& terms) {
     std::string text = "PMID- 1\nAB  - \n";
     for (const std::string& term : terms) text += "      <DictTerm DictCanon=\"" + term + "\">x</DictTerm>\n";
     WriteText(name, text + "AD  - \n");
+  }
+  static TermTableReport Write(const TermCollection& collection) {
+    SilentProgress progress;
+    return WriteTermTable(collection, "terms.mdb", ExistingFile::kRefuse, FixedClock(), progress);
   }
   static TermCollection Collect(const std::vector<fs::path>& files, Texts* skipped = nullptr) {
     const TaxonomyStore taxonomy("tax.mdb");
@@ -41,16 +41,13 @@ TEST_F(TermTableTest, TableHoldsTheMostFrequentTerms) {
                      "Term j"});
   const TermCollection collection = Collect(QueryFiles(std::vector<fs::path>{"."}));
   EXPECT_EQ(collection.abstracts.size(), 3U);
-  SilentProgress progress;
-  const TermTableReport report =
-      WriteTermTable(collection, "terms.mdb", ExistingFile::kRefuse, FixedClock(), progress);
+  const TermTableReport report = Write(collection);
   EXPECT_EQ(report.table, "14_05_23_11_MESHTERMS");
   EXPECT_EQ(report.columns, (Texts{"Term l", "Term k", "Term c", "Term d", "Term e", "Term f", "Term g",
                                    "Term h", "Term i", "Term j"}));
   EXPECT_EQ(Rows("terms.mdb", "SELECT * FROM 14_05_23_11_MESHTERMS"),
             (Texts{"1|1|1|0|0|0|0|0|0|0|0", "2|0|0|1|1|1|1|1|1|1|1", "3|1|1|1|1|1|1|1|1|1|1"}));
-  EXPECT_THROW(WriteTermTable(collection, "terms.mdb", ExistingFile::kRefuse, FixedClock(), progress),
-               DatabaseError);
+  EXPECT_THROW(Write(collection), DatabaseError);
 }
 
 TEST_F(TermTableTest, TableHolds32767Abstracts) {
@@ -61,12 +58,9 @@ TEST_F(TermTableTest, TableHolds32767Abstracts) {
   files.emplace_back("none.txt");
   const TermCollection collection = Collect(files);
   files.emplace_back("1.txt");
-  EXPECT_NE(MessageOf<InputError>([&] { Collect(files); }).find("there are 32768 abstracts"),
-            std::string::npos);
+  ExpectFault<InputError>("there are 32768 abstracts", [&] { Collect(files); });
   EXPECT_THROW(Collect({"none.txt"}), NoTerms);
-  SilentProgress progress;
-  const TermTableReport report =
-      WriteTermTable(collection, "terms.mdb", ExistingFile::kRefuse, FixedClock(), progress);
+  const TermTableReport report = Write(collection);
   EXPECT_EQ(report.rows, 32767);
   EXPECT_EQ(Rows("terms.mdb", "SELECT max(Index),count(*) FROM " + report.table), Texts{"32767|32767"});
 }
@@ -108,9 +102,7 @@ TEST_F(TermTableTest, RefusesNamesThatCannotBeColumns) {
     collection.terms = terms;
     collection.counts.assign(terms.size(), 1);
     collection.abstracts = {{0}};
-    SilentProgress progress;
-    EXPECT_THROW(WriteTermTable(collection, "t.mdb", ExistingFile::kRefuse, FixedClock(), progress),
-                 InputError);
+    EXPECT_THROW(Write(collection), InputError);
   }
   EXPECT_TRUE(FileNames(".").empty());
 }
