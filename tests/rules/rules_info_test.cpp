@@ -1,12 +1,10 @@
 #include "rules/rules_info.h"
 
-#include "base/file.h"
 #include "support/test_support.h"
 
 namespace selvane::tests {
 
 using Items = std::vector<std::int32_t>;
-using Texts = std::vector<std::string>;
 
 class RulesInfoTest : public FolderTest {};
 
@@ -14,7 +12,7 @@ TEST_F(RulesInfoTest, BothWaysOfWritingGiveTheSameFile) {
   const RulesInfo info{
       "T", "4", "0,5", "", {"Diseases", "Drugs"}, MapOfItems(Items{7, 3}), MapOfItems(Items{99999})};
   EXPECT_EQ(ItemsOfMap(info.first_map), (Items{3, 7}));
-  std::filesystem::create_directory("sub.folder");
+  fs::create_directory("sub.folder");
   WriteRulesInfo(info, "sub.folder/my.run.mdb");
   EXPECT_EQ(ReadRulesInfo("sub.folder/my.run.mdb"), info);
   WriteRulesInfo(Items{3, 7}, Items{99999}, Texts{"T", "4", "0,5", "", "Diseases", "Drugs"}, "Infoplain");
