@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "data/database_error.h"
 #include "support/random_tables.h"
 
 namespace selvane::tests {
@@ -58,7 +57,7 @@ class PlainApriori {
   }
 
   void CountSingles() {
-    std::vector<std::string> names;
+    Texts names;
     source_.ListItemFields("T", names);
     std::vector<TidList> tids;
     RowValues row;
@@ -144,7 +143,7 @@ TEST_F(GeneralizedAprioriTest, EqualsThePlainSearchByteForByte) {
     large += plain.written - plain.singles;
   }
   EXPECT_GT(large, 5000U);  // the cases are worth comparing
-  EXPECT_TRUE(std::filesystem::exists("frequentItemset2.dat"));
+  EXPECT_TRUE(fs::exists("frequentItemset2.dat"));
 }
 
 }  // namespace selvane::tests
