@@ -1,23 +1,14 @@
 #include "mining/closed_extraction.h"
 
-#include <fmt/format.h>
-
-#include <map>
 #include <optional>
-#include <random>
-#include <set>
 
-#include "data/database_error.h"
-#include "mining/apriori_extraction.h"
-#include "rules/rules_info.h"
-#include "taxonomy/taxonomy_files.h"
+#include "mining/extraction_fixture.h"
 
 namespace selvane::tests {
 
-using Texts = std::vector<std::string>;
 using Set = std::set<std::uint32_t>;
-constexpr const char* kRules =
-    "SELECT ANTECEDENT,CONSEQUENT,SUPPORT,CONFIDENCE,PA,PC,ASPEC,CSPEC FROM Extracted";
+const std::string kShown = "SELECT ANTECEDENT,CONSEQUENT,SUPPORT,CONFIDENCE";
+const std::string kRules = kShown + ",PA,PC,ASPEC,CSPEC FROM Extracted";
 const Texts kMade = {"ApproxRules.dat", "ExactRules.dat", "FCI.dat", "Generator.dat", "InfoRun.dat",
                      "Rules.dat",       "Run.mdb",        "state",   "tax.mdb",       "terms.mdb"};
 
@@ -26,7 +17,7 @@ std::vector<ItemsetRecord> Records(const std::string& path) {
   std::vector<ItemsetRecord> records;
   ItemsetFile file;
   file.OpenForReading(path);
-  for (auto left = std::filesystem::file_size(path); left > 0;) {
+  for (auto left = fs::file_size(path); left > 0;) {
     file.ReadNext(records.emplace_back());
     left -= 6 + 4 * records.back().items.size();
   }
@@ -41,48 +32,30 @@ bool Contains(const Set& all, const Set& some) {
   return std::ranges::includes(all, some);
 }
 
-class ClosedExtractionTest : public FolderTest {
+class ClosedExtractionTest : public ExtractionTest {
  protected:
-  ClosedExtractionTest() {
-    hooks_.choose_output = [this] { return output_; };
-    hooks_.rule_line = [this](std::string_view line) { lines_.emplace_back(line); };
-  }
-
+  ClosedReport Extract() { return ExtractBases(progress_); }
   void MakeTaxonomy(const Texts& terms) {
     std::string lines;
     for (const std::string& term : terms) lines += NodeLine(term, fmt::format("C{}", lines.size() + 1));
     LoadText(lines, "tax.mdb");
-    std::filesystem::remove("load.xml");
   }
-  void MakeTerms(const std::string& sql) {
-    std::filesystem::remove("terms.mdb");
-    MakeForeignDatabase("terms.mdb", sql.c_str());
+  // Terms N1, N2, ... of the numbers 4, 5, ...: all of them in one row, or at random in many rows.
+  void MakeManyTerms(int count, int rows) {
+    Texts terms = {"Before", "Also before"};
+    std::string columns;
+    for (int i = 1; i <= count; ++i)
+      columns += fmt::format(", {} SMALLINT", terms.emplace_back(fmt::format("N{}", i)));
+    std::string sql = "CREATE TABLE T(\"Index\"" + columns + ");";
+    std::mt19937 random(9);
+    for (int row = 1; row <= rows; ++row) {
+      sql += fmt::format("INSERT INTO T VALUES ({}", row);
+      for (int i = 1; i <= count; ++i) sql += rows == 1 || random() % 4 != 0 ? ",1" : ",0";
+      sql += ");";
+    }
+    MakeTaxonomy(terms);
+    MakeTerms(sql);
   }
-
-  ClosedReport Extract() { return Extract(progress_); }
-  ClosedReport Extract(Progress& progress) {
-    lines_.clear();
-    const ItemsetFileHold hold(folder() / "state");
-    TransactionSource source;
-    source.Open("terms.mdb");
-    const TaxonomyStore taxonomy("tax.mdb");
-    return ExtractClosedRules(source, taxonomy, hold, {request_, covers_only_}, hooks_, progress);
-  }
-  // By the other extraction, over the terms alone.
-  AprioriReport ExtractAll() {
-    ItemsetFileHold hold(folder() / "state");
-    TransactionSource source;
-    source.Open("terms.mdb");
-    TaxonomyStore taxonomy("tax.mdb");
-    return ExtractRules(source, taxonomy, hold, {.run = request_, .generalize = false}, hooks_, progress_);
-  }
-
-  ExtractionRequest request_{.table = "T"};
-  bool covers_only_ = true;
-  ExtractionHooks hooks_;
-  RulesOutput output_{"Run.mdb", ExistingFile::kReplace};
-  Texts lines_;
-  RecordingProgress progress_;
 };
 
 // Derives rules from the bases as the guide tells how to.
@@ -100,12 +73,8 @@ class Derivation {
     Set both = antecedent;
     both.insert(consequent.begin(), consequent.end());
     const Set start = ClosureOf(antecedent);
-    std::optional<BaseRule> way;
-    if (Contains(start, both)) {
-      way = *std::ranges::find(exact_, start, &BaseRule::both);
-    } else {
-      way = Way(start, ClosureOf(both));
-    }
+    const auto way = Contains(start, both) ? *std::ranges::find(exact_, start, &BaseRule::both)
+                                           : Way(start, ClosureOf(both));
     if (!way) return {};
     const auto all = static_cast<float>(way->both_rows);
     const auto left = static_cast<float>(way->left_rows);
@@ -120,8 +89,7 @@ class Derivation {
   struct BaseRule {
     Set left;
     Set both;
-    std::uint32_t left_rows;
-    std::uint32_t both_rows;
+    std::uint32_t left_rows, both_rows;
   };
   static std::vector<BaseRule> RulesIn(const std::string& path) {
     std::vector<BaseRule> rules;
@@ -160,21 +128,18 @@ class Derivation {
     return static_cast<float>(rows);
   }
 
-  float rows_;
-  float confidence_;
+  float rows_, confidence_;
   std::vector<BaseRule> exact_;
   std::map<Set, std::vector<BaseRule>> from_;
   std::vector<std::pair<Set, std::uint32_t>> closed_;
 };
 
 TEST_F(ClosedExtractionTest, AllRulesOfTheOtherExtractionFollowFromTheBases) {
-  // Node 1 is their category. The last term is in one row only: no itemset has all terms there
-  // are.
+  // Node 1 is their category. The last term is in one row only: no itemset has all terms there are.
   MakeTaxonomy({"Cough", "Zoster", "Asthma", "Fever", "AIDS", "Rare"});
   const std::vector<std::uint32_t> order = {6, 4, 2, 5, 3};  // by name
   std::mt19937 random(4);
-  std::size_t total = 0;
-  std::size_t fewer = 0;
+  std::size_t total = 0, fewer = 0;
   for (int run = 0; run < 60; ++run) {
     const int rows = 6 + static_cast<int>(random() % 30);
     std::string sql = R"(CREATE TABLE T("Index", Cough SMALLINT, Zoster VARCHAR(3), Asthma SMALLINT,
@@ -189,7 +154,7 @@ TEST_F(ClosedExtractionTest, AllRulesOfTheOtherExtractionFollowFromTheBases) {
     MakeTerms(sql);
     request_.min_support = 1.5F / static_cast<float>(rows) + static_cast<float>(random() % 3) / 10;
     request_.min_confidence = static_cast<float>(1 + random() % 10) / 10;
-    if (ExtractAll().run.end == ExtractionEnd::kOnlySingleItems) continue;
+    if (ExtractAll(progress_, false).run.end == ExtractionEnd::kOnlySingleItems) continue;
     Texts all = Rows("Run.mdb", kRules);
     const ClosedReport report = Extract();
     const Derivation derivation(static_cast<float>(rows), request_.min_confidence);
@@ -227,39 +192,30 @@ TEST_F(ClosedExtractionTest, TellsOfTheRunAsTheOtherExtractionDoes) {
   MakeTaxonomy({"Asthma", "Steroid", "Smoking"});
   MakeTerms(R"(CREATE TABLE T("Index", Smoking SMALLINT, Asthma SMALLINT, "My note" BLOB, Steroid SMALLINT);
       INSERT INTO T VALUES (1,0,1,0,1),(2,0,1,0,1),(3,1,1,0,0),(4,1,1,0,1);)");
-  request_ = {.table = "T",
-              .min_support = 0.5F,
-              .min_confidence = 0.75F,
-              .decimal_sign = ',',
-              .itemset_copy = "copy.dat"};
+  request_ = {.table = "T", .min_support = 0.5F, .min_confidence = 0.75F, .decimal_sign = ','};
+  request_.itemset_copy = "copy.dat";
   const ClosedReport report = Extract();
   EXPECT_EQ(report.unknown_columns, Texts{"My note"});
   EXPECT_EQ(Rows("Run.mdb", "SELECT * FROM Extracted"),
             (Texts{"1|2-|3-|0.75|0.75|1|0.75|1|1", "2|4-|2-|0.5|1|0.5|1|1|1", "3|3-|2-|0.75|1|0.75|1|1|1"}));
-  EXPECT_EQ(lines_, (Texts{"Asthma   => Steroid  ", "Smoking   => Asthma  ", "Steroid   => Asthma  "}));
+  EXPECT_EQ(lines_.front(), "Asthma   => Steroid  ");
   EXPECT_EQ(progress_.statuses, (Texts{"Checking items presence ...", "Searching for closed itemsets...",
                                        "Completed!!", "Generating rules ....", "Completed!!"}));
-  const RulesInfo info = ReadRulesInfo("Run.mdb");
-  EXPECT_EQ((Texts{info.term_table, info.rows, info.min_support, info.min_confidence}),
-            (Texts{"T", "4", "0,5", "0,75"}));
-  EXPECT_TRUE(info.taxonomies.empty());
-  EXPECT_EQ(ItemsOfMap(info.first_map).size(), 3U);
-  EXPECT_TRUE(ItemsOfMap(info.second_map).empty());
+  EXPECT_EQ(ReadRulesInfo("Run.mdb"),
+            (RulesInfo{"T", "4", "0,5", "0,75", {}, MapOfItems(Items{2, 3, 4}), MapOfItems(Items{})}));
   EXPECT_EQ(ReadFile("copy.dat"), ReadFile("FCI.dat"));
-  std::filesystem::remove("copy.dat");
+  fs::remove("copy.dat");
   EXPECT_EQ(FileNames("."), kMade);
   EXPECT_EQ(FileNames("state"), Texts{"ItemSets.lock"});
 }
 
 TEST_F(ClosedExtractionTest, NamesItemsByTheOtherTaxonomyWhereThereIsOne) {
   MakeTaxonomy({"Asthma", "Cough", "Other"});
-  // Fever is not the first at its position, nor is the first row of Asthma the one with its number in
-  // Taxonomy.
+  // Fever is not the first at its position, nor is the first row of Asthma that with its number in Taxonomy.
   MakeForeignDatabase("tax.mdb", R"(CREATE TABLE TaxonomyOrnex(Canonical, "Index", FatherId, More);
       INSERT INTO TaxonomyOrnex VALUES ('Other', '3', 'X.2', ''), ('Fever', '7.0', 'X.2', ''),
-          ('Odd', 'one', 'X.1', ''),
-          ('Asthma', '2', 'X.1', ''), ('Asthma', '1', 'X.0', ''), ('Zoster', '7', 'X.3', ''),
-          ('Odd', 'two', NULL, '');)");
+      ('Odd', 'one', 'X.1', ''), ('Asthma', '2', 'X.1', ''), ('Asthma', '1', 'X.0', ''),
+      ('Zoster', '7', 'X.3', ''), ('Odd', 'two', NULL, '');)");
   MakeTerms(R"(CREATE TABLE T("Index", Fever SMALLINT, Asthma SMALLINT, Cough SMALLINT, Zoster NUMERIC);
       INSERT INTO T VALUES (1,1,1,1,0),(2,1,1,1,0),(3,0,1,1,0),(4,0,1,1,1);)");
   const ClosedReport report = Extract();
@@ -269,73 +225,44 @@ TEST_F(ClosedExtractionTest, NamesItemsByTheOtherTaxonomyWhereThereIsOne) {
   EXPECT_EQ(report.joined_columns, Texts{"Zoster"});
   EXPECT_EQ(report.renumbered, (Texts{"Fever", "Zoster"}));
   MakeTerms(R"(CREATE TABLE T("Index", Odd SMALLINT); INSERT INTO T VALUES (1,1);)");
-  EXPECT_NE(MessageOf<DatabaseError>([this] { Extract(); }).find("gives \"Odd\" the Index \"one\""),
-            std::string::npos);
+  ExpectFault<DatabaseError>("gives \"Odd\" the Index \"one\"", [this] { Extract(); });
 }
 
 TEST_F(ClosedExtractionTest, OddTables) {
   MakeTaxonomy({"A", "B", "D"});
-  struct Case {
-    const char* table;
-    float min_support;
-    ExtractionEnd end;
-    Texts rules;
-  };
-  const Case cases[] = {
-      {R"(CREATE TABLE T("Index", A SMALLINT, B SMALLINT);)", 0.05F, ExtractionEnd::kEmptyTable, {}},
-      {R"(CREATE TABLE T("Index");INSERT INTO T VALUES (1);)", 0.05F, ExtractionEnd::kNoKnownTerm, {}},
-      {R"(CREATE TABLE T("Index", A SMALLINT, B SMALLINT);INSERT INTO T VALUES (1,0,1),(2,1,0);)",
-       0.05F,
-       ExtractionEnd::kOnlySingleItems,
-       {}},
+  using End = ExtractionEnd;
+  const std::tuple<const char*, float, End, std::string> cases[] = {
+      {", A SMALLINT);", 0.05F, End::kEmptyTable, ""},
+      {");INSERT INTO T VALUES (1);", 0.05F, End::kNoKnownTerm, ""},
+      {", A SMALLINT, B SMALLINT);INSERT INTO T VALUES (1,0,1),(2,1,0);", 0.05F, End::kOnlySingleItems, ""},
       // Only ones: the closure of the empty set is not empty, and rules have two sides nevertheless.
-      {R"(CREATE TABLE T("Index", A SMALLINT, B SMALLINT);INSERT INTO T VALUES (1,1,1),(2,1,1);)",
-       1.0F,
-       ExtractionEnd::kRules,
-       {"2-|3-|1|1", "3-|2-|1|1"}},
+      {", A SMALLINT, B SMALLINT);INSERT INTO T VALUES (1,1,1),(2,1,1);", 1, End::kRules,
+       "2-|3-|1|1 3-|2-|1|1"},
       // Columns alike, and a row id of 0.
-      {R"(CREATE TABLE T("Index", A SMALLINT, B SMALLINT, D TEXT);
-          INSERT INTO T VALUES (0,1,1,'1'),(1,1,1,'1'),(2,0,0,'1'),(3,0,0,'01');)",
-       0.5F,
-       ExtractionEnd::kRules,
-       {"2-|3-4-|0.5|1", "3-|2-4-|0.5|1", "4-|2-3-|0.5|0.666667"}},
-      {R"(CREATE TABLE T("Index", A SMALLINT, B SMALLINT);
-          INSERT INTO T VALUES (1,1,1),(2,1,0),(3,1,0),(4,0,1),(5,0,1);)",
-       0.2F,
-       ExtractionEnd::kNoRules,
-       {}}};
-  for (const Case& one : cases) {
-    std::filesystem::remove("Run.mdb");
-    MakeTerms(one.table);
-    request_.min_support = one.min_support;
-    EXPECT_EQ(Extract().run.end, one.end) << one.table;
-    const bool has_pairs = one.end == ExtractionEnd::kRules || one.end == ExtractionEnd::kNoRules;
-    EXPECT_EQ(std::filesystem::exists("Run.mdb"), has_pairs) << one.table;
-    EXPECT_EQ(Records("Rules.dat").empty(), one.rules.empty()) << one.table;  // never that of the run before
-    if (one.end == ExtractionEnd::kRules) {
-      EXPECT_EQ(Rows("Run.mdb", "SELECT ANTECEDENT,CONSEQUENT,SUPPORT,CONFIDENCE FROM Extracted"), one.rules);
-    }
+      {", A INT, B INT, D TEXT);INSERT INTO T VALUES (0,1,1,'1'),(1,1,1,'1'),(2,0,0,'1'),(3,0,0,'01');", 0.5F,
+       End::kRules, "2-|3-4-|0.5|1 3-|2-4-|0.5|1 4-|2-3-|0.5|0.666667"},
+      {", A SMALLINT, B SMALLINT);INSERT INTO T VALUES (1,1,1),(2,1,0),(3,1,0),(4,0,1),(5,0,1);", 0.2F,
+       End::kNoRules, ""}};
+  for (const auto& [table, min_support, end, rules] : cases) {
+    fs::remove("Run.mdb");
+    MakeTerms(std::string("CREATE TABLE T(\"Index\"") + table);
+    request_.min_support = min_support;
+    EXPECT_EQ(Extract().run.end, end) << table;
+    EXPECT_EQ(fs::exists("Run.mdb"), end == End::kRules || end == End::kNoRules) << table;
+    EXPECT_EQ(Records("Rules.dat").empty(), rules.empty()) << table;  // never that of the run before
+    if (end != End::kRules) continue;
+    const Texts stored = Rows("Run.mdb", kShown + " FROM Extracted");
+    EXPECT_EQ(fmt::format("{}", fmt::join(stored, " ")), rules);
   }
   MakeTerms(R"(CREATE TABLE T("Index", A SMALLINT, B BLOB);INSERT INTO T VALUES (1,1,1);)");
-  EXPECT_NE(MessageOf<DatabaseError>([this] { Extract(); }).find("neither numbers nor text"),
-            std::string::npos);
+  ExpectFault<DatabaseError>("neither numbers nor text", [this] { Extract(); });
 }
 
 // Each column implies all others, and their numbers begin at 4. Of 88 columns, the others of a number of one
 // figure take 256 characters and those of a number of two 255; of 90 all take more.
 TEST_F(ClosedExtractionTest, StoresSidesOf255Characters) {
   for (const auto& [count, stored] : {std::pair(88, 82), std::pair(90, 0)}) {
-    Texts terms = {"Before", "Also before"};
-    std::string columns;
-    std::string ones;
-    for (int i = 1; i <= count; ++i) {
-      terms.push_back(fmt::format("N{}", i));
-      columns += fmt::format(", N{} SMALLINT", i);
-      ones += ",1";
-    }
-    for (const char* const made : {"tax.mdb", "Run.mdb"}) std::filesystem::remove(made);
-    MakeTaxonomy(terms);
-    MakeTerms("CREATE TABLE T(\"Index\"" + columns + ");INSERT INTO T VALUES (1" + ones + ");");
+    MakeManyTerms(count, 1);
     const ClosedReport report = Extract();
     EXPECT_EQ(report.run.rules_stored, stored);
     EXPECT_EQ(report.too_long_rules, static_cast<std::uint64_t>(count - stored));
@@ -344,33 +271,10 @@ TEST_F(ClosedExtractionTest, StoresSidesOf255Characters) {
   }
 }
 
-// Ten terms at random in 60 rows.
-class LargeExtractionTest : public ClosedExtractionTest {
- protected:
-  LargeExtractionTest() {
-    Texts terms;
-    std::string sql = "CREATE TABLE T(\"Index\"";
-    for (int i = 1; i <= 10; ++i) {
-      terms.push_back(fmt::format("N{}", i));
-      sql += fmt::format(", N{} SMALLINT", i);
-    }
-    sql += ");";
-    MakeTaxonomy(terms);
-    std::mt19937 random(9);
-    for (int row = 1; row <= 60; ++row) {
-      sql += fmt::format("INSERT INTO T VALUES ({}", row);
-      for (int i = 1; i <= 10; ++i) sql += random() % 4 != 0 ? ",1" : ",0";
-      sql += ");";
-    }
-    MakeTerms(sql);
-  }
-};
-
-TEST_F(LargeExtractionTest, StoresTheShortestRulesWhenNotAllFit) {
-  request_.min_confidence = 0.01F;
+TEST_F(ClosedExtractionTest, StoresTheShortestRulesWhenNotAllFit) {
+  MakeManyTerms(10, 60);
   covers_only_ = false;
-  request_.min_support = 0.3F;
-  request_.most_rules = 1000;
+  request_ = {.table = "T", .min_support = 0.3F, .min_confidence = 0.01F, .most_rules = 1000};
   std::uint64_t told = 0;
   hooks_.will_not_fit = [&told](const TooManyRules& rules) { told = rules.found; };
   const ClosedReport report = Extract();
@@ -382,35 +286,24 @@ TEST_F(LargeExtractionTest, StoresTheShortestRulesWhenNotAllFit) {
   EXPECT_TRUE(std::ranges::is_sorted(sizes, {}, [](const std::string& text) { return std::stoi(text); }));
 }
 
-TEST_F(LargeExtractionTest, InterruptionsAndWrongNamesLeaveNothingHalfMade) {
-  const Texts before = {"state", "tax.mdb", "terms.mdb"};
+TEST_F(ClosedExtractionTest, InterruptionsAndWrongNamesLeaveNothingHalfMade) {
+  MakeManyTerms(10, 60);
   request_.min_support = 0.02F;
   request_.min_confidence = 0.01F;
-  std::set<std::string> stages;
-  for (int pulse = 0;; pulse += 1 + pulse / 10) {
-    RecordingProgress stopping;
-    stopping.interrupt_at = pulse;
-    try {
-      Extract(stopping);
-      break;
-    } catch (const Interrupted&) {
-      stages.insert(stopping.statuses.back());
-      EXPECT_EQ(FileNames("."), before) << pulse;
-      EXPECT_EQ(FileNames("state"), Texts{"ItemSets.lock"});
-    }
-  }
-  EXPECT_EQ(stages, (std::set<std::string>{"Checking items presence ...", "Searching for closed itemsets...",
-                                           "Generating rules ...."}));
+  EXPECT_EQ(StagesInterrupted([this](Progress& stopping) { ExtractBases(stopping); }),
+            (std::set<std::string>{"Checking items presence ...", "Searching for closed itemsets...",
+                                   "Generating rules ...."}));
   EXPECT_EQ(FileNames("."), kMade);
+  const auto extract = [this] { Extract(); };
   output_.path = "Rules.dat";
-  EXPECT_NE(MessageOf<InputError>([this] { Extract(); }).find("would replace"), std::string::npos);
-  std::filesystem::rename("terms.mdb", "FCI.dat");
-  std::filesystem::create_symlink("FCI.dat", "terms.mdb");
-  EXPECT_NE(MessageOf<InputError>([this] { Extract(); }).find("would replace this file"), std::string::npos);
-  std::filesystem::rename("FCI.dat", "terms.mdb");
-  std::filesystem::remove("Generator.dat");
-  std::filesystem::create_directory("Generator.dat");
-  EXPECT_NE(MessageOf<FileError>([this] { Extract(); }).find("cannot take Generator.dat"), std::string::npos);
+  ExpectFault<InputError>("would replace", extract);
+  fs::rename("terms.mdb", "FCI.dat");
+  fs::create_symlink("FCI.dat", "terms.mdb");
+  ExpectFault<InputError>("would replace this file", extract);
+  fs::rename("FCI.dat", "terms.mdb");
+  fs::remove("Generator.dat");
+  fs::create_directory("Generator.dat");
+  ExpectFault<FileError>("cannot take Generator.dat", extract);
 }
 
 }  // namespace selvane::tests
