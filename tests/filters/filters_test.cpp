@@ -2,8 +2,6 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <map>
-#include <random>
 
 #include "filters/cover_filter.h"
 #include "filters/mean_linkage.h"
@@ -207,9 +205,8 @@ TEST_F(FiltersTest, EqualThePlainWay) {
         for (const RuleNumber j : more) place = walk[depth].insert(place, {j, below}) + 1;
       }
     }
-    for (int depth = 0; depth < 3; ++depth) {
+    for (int depth = 0; depth < 3; ++depth)
       ASSERT_EQ(SpecificityFilter(rules, bound).Walk(ground, options, depth, progress), walk[depth]) << table;
-    }
 
     ItemRegistry items{{2, 3, 4, 5, 6}, {}, {}, RowBits(5, 200), 200, SIZE_MAX};
     std::map<NodeNumber, RowWord> rows;
