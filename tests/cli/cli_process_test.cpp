@@ -5,12 +5,9 @@
 #include <csignal>
 #include <cstdlib>
 
-#include "base/file.h"
 #include "taxonomy/taxonomy_files.h"
 
 namespace selvane::tests {
-
-using Texts = std::vector<std::string>;
 
 class CliProcessTest : public FolderTest {
  protected:
@@ -19,7 +16,7 @@ class CliProcessTest : public FolderTest {
     // Deep enough for every command to take some time.
     std::string lines;
     for (int i = 0; i < 3000; ++i)
-      lines += NodeLine("Term " + std::to_string(i), "C" + std::to_string(i % 90) + "." + std::to_string(i));
+      lines += NodeLine(fmt::format("Term {}", i), fmt::format("C{}.{}", i % 90, i));
     WriteText("tax.xml", lines);
   }
 
@@ -42,7 +39,7 @@ class CliProcessTest : public FolderTest {
 TEST_F(CliProcessTest, CtrlCLeavesNothingHalfMade) {
   int interrupted = 0;
   for (int delay = 0; delay < 12; ++delay) {
-    std::filesystem::remove("new.mdb");
+    fs::remove("new.mdb");
     const pid_t child = Start("taxonomy load tax.xml new.mdb");
     ::usleep(static_cast<useconds_t>(3000 * (1 << (delay / 2))));
     ::kill(child, delay % 2 == 0 ? SIGINT : SIGTERM);
@@ -55,8 +52,7 @@ TEST_F(CliProcessTest, CtrlCLeavesNothingHalfMade) {
       EXPECT_NE(ReadFile("err").find("interrupted"), std::string::npos);
       EXPECT_EQ(names, (Texts{"err", "tax.xml"}));
     } else {
-      EXPECT_TRUE(status == 1000 + SIGINT || status == 1000 + SIGTERM)
-          << status;  // before the program was ready
+      EXPECT_TRUE(status == 1000 + SIGINT || status == 1000 + SIGTERM) << status;  // it was not ready
     }
   }
   RecordProperty("interrupted", interrupted);
