@@ -20,21 +20,17 @@ TEST(Text, DecodesEveryKindOfInput) {
 }
 
 TEST(Text, EachEncodingHoldsWhatItCanAndMarksTheRest) {
-  const struct {
-    const char* utf8;
-    const char* code_page_1252;
-    const char* latin1;
-  } cases[] = {
-      {"\x7F", "\x7F", "\x7F"},       {"\xC2\x80", "?", "\x80"},  // the byte of the euro sign in code page
-                                                                  // 1252
-      {"\xC2\x81", "\x81", "\x81"},                               // one that has no sign there
-      {"\xC2\x9F", "?", "\x9F"},      {"\xC2\xA0", "\xA0", "\xA0"},        {"\xC3\xBF", "\xFF", "\xFF"},
+  const std::tuple<const char*, const char*, const char*> cases[] = {
+      {"\x7F", "\x7F", "\x7F"},
+      {"\xC2\x80", "?", "\x80"},     // the byte of the euro sign in code page 1252
+      {"\xC2\x81", "\x81", "\x81"},  // one that has no sign there
+      {"\xC2\x9F\xC2\xA0\xC3\xBF", "?\xA0\xFF", "\x9F\xA0\xFF"},
       {"\xC4\x80", "?", "&#256;"},  // U+0100, whose low byte is 0
-      {"\xC5\x92", "\x8C", "&#338;"}, {"\xE2\x82\xAC", "\x80", "&#8364;"}, {"a\xFF", "a?", "a?"},
-  };
-  for (const auto& one : cases) {
-    EXPECT_EQ(ToCodePage1252(one.utf8), one.code_page_1252) << one.latin1;
-    EXPECT_EQ(ToLatin1(one.utf8), one.latin1);
+      {"\xC5\x92\xE2\x82\xAC", "\x8C\x80", "&#338;&#8364;"},
+      {"a\xFF", "a?", "a?"}};
+  for (const auto& [utf8, code_page_1252, latin1] : cases) {
+    EXPECT_EQ(ToCodePage1252(utf8), code_page_1252) << latin1;
+    EXPECT_EQ(ToLatin1(utf8), latin1);
   }
 }
 

@@ -1,11 +1,6 @@
 #include "closed/closed_itemset_search.h"
 
-#include <fmt/format.h>
 #include <fmt/ranges.h>
-
-#include <map>
-#include <random>
-#include <set>
 
 #include "closed/itemset_sorter.h"
 #include "support/test_support.h"
@@ -164,9 +159,9 @@ TEST_F(ItemsetSorterTest, OrdersMoreRecordsThanItHolds) {
       }
     });
     EXPECT_TRUE(std::next(bucket) == expected.end() && next == bucket->second.size());
-    EXPECT_GT(std::filesystem::file_size("sorted.dat"), 500000U);
+    EXPECT_GT(fs::file_size("sorted.dat"), 500000U);
   }
-  EXPECT_FALSE(std::filesystem::exists("sorted.dat"));
+  EXPECT_FALSE(fs::exists("sorted.dat"));
 }
 
 }  // namespace selvane::tests

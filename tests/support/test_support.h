@@ -75,22 +75,6 @@ Texts Rows(const std::filesystem::path& path, std::string_view sql);
 // Makes a database by statements of the engine's own dialect, as another program would.
 void MakeForeignDatabase(const std::filesystem::path& path, const std::string& sql);
 
-// The text of the DatabaseError, FileError or other Error that the call throws; fails the test when it does
-// not.
-template <typename Kind, typename Call>
-std::string MessageOf(const Call& call) {
-  try {
-    call();
-  } catch (const Kind& error) {
-    return error.what();
-  } catch (const std::exception& error) {
-    ADD_FAILURE() << "another error: " << error.what();
-    return {};
-  }
-  ADD_FAILURE() << "no error";
-  return {};
-}
-
 // Expects the call to throw an error of this kind that tells of `part`.
 template <typename Kind, typename Call>
 void ExpectFault(std::string_view part, const Call& call) {
