@@ -20,7 +20,8 @@ class PmmlTest : public FolderTest {
     store_.SetSourceTable("R_1");
     info_ = {"T", "5", "0,2", "0.5", {"Diseases"}, {0, 0, 3, 0}, {1, 5}};
   }
-  void Insert(std::vector<std::int32_t> antecedent, std::vector<std::int32_t> consequent, float pa = 0.4F) {
+  void Insert(const std::vector<std::int32_t>& antecedent, const std::vector<std::int32_t>& consequent,
+              float pa = 0.4F) {
     const auto size = [](const auto& side) { return static_cast<std::int32_t>(side.size()); };
     store_.InsertRule({antecedent, consequent, 0.2F, 0.5F, pa, 0.6F, size(antecedent), size(consequent)});
   }

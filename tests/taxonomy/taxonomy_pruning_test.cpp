@@ -15,6 +15,7 @@ Texts PlainPrune(const std::vector<TaxonomyNode>& rows, const std::vector<NodeNu
     });
   }
   Texts codes;
+  codes.reserve(left.size());
   for (const auto& row : left) codes.push_back(row.code);
   return codes;
 }

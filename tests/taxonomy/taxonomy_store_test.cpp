@@ -103,7 +103,7 @@ TEST_F(TaxonomyStoreTest, RendersWithTheLastAndCut) {
 }
 
 TEST_F(TaxonomyStoreTest, BringsBackWhatTermsNeed) {
-  const char* const kNodes = "SELECT Index,FatherId,Canonical FROM Taxonomy ORDER BY FatherId";
+  constexpr const char* kNodes = "SELECT Index,FatherId,Canonical FROM Taxonomy ORDER BY FatherId";
   const Texts before = Rows("tax.mdb", kNodes);
   Database::Open("tax.mdb", OpenMode::kWritable).Execute("DELETE * FROM Taxonomy WHERE FatherId Like 'C.2*'");
   const std::pair<Texts, Texts> cases[] = {

@@ -18,7 +18,7 @@ class TermDatabaseWindowTest : public WindowTest {
 };
 
 TEST_F(TermDatabaseWindowTest, MakesTheTableThatTheCommandLineMakes) {
-  const char* const kAskOutput = "save: Saving mesh-terms in abstracts on database : ";
+  constexpr const char* kAskOutput = "save: Saving mesh-terms in abstracts on database : ";
   MakeTaxonomy();
   MakeTerms();
   window.show();
