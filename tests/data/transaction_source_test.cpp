@@ -54,18 +54,16 @@ TEST_F(TransactionSourceTest, ListsTablesAndItems) {
 }
 
 TEST_F(TransactionSourceTest, FindsTheRowsOfOneItem) {
-  std::vector<std::uint16_t> ids = {99};
-  std::string name;
-  source_.ItemRowIds("first", 1, ids, name);
-  EXPECT_EQ(name, "Fever [high], acute");
-  EXPECT_EQ(ids, (std::vector<std::uint16_t>{3, 9}));
-  source_.ItemRowIds("first", 2, ids, name);
-  EXPECT_EQ(ids, (std::vector<std::uint16_t>{3, 9}));  // 01 is another text
-  source_.ItemRowIds("cASES", 1, ids, name);
-  EXPECT_EQ(name, "COUGH");
-  EXPECT_EQ(ids, std::vector<std::uint16_t>{4});
-  EXPECT_THROW(source_.ItemRowIds("first", 3, ids, name), DatabaseError);
-  EXPECT_THROW(source_.ItemRowIds("first", 9, ids, name), DatabaseError);
+  using Ids = std::vector<std::uint16_t>;
+  const auto ask = [this](std::string_view table, int position) {
+    std::pair<std::string, Ids> found = {"", {99}};
+    source_.ItemRowIds(table, position, found.second, found.first);
+    return found;
+  };
+  EXPECT_EQ(ask("first", 1), std::pair(std::string("Fever [high], acute"), Ids{3, 9}));
+  EXPECT_EQ(ask("first", 2).second, (Ids{3, 9}));  // 01 is another text
+  EXPECT_EQ(ask("cASES", 1), std::pair(std::string("COUGH"), Ids{4}));
+  for (const int position : {3, 9}) EXPECT_THROW(ask("first", position), DatabaseError);
 }
 
 TEST_F(TransactionSourceTest, ColumnsInARowGiveWhatEachGivesAlone) {
