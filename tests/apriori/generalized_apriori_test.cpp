@@ -122,24 +122,21 @@ class GeneralizedAprioriTest : public FolderTest {};
 TEST_F(GeneralizedAprioriTest, EqualsThePlainSearchByteForByte) {
   std::uint64_t large = 0;
   for (unsigned seed = 0; seed < 160; ++seed) {
-    const std::string input = MakeRandomInput(seed);
-    const TaxonomyStore taxonomy("tax.mdb");
-    TransactionSource source;
-    source.Open("terms.mdb");
+    RandomInput input(seed);
     const float support = std::vector<float>{0.05F, 0.2F, 0.3F, 0.5F}[seed % 4];
     const bool generalize = seed % 3 != 0;
-    GeneralizedApriori engine(source, "T", support, taxonomy, generalize, "ItemSets.dat");
+    GeneralizedApriori engine(input.source, "T", support, input.taxonomy, generalize, "ItemSets.dat");
     SilentProgress progress;
     const AprioriSummary found = engine.Run(progress);
     if (found.itemsets_written > 500) continue;  // the plain way is quadratic
-    PlainApriori plain(source, taxonomy, support, generalize);
+    PlainApriori plain(input.source, input.taxonomy, support, generalize);
     plain.Run();
-    ASSERT_EQ(found.direct_items, plain.direct) << input;
-    ASSERT_EQ(found.generalized_items, plain.generalized) << input;
+    ASSERT_EQ(found.direct_items, plain.direct) << input.text;
+    ASSERT_EQ(found.generalized_items, plain.generalized) << input.text;
     ASSERT_EQ(found.row_count, plain.rows);
     ASSERT_EQ(found.single_items, plain.singles);
-    ASSERT_EQ(found.itemsets_written, plain.written) << input;
-    ASSERT_TRUE(ReadFile("ItemSets.dat") == plain.bytes) << input;
+    ASSERT_EQ(found.itemsets_written, plain.written) << input.text;
+    ASSERT_TRUE(ReadFile("ItemSets.dat") == plain.bytes) << input.text;
     large += plain.written - plain.singles;
   }
   EXPECT_GT(large, 5000U);  // the cases are worth comparing

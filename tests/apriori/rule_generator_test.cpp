@@ -93,12 +93,10 @@ class RuleGeneratorTest : public FolderTest {};
 TEST_F(RuleGeneratorTest, EqualsLookingEveryCountUp) {
   std::size_t total = 0;
   for (unsigned seed = 0; seed < 60; ++seed) {
-    const std::string input = MakeRandomInput(seed);
-    const TaxonomyStore taxonomy("tax.mdb");
-    TransactionSource source;
-    source.Open("terms.mdb");
+    RandomInput input(seed);
     SilentProgress progress;
-    GeneralizedApriori engine(source, "T", seed % 2 == 0 ? 0.2F : 0.4F, taxonomy, seed % 3 != 0, "sets.dat");
+    GeneralizedApriori engine(input.source, "T", seed % 2 == 0 ? 0.2F : 0.4F, input.taxonomy, seed % 3 != 0,
+                              "sets.dat");
     const AprioriSummary found = engine.Run(progress);
     if (found.itemsets_written > 400) continue;  // the plain way is quadratic
     const float confidence = std::vector<float>{0.01F, 0.5F, 0.75F, 1.0F}[seed % 4];
@@ -109,13 +107,13 @@ TEST_F(RuleGeneratorTest, EqualsLookingEveryCountUp) {
     for (const auto& [file_budget, scan_budget] : budgets) {
       RulesStore store;
       MakeStore(store);
-      RuleGenerator generator(confidence, taxonomy, found.row_count,
+      RuleGenerator generator(confidence, input.taxonomy, found.row_count,
                               {"sets.dat", found.itemsets_written, file_budget, scan_budget, kMostRules});
-      ASSERT_EQ(generator.Tally(progress).total(), plain.size()) << input;
+      ASSERT_EQ(generator.Tally(progress).total(), plain.size()) << input.text;
       RecordingProgress recorded;
       ASSERT_EQ(generator.Generate(store, {}, recorded), static_cast<long>(plain.size()));
       ASSERT_EQ(recorded.steps, static_cast<int>(found.itemsets_written));
-      ASSERT_EQ(StoredRules(store), plain) << input;
+      ASSERT_EQ(StoredRules(store), plain) << input.text;
     }
   }
   EXPECT_GT(total, 3000U);

@@ -36,4 +36,12 @@ inline std::string MakeRandomInput(unsigned seed) {
   return "seed " + std::to_string(seed) + "\n" + lines + sql;
 }
 
+// The same, opened.
+struct RandomInput {
+  explicit RandomInput(unsigned seed) : text(MakeRandomInput(seed)) { source.Open("terms.mdb"); }
+  std::string text;
+  TaxonomyStore taxonomy{"tax.mdb"};
+  TransactionSource source;
+};
+
 }  // namespace selvane
