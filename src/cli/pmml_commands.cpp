@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "base/error.h"
+#include "base/file.h"
 #include "cli/cli.h"
 #include "pmml/pmml11_writer.h"
 #include "pmml/pmml44_writer.h"

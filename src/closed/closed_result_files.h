@@ -6,7 +6,7 @@
 #include <optional>
 #include <string_view>
 
-#include "base/file.h"
+#include "base/new_file.h"
 #include "itemsets/itemset_file.h"
 
 namespace selvane {

@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "base/file.h"
+#include "base/new_file.h"
 #include "data/bulk_insert.h"
 #include "data/database_error.h"
 #include "data/recordset.h"

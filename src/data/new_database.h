@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <functional>
 
-#include "base/file.h"
+#include "base/new_file.h"
 
 namespace selvane {
 

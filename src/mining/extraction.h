@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "base/file.h"
 #include "base/fraction.h"
+#include "base/new_file.h"
 #include "rules/rule_line.h"
 #include "rules/rule_tally.h"
 #include "rules/rules_store.h"

@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "base/error.h"
+#include "base/file.h"
 #include "base/text.h"
 #include "data/database_error.h"
 #include "data/new_database.h"

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "base/file.h"
+#include "base/new_file.h"
 #include "base/text.h"
 #include "itemsets/itemset_file.h"
 #include "ui/framed.h"

@@ -7,6 +7,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "base/file.h"
 #include "pmml/pmml11_writer.h"
 #include "ui/framed.h"
 #include "ui/qt_text.h"

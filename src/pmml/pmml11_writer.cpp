@@ -4,6 +4,7 @@
 
 #include <unordered_map>
 
+#include "base/file.h"
 #include "base/text.h"
 #include "pmml/pmml_model.h"
 #include "rules/rule_list.h"

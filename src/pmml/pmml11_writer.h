@@ -5,7 +5,7 @@
 #include <functional>
 #include <string_view>
 
-#include "base/file.h"
+#include "base/new_file.h"
 #include "base/progress.h"
 #include "rules/rules_info.h"
 #include "rules/rules_store.h"

@@ -6,6 +6,7 @@
 #include <optional>
 #include <set>
 
+#include "base/file.h"
 #include "base/text.h"
 #include "measures/measures.h"
 #include "rules/rule_list.h"

@@ -4,7 +4,7 @@
 #include <filesystem>
 
 #include "base/clock.h"
-#include "base/file.h"
+#include "base/new_file.h"
 #include "base/progress.h"
 #include "pmml/pmml_model.h"
 #include "rules/rules_store.h"

@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "base/error.h"
+#include "base/file.h"
 #include "base/text.h"
 #include "data/new_database.h"
 #include "data/sql_dialect.h"

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "base/file.h"
+#include "base/new_file.h"
 #include "base/progress.h"
 #include "pmml/pmml_model.h"
 #include "rules/rules_store.h"

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "base/error.h"
+#include "base/new_file.h"
 #include "base/text.h"
 #include "data/object_archive.h"
 

@@ -8,6 +8,7 @@
 #include <unordered_set>
 
 #include "base/file.h"
+#include "base/new_file.h"
 
 namespace selvane {
 

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "base/file.h"
+#include "base/new_file.h"
 #include "base/progress.h"
 
 namespace selvane {

@@ -7,6 +7,7 @@
 #include <numeric>
 #include <unordered_set>
 
+#include "base/file.h"
 #include "base/text.h"
 #include "data/bulk_insert.h"
 #include "data/new_database.h"

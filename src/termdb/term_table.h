@@ -11,7 +11,7 @@
 
 #include "base/clock.h"
 #include "base/error.h"
-#include "base/file.h"
+#include "base/new_file.h"
 #include "base/progress.h"
 #include "taxonomy/taxonomy_store.h"
 

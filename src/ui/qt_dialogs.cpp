@@ -4,6 +4,7 @@
 #include <QGridLayout>
 #include <QMessageBox>
 
+#include "base/new_file.h"
 #include "ui/qt_text.h"
 
 namespace selvane {

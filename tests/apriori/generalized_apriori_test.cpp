@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/file.h"
 #include "support/random_tables.h"
 
 namespace selvane::tests {

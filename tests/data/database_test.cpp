@@ -3,6 +3,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "base/file.h"
 #include "data/new_database.h"
 #include "data/recordset.h"
 #include "data/statement.h"

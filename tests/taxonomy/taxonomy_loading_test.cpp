@@ -1,5 +1,6 @@
 #include "taxonomy/taxonomy_loading.h"
 
+#include "base/file.h"
 #include "base/text.h"
 #include "data/bulk_insert.h"
 #include "data/recordset.h"
