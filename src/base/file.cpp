@@ -100,7 +100,7 @@ void FileDescriptor::Close() noexcept {
 
 OutputFile::OutputFile(std::filesystem::path path)
     : path_(std::move(path)),
-      file_(OpenFile(path_, O_WRONLY | O_CREAT | O_TRUNC, "create")),
+      file_(OpenFile(path_, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW, "create")),
       buffer_(kBufferSize) {}
 
 // A large piece is written as it is, when nothing before it is waiting any more.
@@ -123,7 +123,9 @@ void OutputFile::WriteOut(std::string_view bytes) {
 void OutputFile::Close() {
   if (!file_.IsOpen()) return;
   WriteOut({buffer_.data(), std::exchange(used_, 0)});
-  file_.Close();
+  // Some file systems tell only now that the bytes have found no place.
+  const int descriptor = file_.Release();
+  if (::close(descriptor) != 0 && errno != EINTR) Fail("write", path_, errno);
 }
 
 InputFile::InputFile(std::filesystem::path path)
@@ -160,5 +162,28 @@ bool InputFile::Read(std::span<char> bytes) {
 FileLock::FileLock(const std::filesystem::path& path)
     : file_(OpenFile(path, O_RDWR | O_CREAT, "create")),
       held_(::flock(file_.get(), LOCK_EX | LOCK_NB) == 0) {}
+
+bool IsNamed(const FileDescriptor& file, const std::filesystem::path& path) {
+  struct stat open_file {};
+  struct stat named {};
+  return ::fstat(file.get(), &open_file) == 0 && ::lstat(path.c_str(), &named) == 0 &&
+         open_file.st_ino == named.st_ino && open_file.st_dev == named.st_dev;
+}
+
+OutputLock::OutputLock(const std::filesystem::path& output) : path_(output) {
+  path_ += ".lock";
+  // The one before may have removed the file between our opening and locking it: then it locks nobody out.
+  do {
+    file_ = OpenFile(path_, O_RDWR | O_CREAT | O_NOFOLLOW, "create");
+    if (::flock(file_.get(), LOCK_EX | LOCK_NB) != 0) {
+      throw FileError(fmt::format(
+          "{}: another run is making this file; wait until it has ended, then try again", output.string()));
+    }
+  } while (!IsNamed(file_, path_));
+}
+
+OutputLock::~OutputLock() {
+  ::unlink(path_.c_str());
+}
 
 }  // namespace selvane

@@ -38,13 +38,14 @@ class FileDescriptor {
   bool IsOpen() const { return descriptor_ >= 0; }
   int get() const { return descriptor_; }
   void Close() noexcept;
-
- private:
+  // Hands the descriptor over to the caller.
   int Release() noexcept {
     const int descriptor = descriptor_;
     descriptor_ = -1;
     return descriptor;
   }
+
+ private:
   int descriptor_ = -1;
 };
 
@@ -110,5 +111,22 @@ class FileLock {
   FileDescriptor file_;
   bool held_ = false;
 };
+
+// The lock of a file in the making, NAME.lock beside it, which goes with this. Throws FileError when another
+// process holds it, or when it cannot be made.
+class OutputLock {
+ public:
+  explicit OutputLock(const std::filesystem::path& output);
+  OutputLock(const OutputLock&) = delete;
+  OutputLock& operator=(const OutputLock&) = delete;
+  ~OutputLock();
+
+ private:
+  std::filesystem::path path_;
+  FileDescriptor file_;
+};
+
+// True while the name leads to the open file and to no other.
+bool IsNamed(const FileDescriptor& file, const std::filesystem::path& path);
 
 }  // namespace selvane

@@ -1,8 +1,11 @@
-// New files that get their names only when they are complete.
+// New files that get their names only when they are complete: one alone, or several as one thing.
 #pragma once
 
 #include <filesystem>
+#include <span>
 #include <string_view>
+
+#include "base/file.h"
 
 namespace selvane {
 
@@ -17,26 +20,49 @@ inline constexpr std::string_view kTakenReason =
 // Throws FileError when the name is taken and the file there is not to be replaced.
 void CheckIsFree(const std::filesystem::path& path, ExistingFile existing);
 
-// A new file that appears under its name only when it is complete: it is made under a temporary name in the
-// same folder, and removed unless it is committed.
+// A file in the making, under a temporary name in the folder of the file that it becomes: NAME, the process,
+// a random part, ".part". It is held by a lock as long as this lives and removed unless it is committed. What
+// a process that was killed has left is removed by the next that makes the same file.
+//
+// A link is followed: its target is what is replaced. What is replaced keeps its permissions. Only plain
+// files are replaced, and none that is write-protected.
 class NewFile {
  public:
-  // Throws FileError when the file is there already and is not to be replaced, or the path is empty.
-  NewFile(std::filesystem::path path, ExistingFile existing);
+  // Makes the empty temporary file. Throws FileError when the path is empty or its folder is not there, when
+  // a file of its name is not to be replaced, or may not be.
+  NewFile(const std::filesystem::path& path, ExistingFile existing);
   NewFile(const NewFile&) = delete;
   NewFile& operator=(const NewFile&) = delete;
   ~NewFile();
 
+  // The name that the file gets, with links followed.
+  const std::filesystem::path& path() const { return path_; }
   // Where to write until the commit.
   const std::filesystem::path& temporary() const { return temporary_; }
-  // Gives the complete, closed file its name. Throws FileError.
+  // Gives the complete, closed file its name: the disk has it before it is named, and its name when this
+  // returns. Throws FileError.
   void Commit();
 
  private:
+  friend void CommitTogether(std::span<NewFile* const> files);
+
+  // The steps of a commit. Up to Name nothing is changed but the temporary file.
+  void Prepare();
+  void Name();
+  void TakeNameBack() noexcept;
+  void Forget() noexcept;
+  void CheckTarget() const;
+
   std::filesystem::path path_;
   std::filesystem::path temporary_;
   ExistingFile existing_;
-  bool committed_ = false;
+  FileDescriptor file_;
+  enum class State { kUnnamed, kNamed, kExchanged, kFinal } state_ = State::kUnnamed;
 };
+
+// Gives several complete, closed files their names in this order, as one: when one cannot be named, those
+// before it get what they replaced back. A crash meanwhile can leave names of both sets, which their readers
+// must be able to tell. Throws FileError.
+void CommitTogether(std::span<NewFile* const> files);
 
 }  // namespace selvane

@@ -44,7 +44,7 @@ void KeepCopy(const fs::path& itemsets, const fs::path& copy) {
   if (copy.empty()) return;
   NewFile file(copy, ExistingFile::kRefuse);
   std::error_code error;
-  fs::copy_file(itemsets, file.temporary(), error);
+  fs::copy_file(itemsets, file.temporary(), fs::copy_options::overwrite_existing, error);
   if (error)
     throw FileError(fmt::format("{}: cannot keep the itemset file: {}", copy.string(), error.message()));
   file.Commit();
