@@ -58,6 +58,12 @@ void LockWholeFile(LockedConnection& connection) {
   }
 }
 
+bool IsEmptyFile(const std::filesystem::path& path) {
+  std::error_code error;
+  return std::filesystem::is_regular_file(std::filesystem::symlink_status(path, error)) &&
+         std::filesystem::file_size(path, error) == 0;
+}
+
 }  // namespace
 
 Database::Database(std::shared_ptr<Connection> connection) : connection_(std::move(connection)) {}
@@ -75,7 +81,7 @@ const std::filesystem::path& Database::path() const {
 
 Database Database::Create(const std::filesystem::path& path, std::string_view locale) {
   if (path.empty()) throw DatabaseError(path, kNoName);
-  if (IsTaken(path)) throw DatabaseError(path, kTakenReason);
+  if (IsTaken(path) && !IsEmptyFile(path)) throw DatabaseError(path, kTakenReason);
   // The engine says no more than that it cannot open the file.
   const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
   if (!std::filesystem::is_directory(folder)) {
@@ -116,6 +122,14 @@ Database Database::Open(const std::filesystem::path& path, OpenMode mode) {
     throw DatabaseError(path,
                         "the file is write-protected; copy it to a folder of your own and use the copy");
   }
+  return Database(std::move(connection));
+}
+
+Database Database::OpenToReplace(const std::filesystem::path& path) {
+  auto connection = Connect(path, SQLITE_OPEN_READWRITE);
+  // In the engine's ordinary locking mode, as in the exclusive one a journal outlives its transaction.
+  // Nothing is written, so the transaction makes no journal of its own.
+  connection->Run("SELECT count(*) FROM sqlite_schema; PRAGMA journal_mode=DELETE; BEGIN EXCLUSIVE;", {});
   return Database(std::move(connection));
 }
 

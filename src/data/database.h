@@ -27,10 +27,15 @@ inline constexpr std::string_view kGeneralLocale = ";LANGID=0x0409;CP=1252;COUNT
 // Every operation throws DatabaseError when it fails, with what was complete before left in the file.
 class Database {
  public:
-  // Makes a new, empty database file. Fails when the file is there already.
+  // Makes a new, empty database file. Fails when the file is there already, unless it holds nothing: a file
+  // in the making is there before it is a database.
   static Database Create(const std::filesystem::path& path, std::string_view locale = kGeneralLocale);
   // Opens an existing file. Fails when there is none, it is no database, or somebody has it open.
   static Database Open(const std::filesystem::path& path, OpenMode mode);
+
+  // Opens one whose place another file is to take, and locks it without changing it: what a crash or another
+  // program has left in a journal or log beside it is brought in, and these files are gone.
+  static Database OpenToReplace(const std::filesystem::path& path);
 
   Database(Database&&) noexcept;
   Database& operator=(Database&&) noexcept;
