@@ -2,7 +2,7 @@
 # Installs what building and testing need from the system's packages; with --lint also what scripts/lint.sh
 # needs, with --package what scripts/package.sh needs. Does nothing when all is there.
 set -eu
-packages="g++ cmake ninja-build sqlite3 libsqlite3-dev libfmt-dev libcli11-dev nlohmann-json3-dev libpugixml-dev
+packages="g++ cmake ninja-build sqlite3 libsqlite3-dev libfmt-dev libcli11-dev nlohmann-json3-dev libpugixml-dev libxxhash-dev pkg-config
           libgtest-dev libgmock-dev libbenchmark-dev clang-format
           qt6-base-dev libqt6svg6 fonts-dejavu-core"
 for argument; do

@@ -9,6 +9,7 @@
 #include "pmml/pmml11_writer.h"
 #include "pmml/pmml44_writer.h"
 #include "pmml/pmml_reader.h"
+#include "rules/new_rules_database.h"
 
 namespace selvane {
 
@@ -31,7 +32,7 @@ void Export(const ExportOptions& options, const CliContext& context) {
   CheckIsNoInput(options.output, {options.rules, options.taxonomy, RulesInfoPath(options.rules)});
   RulesStore rules;
   rules.OpenRulesDatabase(options.rules);
-  const RulesInfo info = ReadRulesInfo(options.rules);
+  const RulesInfo info = ReadInfoOf(rules);
   const std::string table = ChooseTable(rules.ListRulesTables(), options.table, options.rules);
   rules.OpenRulesTable(table);
   const TaxonomyStore taxonomy(options.taxonomy);
@@ -71,6 +72,9 @@ struct ImportOptions {
 };
 
 void Import(const ImportOptions& options, const CliContext& context) {
+  for (const fs::path& made : {options.output, RulesInfoPath(options.output)}) {
+    CheckIsNoInput(made, {options.file, options.taxonomy});
+  }
   const PmmlFile file(options.file);
   const PmmlHead head = file.ReadHead(context.progress);
   const TaxonomyStore taxonomy(options.taxonomy);

@@ -15,6 +15,7 @@
 #include "closed/closed_result_files.h"
 #include "mining/apriori_extraction.h"
 #include "mining/closed_extraction.h"
+#include "rules/new_rules_database.h"
 #include "rules/rule_list.h"
 #include "rules/rule_order.h"
 #include "rules/rules_info.h"
@@ -204,8 +205,10 @@ void List(const fs::path& database, const CliContext& context) {
   RulesInfo info;
   std::string missing;
   try {
-    info = ReadRulesInfo(database);
+    info = ReadInfoOf(rules);
   } catch (const FileError& error) {
+    missing = error.what();
+  } catch (const InputError& error) {
     missing = error.what();
   }
   for (const std::string& table : rules.ListRulesTables()) {

@@ -43,8 +43,10 @@ void ClosedResultFiles::Close() {
   for (auto& file : files_) file->records.Close();
 }
 
-void ClosedResultFiles::Commit() {
-  for (auto& file : files_) file->made.Commit();
+std::vector<NewFile*> ClosedResultFiles::files() {
+  std::vector<NewFile*> all;
+  for (auto& file : files_) all.push_back(&file->made);
+  return all;
 }
 
 }  // namespace selvane

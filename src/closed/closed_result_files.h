@@ -5,14 +5,15 @@
 #include <filesystem>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include "base/new_file.h"
 #include "itemsets/itemset_file.h"
 
 namespace selvane {
 
-// The files that stay in the current folder. They appear, all together, at the commit. Throws FileError,
-// which names the folder when it takes no files.
+// The files that stay in the current folder. They appear when their caller commits them, all together. Throws
+// FileError, which names the folder when it takes no files.
 class ClosedResultFiles {
  public:
   static constexpr std::array<const char*, 5> kNames = {"FCI.dat", "Generator.dat", "ExactRules.dat",
@@ -26,7 +27,8 @@ class ClosedResultFiles {
   void Close();
   // The file of closed itemsets before the commit.
   const std::filesystem::path& closed_itemsets() const { return files_[kClosed]->made.temporary(); }
-  void Commit();
+  // All of them, to be named with what else the run makes.
+  std::vector<NewFile*> files();
 
  private:
   // Places in kNames.

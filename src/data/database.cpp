@@ -125,6 +125,16 @@ Database Database::Open(const std::filesystem::path& path, OpenMode mode) {
   return Database(std::move(connection));
 }
 
+// Asked of the engine: were the file read beside it, closing it would free the locks that the engine holds on
+// it for this process.
+bool Database::IsOne(const std::filesystem::path& path) {
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(path, error) || IsEmptyFile(path)) return false;
+  const std::shared_ptr<LockedConnection> connection = Connect(path, SQLITE_OPEN_READONLY);
+  sqlite3_exec(connection->handle.get(), "SELECT count(*) FROM sqlite_schema", nullptr, nullptr, nullptr);
+  return sqlite3_errcode(connection->handle.get()) != SQLITE_NOTADB;
+}
+
 Database Database::OpenToReplace(const std::filesystem::path& path) {
   auto connection = Connect(path, SQLITE_OPEN_READWRITE);
   // In the engine's ordinary locking mode, as in the exclusive one a journal outlives its transaction.

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -33,6 +34,8 @@ class Database {
   // Opens an existing file. Fails when there is none, it is no database, or somebody has it open.
   static Database Open(const std::filesystem::path& path, OpenMode mode);
 
+  // True for a file that is a database, open elsewhere or not.
+  static bool IsOne(const std::filesystem::path& path);
   // Opens one whose place another file is to take, and locks it without changing it: what a crash or another
   // program has left in a journal or log beside it is brought in, and these files are gone.
   static Database OpenToReplace(const std::filesystem::path& path);
@@ -76,6 +79,10 @@ class Database {
   void SetQuery(std::string_view name, std::string_view sql);
   std::string QueryText(std::string_view name) const;
   void ExecuteQuery(std::string_view name);
+
+  // What we note of the file itself: a name and a text, in a table of our own that is not listed.
+  void SetNote(std::string_view name, std::string_view text);
+  std::optional<std::string> FindNote(std::string_view name) const;
 
   // Low-level access for the classes of this folder.
   const std::shared_ptr<Connection>& connection() const { return connection_; }

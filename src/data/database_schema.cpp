@@ -1,6 +1,9 @@
 // The part of Database that knows tables, fields, indexes and saved queries.
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <array>
+
 #include "base/text.h"
 #include "data/database.h"
 #include "data/database_error.h"
@@ -10,8 +13,8 @@ namespace selvane {
 
 namespace {
 
-// Tables of ours that users are not to see begin with it.
-constexpr std::string_view kOwnTables = "sys_";
+// Our own tables, which users are not to see. By their whole names: a table of theirs may begin like one.
+constexpr std::array<std::string_view, 3> kOwnTables = {"sys_Locale", "sys_Queries", "sys_Notes"};
 
 // The declared type and the check that the file itself makes on every row, whoever writes it.
 std::string Declaration(const Field& field) {
@@ -54,7 +57,8 @@ Field FieldOf(std::string name, std::string_view declared) {
 }
 
 std::uint32_t AttributesOf(std::string_view name, std::string_view kind) {
-  if (name.starts_with("sqlite_") || name.starts_with(kOwnTables)) return kSystemTable;
+  const bool is_own = std::find(kOwnTables.begin(), kOwnTables.end(), name) != kOwnTables.end();
+  if (name.starts_with("sqlite_") || is_own) return kSystemTable;
   if (kind == "view" || kind == "virtual") return kLinkedTable;
   return kind == "shadow" ? kHiddenTable : 0;
 }
@@ -161,6 +165,23 @@ std::string Database::QueryText(std::string_view name) const {
 
 void Database::ExecuteQuery(std::string_view name) {
   Execute(QueryText(name));
+}
+
+void Database::SetNote(std::string_view name, std::string_view text) {
+  connection_->Run(
+      "CREATE TABLE IF NOT EXISTS \"sys_Notes\" (\"Name\" TEXT PRIMARY KEY, \"Text\" TEXT) WITHOUT ROWID");
+  Statement insert(connection_, "INSERT OR REPLACE INTO \"sys_Notes\" VALUES (?, ?)");
+  insert.BindText(0, name);
+  insert.BindText(1, text);
+  insert.Execute();
+}
+
+std::optional<std::string> Database::FindNote(std::string_view name) const {
+  if (!HasTable("sys_Notes")) return std::nullopt;
+  Statement find(connection_, "SELECT \"Text\" FROM \"sys_Notes\" WHERE \"Name\" = ?");
+  find.BindText(0, name);
+  if (!find.Step()) return std::nullopt;
+  return std::string(find.ColumnText(0));
 }
 
 }  // namespace selvane

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include <array>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -28,27 +28,33 @@ void CheckSideFiles(const fs::path& path) {
   }
 }
 
-// True for the first bytes of every database of the engine.
-bool IsDatabase(const fs::path& path) {
-  constexpr std::string_view kMagic("SQLite format 3\0", 16);
-  std::array<char, kMagic.size()> begin{};
-  std::error_code error;
-  return fs::is_regular_file(path, error) && InputFile(path).Read(begin) &&
-         std::string_view(begin.data(), begin.size()) == kMagic;
-}
-
 }  // namespace
 
-NewDatabase::NewDatabase(const fs::path& path, ExistingFile existing) {
+NewDatabase::NewDatabase(const fs::path& path, ExistingFile existing) : path_(path) {
   if (path.empty()) throw DatabaseError(path, "no file was named; choose a database file and try again");
   try {
     lock_.emplace(path);
     file_.emplace(path, existing);
-    if (existing == ExistingFile::kReplace && IsDatabase(path)) replaced_ = Database::OpenToReplace(path);
+    if (existing == ExistingFile::kReplace && Database::IsOne(path))
+      replaced_ = Database::OpenToReplace(path);
   } catch (const FileError& error) {
-    throw DatabaseError({}, error.what());
+    // As an error of the database it names the file by itself.
+    std::string_view reason = error.what();
+    const std::string prefix = path.string() + ": ";
+    if (reason.starts_with(prefix)) reason.remove_prefix(prefix.size());
+    throw DatabaseError(path, reason);
   }
   CheckSideFiles(file_->path());
+}
+
+void NewDatabase::Make(const std::function<void(const fs::path&)>& make) {
+  try {
+    make(temporary());
+  } catch (const DatabaseError& error) {
+    // The user knows nothing of a temporary name; errors of other files are told as they are.
+    if (error.file() != temporary()) throw;
+    throw DatabaseError(path_, error.reason(), error.statement());
+  }
 }
 
 void NewDatabase::Commit(std::span<NewFile* const> others) {
@@ -61,13 +67,7 @@ void NewDatabase::Commit(std::span<NewFile* const> others) {
 void MakeDatabase(const fs::path& path, ExistingFile existing,
                   const std::function<void(const fs::path&)>& make) {
   NewDatabase made(path, existing);
-  try {
-    make(made.temporary());
-  } catch (const DatabaseError& error) {
-    // The user knows nothing of a temporary name; errors of other files are told as they are.
-    if (error.file() != made.temporary()) throw;
-    throw DatabaseError(path, error.reason(), error.statement());
-  }
+  made.Make(make);
   made.Commit();
 }
 

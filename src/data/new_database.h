@@ -25,10 +25,16 @@ class NewDatabase {
 
   // Where to make it: an empty file. It must be closed before the commit.
   const std::filesystem::path& temporary() const { return file_->temporary(); }
+  // Calls `make` with the path of the temporary file. Errors of the database there name the path that it is
+  // to have.
+  void Make(const std::function<void(const std::filesystem::path&)>& make);
+  // The locked database that is replaced; nullptr where there is none.
+  const Database* replaced() const { return replaced_ ? &*replaced_ : nullptr; }
   // Names the others, in their order, and then the database. Throws FileError.
   void Commit(std::span<NewFile* const> others = {});
 
  private:
+  std::filesystem::path path_;
   std::optional<OutputLock> lock_;
   std::optional<Database> replaced_;
   std::optional<NewFile> file_;

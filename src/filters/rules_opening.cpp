@@ -6,6 +6,7 @@
 
 #include "base/text.h"
 #include "data/transaction_source.h"
+#include "rules/new_rules_database.h"
 
 namespace selvane {
 
@@ -45,7 +46,7 @@ MissingTaxonomies::MissingTaxonomies(std::span<const std::string> used) : InputE
 RulesInfo OpenRulesForFiltering(RulesStore& store, const TaxonomyStore& taxonomy,
                                 const std::filesystem::path& path) {
   store.OpenRulesDatabase(path);
-  RulesInfo info = ReadRulesInfo(path);
+  RulesInfo info = ReadInfoOf(store);
   const bool all_there =
       std::all_of(info.taxonomies.begin(), info.taxonomies.end(),
                   [&](const std::string& name) { return taxonomy.working().HasTerm(name); });

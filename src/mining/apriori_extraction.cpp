@@ -25,8 +25,7 @@ void RestoreMissing(const TransactionSource& source, TaxonomyStore& taxonomy, co
   }
 }
 
-AprioriSummary Search(GeneralizedApriori& engine, const AprioriRequest& request, const ItemsetFileHold& hold,
-                      AprioriReport& report, Progress& progress) {
+AprioriSummary Search(GeneralizedApriori& engine, AprioriReport& report, Progress& progress) {
   progress.SetStatus("Searching for frequent itemsets...");
   AprioriSummary found = engine.Run(progress);
   // Rules made from a file with records missing would be wrong without anybody seeing it.
@@ -39,7 +38,6 @@ AprioriSummary Search(GeneralizedApriori& engine, const AprioriRequest& request,
   CheckInfoItems(found.generalized_items);
   progress.SetStatus("Completed!!");
   progress.SetPosition(100);
-  KeepCopy(hold.path(), request.run.itemset_copy);
   return found;
 }
 
@@ -56,9 +54,11 @@ AprioriReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, I
   const StageTimer search_timer;
   GeneralizedApriori engine(source, request.run.table, request.run.min_support, taxonomy, request.generalize,
                             hold.path());
-  const AprioriSummary found = Search(engine, request, hold, report, progress);
+  const AprioriSummary found = Search(engine, report, progress);
   report.run.search_seconds = search_timer.Seconds();
+  const std::unique_ptr<NewFile> copy = CopyOf(hold.path(), request.run.itemset_copy);
   if (found.itemsets_written == found.single_items) {
+    if (copy) copy->Commit();
     hold.Remove();
     report.run.end = EndWithoutPairs(report.run);
     return report;
@@ -78,6 +78,7 @@ AprioriReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, I
     report.run.rules_found = tally.total();
     TellWhetherFits(tally, request.run, hooks);
     report.run.rules_stored = generator.Generate(rules, hooks.rule_line, progress);
+    return copy ? std::vector{copy.get()} : std::vector<NewFile*>();
   });
   hold.Remove();
   return report;

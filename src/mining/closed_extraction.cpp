@@ -64,16 +64,22 @@ void Search(const ColumnItems& items, const ClosedRequest& request, FoundItemset
   progress.SetPosition(100);
 }
 
-// Writes the files and keeps the copy; `store` receives each rule, unless it is empty.
-void WriteFiles(FoundItemsets& found, ClosedResultFiles& files, const fs::path& copy,
-                const FoundItemsets::VisitPair& store, Progress& progress) {
+// Writes the files; `store` receives each rule, unless it is empty.
+void WriteFiles(FoundItemsets& found, ClosedResultFiles& files, const FoundItemsets::VisitPair& store,
+                Progress& progress) {
   found.ForEachBlockOfClosed([&files](std::string_view records) { files.AddClosedItemsets(records); });
   found.ForEachPair(progress, [&](const EncodedRecord& generator, const EncodedRecord& larger) {
     files.AddPair(generator, larger);
     if (store && generator.size() < larger.size()) store(generator, larger);
   });
   files.Close();
-  KeepCopy(files.closed_itemsets(), copy);
+}
+
+// All that the run leaves beside the rules database.
+std::vector<NewFile*> AllOf(ClosedResultFiles& files, NewFile* copy) {
+  std::vector<NewFile*> all = files.files();
+  if (copy != nullptr) all.push_back(copy);
+  return all;
 }
 
 }  // namespace
@@ -95,8 +101,9 @@ ClosedReport ExtractClosedRules(const TransactionSource& source, const TaxonomyS
   Search(items, request, found, report, progress);
   report.run.search_seconds = search_timer.Seconds();
   if (found.largest_size() < 2) {
-    WriteFiles(found, files, request.run.itemset_copy, {}, progress);
-    files.Commit();
+    WriteFiles(found, files, {}, progress);
+    const std::unique_ptr<NewFile> copy = CopyOf(files.closed_itemsets(), request.run.itemset_copy);
+    CommitTogether(AllOf(files, copy.get()));
     report.run.end = EndWithoutPairs(report.run);
     return report;
   }
@@ -105,6 +112,7 @@ ClosedReport ExtractClosedRules(const TransactionSource& source, const TaxonomyS
   RulesInfo info = InfoOf(request.run, items.row_count);
   info.first_map = MapOfItems(items.in_column_order);
   info.second_map = MapOfItems({});
+  std::unique_ptr<NewFile> copy;
   StoreRules(hooks, others, info, report.run, progress, [&](RulesStore& rules) {
     TellWhetherFits(found.tally(), request.run, hooks);
     rules.InsertRules([&](RuleBatch& batch) {
@@ -112,14 +120,15 @@ ClosedReport ExtractClosedRules(const TransactionSource& source, const TaxonomyS
       const auto store = [&storer](const EncodedRecord& generator, const EncodedRecord& larger) {
         storer.Store(generator, larger);
       };
-      WriteFiles(found, files, request.run.itemset_copy, store, progress);
+      WriteFiles(found, files, store, progress);
       report.run.rules_stored = storer.stored();
     });
+    copy = CopyOf(files.closed_itemsets(), request.run.itemset_copy);
+    return AllOf(files, copy.get());
   });
   if (report.run.end == ExtractionEnd::kNoRules && report.too_long_rules > 0) {
     report.run.end = ExtractionEnd::kOnlyTooLongRules;
   }
-  files.Commit();
   return report;
 }
 

@@ -9,8 +9,8 @@
 #include "base/file.h"
 #include "base/text.h"
 #include "data/database_error.h"
-#include "data/new_database.h"
 #include "data/sql_dialect.h"
+#include "rules/new_rules_database.h"
 
 namespace selvane {
 
@@ -40,14 +40,14 @@ void CheckRequest(const TransactionSource& source, const ExtractionRequest& requ
   }
 }
 
-void KeepCopy(const fs::path& itemsets, const fs::path& copy) {
-  if (copy.empty()) return;
-  NewFile file(copy, ExistingFile::kRefuse);
+std::unique_ptr<NewFile> CopyOf(const fs::path& itemsets, const fs::path& copy) {
+  if (copy.empty()) return nullptr;
+  auto file = std::make_unique<NewFile>(copy, ExistingFile::kRefuse);
   std::error_code error;
-  fs::copy_file(itemsets, file.temporary(), fs::copy_options::overwrite_existing, error);
+  fs::copy_file(itemsets, file->temporary(), fs::copy_options::overwrite_existing, error);
   if (error)
     throw FileError(fmt::format("{}: cannot keep the itemset file: {}", copy.string(), error.message()));
-  file.Commit();
+  return file;
 }
 
 void TellWhetherFits(const RuleTally& tally, const ExtractionRequest& request, const ExtractionHooks& hooks) {
@@ -62,22 +62,17 @@ ExtractionEnd EndWithoutPairs(const ExtractionReport& report) {
 }
 
 void StoreRules(const ExtractionHooks& hooks, const std::vector<fs::path>& others, const RulesInfo& info,
-                ExtractionReport& report, Progress& progress,
-                const std::function<void(RulesStore& rules)>& fill) {
+                ExtractionReport& report, Progress& progress, const FillRules& fill) {
   constexpr const char* kTable = "Extracted";
   const RulesOutput output = hooks.choose_output();
   CheckRulesOutput(output, others);
   report.output = output.path;
   const StageTimer timer;
-  MakeDatabase(output.path, output.existing, [&](const fs::path& temporary) {
-    RulesStore rules;
-    rules.CreateRulesDatabase(temporary, kTable);
-    rules.SetTargetTable(kTable);
-    progress.SetStatus("Generating rules ....");
-    fill(rules);
-    rules.Close();  // the file is complete before it gets its name
-    WriteRulesInfo(info, output.path);
-  });
+  NewRulesDatabase made(output.path, output.existing, kTable);
+  progress.SetStatus("Generating rules ....");
+  std::vector<NewFile*> files;
+  made.Fill([&](RulesStore& rules) { files = fill(rules); });
+  made.Commit(info, files);
   report.rules_seconds = timer.Seconds();
   report.end = report.rules_stored > 0 ? ExtractionEnd::kRules : ExtractionEnd::kNoRules;
   progress.SetStatus("Completed!!");

@@ -5,10 +5,12 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "base/new_file.h"
 #include "base/progress.h"
 #include "data/transaction_source.h"
 #include "mining/extraction.h"
@@ -31,8 +33,9 @@ class StageTimer {
 // FileError when the copy of the itemset file cannot be made.
 void CheckRequest(const TransactionSource& source, const ExtractionRequest& request);
 
-// Copies the itemset file, unless `copy` is empty. Throws FileError.
-void KeepCopy(const std::filesystem::path& itemsets, const std::filesystem::path& copy);
+// A copy of the itemset file in the making, to be committed with what else the run makes; nullptr where
+// `copy` is empty. Throws FileError.
+std::unique_ptr<NewFile> CopyOf(const std::filesystem::path& itemsets, const std::filesystem::path& copy);
 
 // Tells of it when the rules will not fit the table.
 void TellWhetherFits(const RuleTally& tally, const ExtractionRequest& request, const ExtractionHooks& hooks);
@@ -43,11 +46,14 @@ ExtractionEnd EndWithoutPairs(const ExtractionReport& report);
 // How the rules of this run are made; the taxonomies and the maps are left to the caller.
 RulesInfo InfoOf(const ExtractionRequest& request, std::uint32_t rows);
 
+// Fills the target table of a new rules database. Returns the other files of the run, which are named
+// together with the database and so must live until then.
+using FillRules = std::function<std::vector<NewFile*>(RulesStore& rules)>;
+
 // Asks for the output, checks it against the other files of the run, and makes the rules database, whose
 // table `fill` fills, with its information file, `info`. Puts into the report where the rules went, how the
-// run ended and how long this took. Throws as CheckRulesOutput, MakeDatabase, WriteRulesInfo and `fill` do.
+// run ended and how long this took. Throws as CheckRulesOutput, NewRulesDatabase and `fill` do.
 void StoreRules(const ExtractionHooks& hooks, const std::vector<std::filesystem::path>& others,
-                const RulesInfo& info, ExtractionReport& report, Progress& progress,
-                const std::function<void(RulesStore& rules)>& fill);
+                const RulesInfo& info, ExtractionReport& report, Progress& progress, const FillRules& fill);
 
 }  // namespace selvane

@@ -9,6 +9,7 @@
 
 #include "base/file.h"
 #include "pmml/pmml11_writer.h"
+#include "rules/new_rules_database.h"
 #include "ui/framed.h"
 #include "ui/qt_text.h"
 
@@ -115,7 +116,8 @@ void ExchangeWindow::Import() {
   // Nobody was asked about the one that stands in for it.
   const ExistingFile existing = path.empty() ? ExistingFile::kRefuse : ExistingFile::kReplace;
   if (path.empty()) path = kDefaultImport;
-  CheckIsNoInput(path, {taxonomy_->path(), file_path_});
+  for (const fs::path& made : {path, RulesInfoPath(path)})
+    CheckIsNoInput(made, {taxonomy_->path(), file_path_});
   // One that is replaced must not be open; any other is given up when the new one is there.
   if (rules_ && IsSameFile(path, rules_->path())) rules_.reset();
   ImportRules(head, nullptr, path, existing, progress());
@@ -143,7 +145,7 @@ void ExchangeWindow::SelectDatabase() {
   export_->setEnabled(false);
   RulesStore store;
   store.OpenRulesDatabase(path);
-  info_ = ReadRulesInfo(path);
+  info_ = ReadInfoOf(store);
   rules_ = std::move(store);
   for (const std::string& table : rules_->ListRulesTables()) tables_->addItem(ToQt(table));
   export_->setEnabled(true);

@@ -10,9 +10,9 @@
 #include "base/error.h"
 #include "base/file.h"
 #include "base/text.h"
-#include "data/new_database.h"
 #include "data/sql_dialect.h"
 #include "pmml/pmml_xml_reader.h"
+#include "rules/new_rules_database.h"
 #include "taxonomy/position_code.h"
 
 namespace selvane {
@@ -161,7 +161,7 @@ void CheckImport(const PmmlHead& head, const std::vector<Rule>* rules) {
 }
 
 // So that the rules can be filtered.
-void WriteImportInfo(const PmmlHead& head, const std::vector<Rule>& rules, const fs::path& path) {
+RulesInfo ImportInfo(const PmmlHead& head, const std::vector<Rule>& rules) {
   std::vector<std::int32_t> items;
   for (const Rule& rule : rules) {
     items.insert(items.end(), rule.antecedent.begin(), rule.antecedent.end());
@@ -181,7 +181,7 @@ void WriteImportInfo(const PmmlHead& head, const std::vector<Rule>& rules, const
       info.taxonomies.push_back(name);
     }
   }
-  WriteRulesInfo(info, path);
+  return info;
 }
 
 }  // namespace
@@ -219,12 +219,9 @@ std::vector<Rule> PmmlFile::ReadRules(const TaxonomyStore& taxonomy, Progress& p
 void ImportRules(const PmmlHead& head, const std::vector<Rule>* rules, const fs::path& path,
                  ExistingFile existing, Progress& progress) {
   CheckImport(head, rules);
-  MakeDatabase(path, existing, [&](const fs::path& temporary) {
-    RulesStore store;
-    store.CreateRulesDatabase(temporary, head.parameters.name);
-    // What a replaced database was made of says nothing of the new one.
-    if (rules == nullptr) return RemoveRulesInfo(path);
-    store.SetTargetTable(head.parameters.name);
+  NewRulesDatabase made(path, existing, head.parameters.name);
+  if (rules == nullptr) return made.Commit(std::nullopt);
+  made.Fill([&](RulesStore& store) {
     store.InsertRules([&](RuleBatch& batch) {
       long stored = 0;
       for (const Rule& rule : *rules) {
@@ -232,9 +229,8 @@ void ImportRules(const PmmlHead& head, const std::vector<Rule>* rules, const fs:
         if (++stored % 256 == 0) progress.Pulse();
       }
     });
-    store.Close();
-    WriteImportInfo(head, *rules, path);
   });
+  made.Commit(ImportInfo(head, *rules));
 }
 
 }  // namespace selvane

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <system_error>
 #include <utility>
 
 #include "base/error.h"
@@ -39,8 +38,7 @@ void TakeTexts(std::vector<std::string> texts, RulesInfo& info) {
 }
 
 void WriteFile(std::span<const std::int32_t> first_map, std::span<const std::int32_t> second_map,
-               std::span<const std::string> texts, const std::filesystem::path& path) {
-  NewFile file(path, ExistingFile::kReplace);
+               std::span<const std::string> texts, const NewFile& file) {
   ArchiveWriter archive(file.temporary());
   for (const auto& map : {first_map, second_map}) {
     archive.WriteCount(static_cast<std::uint32_t>(map.size()));
@@ -49,7 +47,6 @@ void WriteFile(std::span<const std::int32_t> first_map, std::span<const std::int
   archive.WriteCount(static_cast<std::uint32_t>(texts.size()));
   for (const std::string& text : texts) archive.WriteText(ToCodePage1252(text));
   archive.Close();
-  file.Commit();
 }
 
 void ReadMap(ArchiveReader& archive, std::vector<std::int32_t>& map) {
@@ -101,16 +98,15 @@ void WriteRulesInfo(std::span<const std::int32_t> first_items, std::span<const s
                     std::span<const std::string> texts, const std::filesystem::path& base_path) {
   std::filesystem::path path = base_path;
   path += ".dat";
-  WriteFile(MapOfItems(first_items), MapOfItems(second_items), texts, path);
+  const std::vector<std::int32_t> first_map = MapOfItems(first_items);
+  const std::vector<std::int32_t> second_map = MapOfItems(second_items);
+  NewFile file(path, ExistingFile::kReplace);
+  WriteFile(first_map, second_map, texts, file);
+  file.Commit();
 }
 
-void WriteRulesInfo(const RulesInfo& info, const std::filesystem::path& database) {
-  WriteFile(info.first_map, info.second_map, TextsOf(info), RulesInfoPath(database));
-}
-
-void RemoveRulesInfo(const std::filesystem::path& database) {
-  std::error_code not_there;
-  std::filesystem::remove(RulesInfoPath(database), not_there);
+void WriteRulesInfo(const RulesInfo& info, const NewFile& file) {
+  WriteFile(info.first_map, info.second_map, TextsOf(info), file);
 }
 
 void ReadRulesInfo(const std::string& database_path, const std::string& file_name,

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "base/new_file.h"
+
 namespace selvane {
 
 // Both maps have room for the items 0..99,999.
@@ -47,10 +49,8 @@ void CheckInfoItems(std::span<const std::int32_t> items);
 // when an item is outside 0..99,999, and FileError.
 void WriteRulesInfo(std::span<const std::int32_t> first_items, std::span<const std::int32_t> second_items,
                     std::span<const std::string> texts, const std::filesystem::path& base_path);
-// Writes the information file of a database, in place of one that is there. Throws FileError.
-void WriteRulesInfo(const RulesInfo& info, const std::filesystem::path& database);
-// Removes it, where there is one.
-void RemoveRulesInfo(const std::filesystem::path& database);
+// Writes what is to be the information file of a database. Throws FileError.
+void WriteRulesInfo(const RulesInfo& info, const NewFile& file);
 
 // Reads the information file that belongs to a database. `file_name` is the last part of `database_path`.
 // Throws EndOfProgram when the name has no "mdb" behind its last "." (in small letters), FileError when the

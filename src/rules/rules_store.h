@@ -22,6 +22,9 @@ inline constexpr long kMostRules = kMostNumberedRows;
 // The most characters that the text of an itemset may have in a rules table.
 inline constexpr int kLongestItemsetText = 255;
 
+// What the hash of the information file is noted under.
+inline constexpr std::string_view kInfoNote = "information file";
+
 // An open rules database, with the table that rules are read from and the table that they are written to. A
 // rule is addressed by its number, the INDEX column: its place of insertion, from 1.
 //
@@ -72,6 +75,11 @@ class RulesStore {
   // The ordinary tables, in the database's own order.
   std::vector<std::string> ListRulesTables() const;
   const std::filesystem::path& path() const { return database().path(); }
+
+  // The hash of the information file that belongs to this database, empty when none does; nothing where that
+  // was not noted.
+  void NoteInfo(std::string_view hash) { database().SetNote(kInfoNote, hash); }
+  std::optional<std::string> NotedInfo() const { return database().FindNote(kInfoNote); }
 
  private:
   struct Target {

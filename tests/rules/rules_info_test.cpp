@@ -13,7 +13,9 @@ TEST_F(RulesInfoTest, BothWaysOfWritingGiveTheSameFile) {
       "T", "4", "0,5", "", {"Diseases", "Drugs"}, MapOfItems(Items{7, 3}), MapOfItems(Items{99999})};
   EXPECT_EQ(ItemsOfMap(info.first_map), (Items{3, 7}));
   fs::create_directory("sub.folder");
-  WriteRulesInfo(info, "sub.folder/my.run.mdb");
+  NewFile file(RulesInfoPath("sub.folder/my.run.mdb"), ExistingFile::kRefuse);
+  WriteRulesInfo(info, file);
+  file.Commit();
   EXPECT_EQ(ReadRulesInfo("sub.folder/my.run.mdb"), info);
   WriteRulesInfo(Items{3, 7}, Items{99999}, Texts{"T", "4", "0,5", "", "Diseases", "Drugs"}, "Infoplain");
   EXPECT_EQ(ReadFile("sub.folder/Infomy.run.dat"), ReadFile("Infoplain.dat"));

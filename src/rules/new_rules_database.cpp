@@ -1,0 +1,86 @@
+#include "rules/new_rules_database.h"
+
+#include <fmt/format.h>
+
+#include <string>
+#include <vector>
+
+#include "base/content_hash.h"
+#include "base/error.h"
+#include "base/file.h"
+
+namespace selvane {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Whether another database of the folder has the same title, and so the same information file.
+bool HasNamesake(const fs::path& path) {
+  std::error_code error;
+  const fs::path folder = path.has_parent_path() ? path.parent_path() : ".";
+  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+    const fs::path& other = entry->path();
+    const bool same_title = other.stem() == path.stem() && other.filename() != path.filename();
+    if (same_title && Database::IsOne(other)) return true;
+  }
+  return false;
+}
+
+void CheckInfoIsFree(const fs::path& path, const Database* replaced) {
+  const fs::path info = RulesInfoPath(path);
+  if (!IsTaken(info) || !HasNamesake(path)) return;
+  const auto noted = replaced != nullptr ? replaced->FindNote(kInfoNote) : std::nullopt;
+  if (noted && *noted == ContentHash(ReadFile(info))) return;
+  throw InputError(
+      fmt::format("{}: {} may belong to another rules database of the same title; choose another name",
+                  path.string(), info.string()));
+}
+
+}  // namespace
+
+NewRulesDatabase::NewRulesDatabase(const fs::path& path, ExistingFile existing, std::string_view table)
+    : path_(path), database_(path, existing) {
+  CheckInfoIsFree(path_, database_.replaced());
+  Fill([&](RulesStore& store) {
+    store.CreateRulesDatabase(database_.temporary(), table);
+    store.SetTargetTable(table);
+  });
+}
+
+void NewRulesDatabase::Fill(const std::function<void(RulesStore& store)>& fill) {
+  database_.Make([&](const fs::path&) { fill(store_); });
+}
+
+void NewRulesDatabase::Commit(const std::optional<RulesInfo>& info, std::span<NewFile* const> others) {
+  const fs::path info_path = RulesInfoPath(path_);
+  std::vector<NewFile*> files(others.begin(), others.end());
+  std::optional<NewFile> info_file;
+  std::string hash;
+  if (info) {
+    info_file.emplace(info_path, ExistingFile::kReplace);
+    WriteRulesInfo(*info, *info_file);
+    hash = ContentHash(ReadFile(info_file->temporary()));
+    files.push_back(&*info_file);
+  }
+  store_.NoteInfo(hash);
+  store_.Close();  // the file is complete before it gets its name
+  database_.Commit(files);
+  // What a replaced database was made of says nothing of the new one.
+  std::error_code not_there;
+  if (!info) fs::remove(info_path, not_there);
+}
+
+RulesInfo ReadInfoOf(const RulesStore& store) {
+  RulesInfo info = ReadRulesInfo(store.path());
+  const std::optional<std::string> noted = store.NotedInfo();
+  const fs::path info_path = RulesInfoPath(store.path());
+  // Databases of earlier versions and of other programs have no note.
+  if (!noted || *noted == ContentHash(ReadFile(info_path))) return info;
+  throw InputError(
+      fmt::format("{} and {} do not belong together: one of them was replaced without the other; extract the "
+                  "rules again, or take both from one copy",
+                  store.path().string(), info_path.string()));
+}
+
+}  // namespace selvane
