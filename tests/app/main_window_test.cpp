@@ -101,19 +101,8 @@ TEST_F(MainWindowTest, TheSystemMenuShowsTheAboutBoxAndExitCloses) {
   }
 }
 
-TEST_F(MainWindowTest, PicturesGrowWithTheirButtonsAndTheSizeIsKept) {
-  const auto picture_after = [this](int width, int height) {
-    window.resize(width, height);
-    return PictureButton(1000).iconSize().width();
-  };
-  EXPECT_EQ(picture_after(0, 0), 48);
-  EXPECT_EQ(picture_after(2000, 1400), 192);
-  const int between = picture_after(700, 400);
-  EXPECT_LT(between, std::min(PictureButton(1000).width(), PictureButton(1000).height()));
-  EXPECT_TRUE(48 < between && between < 192) << between;
-  window.close();
-  EXPECT_EQ(MainWindow(context).size(), QSize(700, 400));
-
+TEST_F(MainWindowTest, AMinimisedWindowShowsItsPictureInTheMiddle) {
+  window.resize(700, 400);
   QImage minimised(window.size(), QImage::Format_RGB32);
   minimised.fill(Qt::black);
   QPainter painter(&minimised);

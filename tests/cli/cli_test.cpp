@@ -178,6 +178,7 @@ TEST_F(CliTest, FaultsHaveAMessageAndAStatusAndLoseNothing) {
       {kExtract + "no/where.mdb", 1, "no such folder"},
       {kExtract + "new.mdb --min-support 1.5", 2, "at most 1"},
       {kExtract + "new.mdb --min-confidence x", 2, "not x"},
+      {kExtract + "new.mdb --min-support 1 --min-confidence 1", 0, "No extractable rules: no two items"},
       {"rules extract two.mdb --table a --taxonomy tax.mdb --output new.mdb", 0, "no row holds a term"},
       {kExtract + "terms.mdb --overwrite", 1, "the run needs"},
       {kExtract + "./tax.mdb --overwrite", 1, "the run needs"},

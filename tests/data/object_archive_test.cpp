@@ -18,12 +18,20 @@ TEST_F(ObjectArchiveTest, TextsOfEveryLengthComeBack) {
     const std::string text(length, 'x');
     ArchiveWriter archive("a.dat");
     archive.WriteText(text);
-    archive.WriteCount(7);
+    const auto count = static_cast<std::uint32_t>(length + 1);
+    archive.WriteCount(count);
     archive.Close();
+    // Two bytes for a count below 65,535, six from there on; the same as another way of writing it.
+    std::string encoded;
+    AppendCount(count, encoded);
+    EXPECT_EQ(encoded.size(), count < 65535 ? 2U : 6U);
+    EXPECT_TRUE(ReadFile("a.dat").ends_with(encoded));
+    std::string_view rest = encoded;
+    EXPECT_EQ(TakeCount(rest), count);
     EXPECT_EQ(ReadFile("a.dat").substr(0, prefix.size()), prefix);
     ArchiveReader reader("a.dat");
     EXPECT_EQ(reader.ReadText(), text);
-    EXPECT_EQ(reader.ReadCount(), 7U);
+    EXPECT_EQ(reader.ReadCount(), count);
     EXPECT_TRUE(reader.AtEnd());
   }
 }

@@ -48,6 +48,12 @@ TEST_F(TermTableTest, TableHoldsTheMostFrequentTerms) {
   EXPECT_EQ(Rows("terms.mdb", "SELECT * FROM 14_05_23_11_MESHTERMS"),
             (Texts{"1|1|1|0|0|0|0|0|0|0|0", "2|0|0|1|1|1|1|1|1|1|1", "3|1|1|1|1|1|1|1|1|1|1"}));
   EXPECT_THROW(Write(collection), DatabaseError);
+  // So many equal ones that a sort which is not stable mixes them.
+  TermCollection equal;
+  for (int i = 0; i < 40; ++i) equal.terms.push_back(std::to_string(i));
+  equal.counts.assign(40, 5);
+  equal.counts[39] = 6;
+  EXPECT_EQ(SelectColumns(equal), (std::vector<std::uint32_t>{39, 0, 1, 2, 3, 4, 5, 6, 7, 8}));
 }
 
 TEST_F(TermTableTest, TableHolds32767Abstracts) {

@@ -151,26 +151,4 @@ TEST_F(ToolWindowTest, RunsWhatIsForLaterBeforeTheNextCommandAndNotUnderAPressed
   window.close();
 }
 
-TEST_F(ToolWindowTest, RemembersItsSizeAndTakesReturnOnItsButtonsOnly) {
-  int runs = 0;
-  {
-    Workshop window(context);
-    window.work = [&runs](Workshop&) { ++runs; };
-    window.resize(640, 333);
-    QTest::keyClick(&window.field, Qt::Key_Return);
-    EXPECT_EQ(runs, 0);
-    Button(window, "&Work").setFocus();
-    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) QTest::keyClick(&Button(window, "&Work"), key);
-    EXPECT_EQ(runs, 2);
-    window.field.setFocus();
-    Button(window, "&Work").click();  // as its shortcut does
-    EXPECT_EQ(runs, 3);
-    EXPECT_EQ(window.focusWidget(), &Button(window, "&Work"));
-    window.close();
-  }
-  Workshop window(context);
-  EXPECT_EQ(window.size(), QSize(640, 333));
-  window.close();
-}
-
 }  // namespace selvane::tests
