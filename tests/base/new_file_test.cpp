@@ -31,14 +31,16 @@ class NewFileTest : public FolderTest {
 
 TEST_F(NewFileTest, ReplacesWhatItMayAndKeepsItsPermissions) {
   WriteText("secret", "old");
-  fs::permissions("secret", fs::perms::owner_read | fs::perms::owner_write);
+  fs::permissions("secret", fs::perms{0660});  // more than the umask leaves
   fs::create_symlink("secret", "link");
   Made("link", "new")->Commit();
   EXPECT_EQ(ReadFile("secret"), "new");
-  EXPECT_EQ(ModeOf("secret"), 0600U);
+  EXPECT_EQ(ModeOf("secret"), 0660U);
   EXPECT_TRUE(fs::is_symlink("link"));
   Made("other", "1")->Commit();
-  EXPECT_EQ(ModeOf("other"), ModeOf("secret") | 0044U);  // as the umask of the tests leaves it
+  WriteText("plain", "2");
+  EXPECT_EQ(ModeOf("other"), ModeOf("plain"));
+  fs::remove("plain");
   EXPECT_EQ(FileNames("."), (std::vector<std::string>{"link", "other", "secret"}));
 
   WriteText("protected", "old");
