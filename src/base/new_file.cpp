@@ -33,7 +33,7 @@ constexpr std::string_view kPart = ".part";
 fs::path Followed(const fs::path& path) {
   std::error_code error;
   if (!fs::is_symlink(fs::symlink_status(path, error))) return path;
-  const fs::path target = fs::weakly_canonical(path, error);
+  fs::path target = fs::weakly_canonical(path, error);
   if (error) Fail(path, "this link leads nowhere; name the file itself", error.value());
   return target;
 }

@@ -53,12 +53,12 @@ TEST_F(NewFileTest, ReplacesWhatItMayAndKeepsItsPermissions) {
                                                          {"no/file", "cannot create"},
                                                          {"", "No file was named"}};
   for (const auto& [path, reason] : refused) {
-    ExpectFault<FileError>(reason, [&path] { NewFile(path, ExistingFile::kReplace); });
+    ExpectFault<FileError>(reason, [name = path] { NewFile(name, ExistingFile::kReplace); });
   }
   // A link that leads nowhere takes the name too.
   fs::create_symlink("nowhere", "dangling");
   for (const char* const path : {"secret", "dangling"}) {
-    ExpectFault<FileError>("is there already", [&path] { NewFile(path, ExistingFile::kRefuse); });
+    ExpectFault<FileError>("is there already", [name = path] { NewFile(name, ExistingFile::kRefuse); });
   }
   EXPECT_EQ(FileNames(".").size(), 7U);
 }

@@ -34,7 +34,9 @@ class ScriptedDialogs final : public Dialogs {
   // TEXT" with the icons information, warning and error, or "ask: TITLE: TEXT", to which
   // any answer is yes; a star at its end stands for any text. No answer is
   // Cancel.
-  void Expect(std::string question, Paths answers = {}) { steps_.emplace_back(question, answers); }
+  void Expect(const std::string& question, const Paths& answers = {}) {
+    steps_.emplace_back(question, answers);
+  }
   void ExpectDone();
 
   fs::path OpenFile(QWidget*, FileKind, const QString& title) override;
