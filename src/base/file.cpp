@@ -182,8 +182,10 @@ OutputLock::OutputLock(const std::filesystem::path& output) : path_(output) {
   } while (!IsNamed(file_, path_));
 }
 
+// A file of that name that holds something is a user's: it served as a lock and stays.
 OutputLock::~OutputLock() {
-  ::unlink(path_.c_str());
+  struct stat status {};
+  if (::fstat(file_.get(), &status) == 0 && status.st_size == 0) ::unlink(path_.c_str());
 }
 
 }  // namespace selvane
