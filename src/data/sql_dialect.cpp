@@ -216,6 +216,13 @@ bool SqlDialect::IsPlainName(std::string_view name) {
   return !name.empty() && std::all_of(name.begin(), name.end(), IsNameByte);
 }
 
+std::string SqlDialect::NameText(std::string_view name) {
+  if (IsPlainName(name) && KeywordOf(name).empty()) return std::string(name);
+  std::string text = "[";
+  for (const char c : name) text.append(c == ']' ? 2 : 1, c);
+  return text + ']';
+}
+
 TranslatedSql SqlDialect::Translate(std::string_view sql) {
   return Translator(sql).Run();
 }

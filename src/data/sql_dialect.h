@@ -28,6 +28,8 @@ class SqlDialect {
   static TranslatedSql Translate(std::string_view sql);
   // True for a name that can stand in an SQL text without brackets.
   static bool IsPlainName(std::string_view name);
+  // The name as it stands in an SQL text: in brackets unless it is plain and no word of the language.
+  static std::string NameText(std::string_view name);
 };
 
 }  // namespace selvane

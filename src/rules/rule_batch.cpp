@@ -8,6 +8,7 @@
 #include <iterator>
 
 #include "data/database_error.h"
+#include "data/sql_dialect.h"
 #include "rules/rules_store.h"
 
 namespace selvane {
@@ -67,8 +68,9 @@ std::string InsertionText(std::string_view table, long number, const Rule& rule)
   return fmt::format(
       "insert into {} (INDEX,ANTECEDENT,CONSEQUENT,SUPPORT,CONFIDENCE,PA,PC,ASPEC,CSPEC) values"
       "({},'{}','{}',{:.6f},{:.6f},{:.6f},{:.6f},{},{})",
-      table, number, ItemsetToText(rule.antecedent), ItemsetToText(rule.consequent), double{rule.support},
-      double{rule.confidence}, double{rule.pa}, double{rule.pc}, rule.aspec, rule.cspec);
+      SqlDialect::NameText(table), number, ItemsetToText(rule.antecedent), ItemsetToText(rule.consequent),
+      double{rule.support}, double{rule.confidence}, double{rule.pa}, double{rule.pc}, rule.aspec,
+      rule.cspec);
 }
 
 }  // namespace selvane

@@ -9,6 +9,7 @@
 #include "base/text.h"
 #include "data/database_error.h"
 #include "data/recordset.h"
+#include "data/sql_dialect.h"
 
 namespace selvane {
 
@@ -133,7 +134,7 @@ long RulesStore::CountRules() const {
 
 void RulesStore::FindRows() const {
   std::vector<std::int64_t> rows;  // kept only when the whole table could be walked
-  Recordset all = database().OpenRecordset("SELECT rowid,INDEX FROM " + source_table_);
+  Recordset all = database().OpenRecordset("SELECT rowid,INDEX FROM " + SqlDialect::NameText(source_table_));
   for (; !all.AtEnd(); all.MoveNext()) {
     if (all.Value(1).IsNull()) continue;
     const std::int16_t number = all.Int16(1);
@@ -152,8 +153,8 @@ void RulesStore::LoadRule(long number, Rule& rule) const {
   if (number < 1 || static_cast<std::size_t>(number) >= rows_->size()) return;
   const std::int64_t row = (*rows_)[static_cast<std::size_t>(number)];
   if (row == 0) return;
-  const Recordset found = database().OpenRecordset(
-      fmt::format("SELECT {} FROM {} WHERE rowid={}", kRuleColumns, source_table_, row));
+  const Recordset found = database().OpenRecordset(fmt::format(
+      "SELECT {} FROM {} WHERE rowid={}", kRuleColumns, SqlDialect::NameText(source_table_), row));
   if (found.AtEnd()) return;
   try {
     TakeRule(found, 0, rule);
@@ -166,8 +167,8 @@ void RulesStore::LoadRule(long number, Rule& rule) const {
 // The first rule of a number counts; where a number is missing, the rule has the figures of the one before.
 void RulesStore::WalkRules(std::vector<Rule>& rules, Progress& progress) const {
   std::vector<bool> found(rules.size(), false);
-  Recordset row =
-      database().OpenRecordset(fmt::format("SELECT INDEX,{} FROM {}", kRuleColumns, source_table_));
+  Recordset row = database().OpenRecordset(
+      fmt::format("SELECT INDEX,{} FROM {}", kRuleColumns, SqlDialect::NameText(source_table_)));
   for (int walked = 1; !row.AtEnd(); row.MoveNext(), ++walked) {
     progress.SetPosition(walked);
     if (walked % 256 == 0) progress.Pulse();

@@ -29,6 +29,24 @@ class RulesStoreTest : public FolderTest {
   }
 };
 
+// A name with a blank in it would else be that of the table before the blank.
+TEST_F(RulesStoreTest, EveryNameReachesItsOwnTable) {
+  SilentProgress progress;
+  std::int32_t item = 10;
+  for (const char* name : {"Extracted", "Extracted old", "a\"b", "x]y", "[z]", "it's", "Order", "10_04"}) {
+    if (item > 10) store.CreateRulesTable(name);
+    store.SetTargetTable(name);
+    store.InsertRule(Example(item));
+    store.OpenRulesTable(name);
+    Rule rule;
+    store.LoadRule(1, rule);
+    EXPECT_EQ(rule.antecedent.at(1), item) << name;
+    EXPECT_EQ(store.LoadRules(progress).at(0).antecedent, rule.antecedent) << name;
+    EXPECT_EQ(store.CountRules(), 1) << name;
+    ++item;
+  }
+}
+
 TEST_F(RulesStoreTest, StoresRulesUnderTheirNumbers) {
   EXPECT_TRUE(store.source_table().empty() && store.target_table().empty());
   store.SetTargetTable("Extracted");
