@@ -3,6 +3,7 @@
 # needs, with --package what scripts/package.sh needs. Does nothing when all is there.
 set -eu
 packages="g++ cmake ninja-build sqlite3 libsqlite3-dev libfmt-dev libcli11-dev nlohmann-json3-dev libpugixml-dev libxxhash-dev pkg-config
+          libexpat1-dev zlib1g-dev libroaring-dev
           libgtest-dev libgmock-dev libbenchmark-dev clang-format
           qt6-base-dev libqt6svg6 fonts-dejavu-core"
 for argument; do
