@@ -206,12 +206,13 @@ void NewFile::Commit() {
   CommitTogether({&self, 1});
 }
 
-void CommitTogether(std::span<NewFile* const> files) {
+void CommitTogether(std::span<NewFile* const> files, const std::function<void()>& last_step) {
   std::set<fs::path> folders;
   for (NewFile* const file : files) {
     file->Prepare();
     folders.insert(FolderOf(file->path_));
   }
+  if (last_step) last_step();
   try {
     for (NewFile* const file : files) file->Name();
   } catch (...) {

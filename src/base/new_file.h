@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <span>
 #include <string_view>
 
@@ -44,7 +45,7 @@ class NewFile {
   void Commit();
 
  private:
-  friend void CommitTogether(std::span<NewFile* const> files);
+  friend void CommitTogether(std::span<NewFile* const> files, const std::function<void()>& last_step);
 
   // The steps of a commit. Up to Name nothing is changed but the temporary file.
   void Prepare();
@@ -63,6 +64,9 @@ class NewFile {
 // Gives several complete, closed files their names in this order, as one: when one cannot be named, those
 // before it get what they replaced back. A crash meanwhile can leave names of both sets, which their readers
 // must be able to tell. Throws FileError.
-void CommitTogether(std::span<NewFile* const> files);
+//
+// `last_step`, where there is one, runs when all files are on the disk and only names are left to give: for
+// what is to be kept with them and cannot be taken back. When it throws, nothing is named.
+void CommitTogether(std::span<NewFile* const> files, const std::function<void()>& last_step = {});
 
 }  // namespace selvane

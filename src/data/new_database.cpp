@@ -57,10 +57,10 @@ void NewDatabase::Make(const std::function<void(const fs::path&)>& make) {
   }
 }
 
-void NewDatabase::Commit(std::span<NewFile* const> others) {
+void NewDatabase::Commit(std::span<NewFile* const> others, const std::function<void()>& last_step) {
   std::vector<NewFile*> files(others.begin(), others.end());
   files.push_back(&*file_);
-  CommitTogether(files);
+  CommitTogether(files, last_step);
   replaced_.reset();
 }
 

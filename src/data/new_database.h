@@ -30,8 +30,9 @@ class NewDatabase {
   void Make(const std::function<void(const std::filesystem::path&)>& make);
   // The locked database that is replaced; nullptr where there is none.
   const Database* replaced() const { return replaced_ ? &*replaced_ : nullptr; }
-  // Names the others, in their order, and then the database. Throws FileError.
-  void Commit(std::span<NewFile* const> others = {});
+  // Names the others, in their order, and then the database. Throws FileError. For `last_step` see
+  // CommitTogether.
+  void Commit(std::span<NewFile* const> others = {}, const std::function<void()>& last_step = {});
 
  private:
   std::filesystem::path path_;

@@ -52,7 +52,8 @@ void NewRulesDatabase::Fill(const std::function<void(RulesStore& store)>& fill) 
   database_.Make([&](const fs::path&) { fill(store_); });
 }
 
-void NewRulesDatabase::Commit(const std::optional<RulesInfo>& info, std::span<NewFile* const> others) {
+void NewRulesDatabase::Commit(const std::optional<RulesInfo>& info, std::span<NewFile* const> others,
+                              const std::function<void()>& last_step) {
   const fs::path info_path = RulesInfoPath(path_);
   std::vector<NewFile*> files(others.begin(), others.end());
   std::optional<NewFile> info_file;
@@ -65,7 +66,7 @@ void NewRulesDatabase::Commit(const std::optional<RulesInfo>& info, std::span<Ne
   }
   store_.NoteInfo(hash);
   store_.Close();  // the file is complete before it gets its name
-  database_.Commit(files);
+  database_.Commit(files, last_step);
   // What a replaced database was made of says nothing of the new one.
   std::error_code not_there;
   if (!info) fs::remove(info_path, not_there);

@@ -28,8 +28,10 @@ class NewRulesDatabase {
   // to have. Throws also what `fill` throws.
   void Fill(const std::function<void(RulesStore& store)>& fill);
   // Closes the store and gives all files their names: the others, the information file, then the database. A
-  // database without information leaves none beside it. Throws FileError and DatabaseError.
-  void Commit(const std::optional<RulesInfo>& info, std::span<NewFile* const> others = {});
+  // database without information leaves none beside it. Throws FileError and DatabaseError. For `last_step`
+  // see CommitTogether.
+  void Commit(const std::optional<RulesInfo>& info, std::span<NewFile* const> others = {},
+              const std::function<void()>& last_step = {});
 
  private:
   std::filesystem::path path_;
