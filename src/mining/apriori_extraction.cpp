@@ -1,5 +1,7 @@
 #include "mining/apriori_extraction.h"
 
+#include <optional>
+
 #include "apriori/generalized_apriori.h"
 #include "apriori/rule_generator.h"
 #include "base/error.h"
@@ -13,16 +15,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void RestoreMissing(const TransactionSource& source, TaxonomyStore& taxonomy, const AprioriRequest& request,
-                    const ExtractionHooks& hooks, Progress& progress) {
+std::vector<std::string> MissingTerms(const TransactionSource& source, const TaxonomyStore& taxonomy,
+                                      const AprioriRequest& request, Progress& progress) {
   std::vector<std::string> terms;
   source.ListItemFields(request.run.table, terms);
-  const std::vector<std::string> missing = FindMissingTerms(taxonomy, terms, progress);
-  for (const std::string& term : missing) {
-    taxonomy.RestoreTerm(term);
-    if (hooks.restored) hooks.restored(term);
-    progress.Pulse();
-  }
+  return FindMissingTerms(taxonomy, terms, progress);
 }
 
 AprioriSummary Search(GeneralizedApriori& engine, AprioriReport& report, Progress& progress) {
@@ -41,6 +38,19 @@ AprioriSummary Search(GeneralizedApriori& engine, AprioriReport& report, Progres
   return found;
 }
 
+// The information file of the run; what was restored is in the taxonomy by then.
+RulesInfo InfoOf(const AprioriRequest& request, const TaxonomyStore& taxonomy, const AprioriSummary& found) {
+  RulesInfo info = InfoOf(request.run, found.row_count);
+  if (request.generalize) info.taxonomies = taxonomy.TaxonomiesInUse();
+  info.first_map = MapOfItems(found.direct_items);
+  info.second_map = MapOfItems(found.generalized_items);
+  return info;
+}
+
+std::vector<NewFile*> FilesOf(const std::unique_ptr<NewFile>& copy) {
+  return copy ? std::vector{copy.get()} : std::vector<NewFile*>();
+}
+
 }  // namespace
 
 AprioriReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, ItemsetFileHold& hold,
@@ -48,7 +58,12 @@ AprioriReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, I
   CheckRequest(source, request.run);
   AprioriReport report;
   const StageTimer check_timer;
-  RestoreMissing(source, taxonomy, request, hooks, progress);
+  std::optional<RestoredTerms> restored;
+  const std::vector<std::string> missing = MissingTerms(source, taxonomy, request, progress);
+  if (!missing.empty()) restored.emplace(taxonomy, missing, progress);
+  const auto keep_restored = [&restored, &hooks] {
+    if (restored) restored->Keep(hooks.restored);
+  };
   report.run.check_seconds = check_timer.Seconds();
 
   const StageTimer search_timer;
@@ -58,18 +73,14 @@ AprioriReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, I
   report.run.search_seconds = search_timer.Seconds();
   const std::unique_ptr<NewFile> copy = CopyOf(hold.path(), request.run.itemset_copy);
   if (found.itemsets_written == found.single_items) {
-    if (copy) copy->Commit();
+    CommitTogether(FilesOf(copy), keep_restored);
     hold.Remove();
     report.run.end = EndWithoutPairs(report.run);
     return report;
   }
 
-  RulesInfo info = InfoOf(request.run, found.row_count);
-  if (request.generalize) info.taxonomies = taxonomy.TaxonomiesInUse();
-  info.first_map = MapOfItems(found.direct_items);
-  info.second_map = MapOfItems(found.generalized_items);
   const std::vector<fs::path> others = {source.file_name(), taxonomy.path(), request.run.itemset_copy};
-  StoreRules(hooks, others, info, report.run, progress, [&](RulesStore& rules) {
+  const auto fill = [&](RulesStore& rules) {
     RuleGenerator generator(request.run.min_confidence, taxonomy, found.row_count,
                             {.itemset_file = hold.path(),
                              .itemset_count = found.itemsets_written,
@@ -78,8 +89,11 @@ AprioriReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, I
     report.run.rules_found = tally.total();
     TellWhetherFits(tally, request.run, hooks);
     report.run.rules_stored = generator.Generate(rules, hooks.rule_line, progress);
-    return copy ? std::vector{copy.get()} : std::vector<NewFile*>();
-  });
+    return FilesOf(copy);
+  };
+  StoreRules(hooks, others,
+             {.info = InfoOf(request, taxonomy, found), .fill = fill, .last_step = keep_restored}, report.run,
+             progress);
   hold.Remove();
   return report;
 }

@@ -25,9 +25,10 @@ struct AprioriReport {
 
 // Checks that the items of the table are in the working taxonomy and brings missing ones back, searches for
 // frequent itemsets, makes rules of them and stores them, with the rules information file beside the
-// database. The itemset file under `hold` is removed in the end. Nothing is left under the output's name when
-// it fails. Throws InputError for thresholds outside (0, 1], a table that is too long and item numbers that
-// are too great, DatabaseError, FileError and Interrupted.
+// database. The itemset file under `hold` is removed in the end. When it fails, nothing is left under the
+// output's name and the taxonomy is as it was; only when a name cannot be given in the very end do the terms
+// stay that were brought back and told of. Throws InputError for thresholds outside (0, 1], a table that is
+// too long and item numbers that are too great, DatabaseError, FileError and Interrupted.
 AprioriReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, ItemsetFileHold& hold,
                            const AprioriRequest& request, const ExtractionHooks& hooks, Progress& progress);
 

@@ -113,7 +113,7 @@ ClosedReport ExtractClosedRules(const TransactionSource& source, const TaxonomyS
   info.first_map = MapOfItems(items.in_column_order);
   info.second_map = MapOfItems({});
   std::unique_ptr<NewFile> copy;
-  StoreRules(hooks, others, info, report.run, progress, [&](RulesStore& rules) {
+  const auto fill = [&](RulesStore& rules) {
     TellWhetherFits(found.tally(), request.run, hooks);
     rules.InsertRules([&](RuleBatch& batch) {
       ClosedRuleStorer storer(items, taxonomy, batch, hooks.rule_line, request.run.most_rules);
@@ -125,7 +125,8 @@ ClosedReport ExtractClosedRules(const TransactionSource& source, const TaxonomyS
     });
     copy = CopyOf(files.closed_itemsets(), request.run.itemset_copy);
     return AllOf(files, copy.get());
-  });
+  };
+  StoreRules(hooks, others, {.info = std::move(info), .fill = fill}, report.run, progress);
   if (report.run.end == ExtractionEnd::kNoRules && report.too_long_rules > 0) {
     report.run.end = ExtractionEnd::kOnlyTooLongRules;
   }

@@ -36,7 +36,7 @@ struct RulesOutput {
 struct ExtractionHooks {
   std::function<RulesOutput()> choose_output;  // must be set
   RuleLine rule_line;                          // each stored rule, when it is set
-  // Told of each term that was brought back into the working taxonomy. It stays there however the run ends.
+  // Told of each term that was brought back into the working taxonomy, when it is there to stay: at the end.
   std::function<void(const std::string& term)> restored;
   // Told, before storing begins, that the run gives more rules than a table holds.
   std::function<void(const TooManyRules&)> will_not_fit;

@@ -61,8 +61,8 @@ ExtractionEnd EndWithoutPairs(const ExtractionReport& report) {
   return report.items == 0 ? ExtractionEnd::kNoKnownTerm : ExtractionEnd::kOnlySingleItems;
 }
 
-void StoreRules(const ExtractionHooks& hooks, const std::vector<fs::path>& others, const RulesInfo& info,
-                ExtractionReport& report, Progress& progress, const FillRules& fill) {
+void StoreRules(const ExtractionHooks& hooks, const std::vector<fs::path>& others, const RulesToStore& rules,
+                ExtractionReport& report, Progress& progress) {
   constexpr const char* kTable = "Extracted";
   const RulesOutput output = hooks.choose_output();
   CheckRulesOutput(output, others);
@@ -71,8 +71,8 @@ void StoreRules(const ExtractionHooks& hooks, const std::vector<fs::path>& other
   NewRulesDatabase made(output.path, output.existing, kTable);
   progress.SetStatus("Generating rules ....");
   std::vector<NewFile*> files;
-  made.Fill([&](RulesStore& rules) { files = fill(rules); });
-  made.Commit(info, files);
+  made.Fill([&](RulesStore& store) { files = rules.fill(store); });
+  made.Commit(rules.info, files, rules.last_step);
   report.rules_seconds = timer.Seconds();
   report.end = report.rules_stored > 0 ? ExtractionEnd::kRules : ExtractionEnd::kNoRules;
   progress.SetStatus("Completed!!");

@@ -50,10 +50,17 @@ RulesInfo InfoOf(const ExtractionRequest& request, std::uint32_t rows);
 // together with the database and so must live until then.
 using FillRules = std::function<std::vector<NewFile*>(RulesStore& rules)>;
 
-// Asks for the output, checks it against the other files of the run, and makes the rules database, whose
-// table `fill` fills, with its information file, `info`. Puts into the report where the rules went, how the
-// run ended and how long this took. Throws as CheckRulesOutput, NewRulesDatabase and `fill` do.
+// What goes into the rules database and its information file.
+struct RulesToStore {
+  RulesInfo info{};
+  FillRules fill;
+  std::function<void()> last_step{};  // as in CommitTogether
+};
+
+// Asks for the output, checks it against the other files of the run, and makes the rules database with its
+// information file. Puts into the report where the rules went, how the run ended and how long this took.
+// Throws as CheckRulesOutput, NewRulesDatabase and what is called do.
 void StoreRules(const ExtractionHooks& hooks, const std::vector<std::filesystem::path>& others,
-                const RulesInfo& info, ExtractionReport& report, Progress& progress, const FillRules& fill);
+                const RulesToStore& rules, ExtractionReport& report, Progress& progress);
 
 }  // namespace selvane

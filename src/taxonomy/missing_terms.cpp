@@ -43,4 +43,19 @@ std::vector<std::string> FindMissingTerms(const TaxonomyStore& taxonomy, std::sp
   return missing;
 }
 
+RestoredTerms::RestoredTerms(TaxonomyStore& taxonomy, std::vector<std::string> terms, Progress& progress)
+    : terms_(std::move(terms)), change_(taxonomy.BeginChange()) {
+  for (const std::string& term : terms_) {
+    taxonomy.RestoreTerm(term);
+    progress.Pulse();
+  }
+}
+
+void RestoredTerms::Keep(const std::function<void(const std::string& term)>& tell) {
+  change_.Commit();
+  for (const std::string& term : terms_) {
+    if (tell) tell(term);
+  }
+}
+
 }  // namespace selvane

@@ -100,7 +100,6 @@ void TaxonomyStore::SetInsertQuery(std::string_view statement) {
 
 void TaxonomyStore::RestoreTerm(std::string_view term) {
   LargestIndex();
-  Transaction transaction(database_);
   const std::vector<std::string> codes = source().PositionsOfTerm(term);
   std::vector<std::string> names;
   for (const Field& field : database_.Fields("Source")) names.push_back(field.name);
@@ -116,7 +115,6 @@ void TaxonomyStore::RestoreTerm(std::string_view term) {
       insert.Insert();
     }
   }
-  transaction.Commit();
 }
 
 }  // namespace selvane

@@ -78,8 +78,10 @@ class TaxonomyStore {
   void Rebuild(Progress& progress);
   // The same in one statement, for a `Source` in which no row has a value behind an empty one.
   void CopyWholeSource(Progress& progress);
+  // Makes of all changes until its end one, which is undone unless it is committed.
+  Transaction BeginChange() { return Transaction(database_); }
   // Brings everything at and below the positions of a term back into `Taxonomy`. Codes are compared as texts:
-  // C.2 also brings back C.23.
+  // C.2 also brings back C.23. Needs a BeginChange: what fails halfway is undone with it.
   void RestoreTerm(std::string_view term);
   // Deletes from `Taxonomy`, all or nothing. Upward: the node and everything whose code occurs in the node's
   // code. Downward: everything whose code holds the node's code, and the node's term from its parent's SON

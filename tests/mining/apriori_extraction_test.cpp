@@ -62,7 +62,22 @@ TEST_F(AprioriExtractionTest, LimitsAreNamedBeforeAnythingIsWritten) {
 }
 
 TEST_F(AprioriExtractionTest, InterruptionsAndOtherRunsLeaveNothingHalfMade) {
+  constexpr const char* kPrune = "DELETE * FROM Taxonomy WHERE Canonical='Asthma'";
+  constexpr const char* kPruned = "SELECT Index FROM Taxonomy WHERE Canonical='Asthma'";
+  Texts restored;
+  hooks_.restored = [&restored](const std::string& term) { restored.push_back(term); };
+  Database::Open("tax.mdb", OpenMode::kWritable).Execute(kPrune);
+  output_.path.clear();  // told of after the search
+  ExpectFault<DatabaseError>("no file was named", [this] { ExtractAll(progress_); });
+  EXPECT_EQ(Rows("tax.mdb", kPruned), Texts{});
+  output_.path = "Run.mdb";
   EXPECT_EQ(StagesInterrupted([this](Progress& stopping) { ExtractAll(stopping); }).size(), 3U);
+  EXPECT_EQ(Rows("tax.mdb", kPruned), Texts{"3"});
+  Database::Open("tax.mdb", OpenMode::kWritable).Execute(kPrune);
+  request_.min_support = 1;  // nothing to extract
+  ExtractAll(progress_);
+  EXPECT_EQ(Rows("tax.mdb", kPruned), Texts{"3"});
+  EXPECT_EQ(restored, (Texts{"Asthma", "Asthma"}));
   const ItemsetFileHold first(folder() / "state");
   WriteText(first.path(), "of the first run");
   ExpectFault<FileError>("another extraction", [this] { ExtractAll(progress_); });

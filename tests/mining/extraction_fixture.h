@@ -43,6 +43,7 @@ class ExtractionTest : public FolderTest {
   // The last texts before the run was stopped at one pulse or another, which leaves only its input.
   std::set<std::string> StagesInterrupted(const std::function<void(Progress&)>& extract) {
     std::set<std::string> stages;
+    const std::string taxonomy = ReadFile("tax.mdb");
     for (int pulse = 0;; pulse += 1 + pulse / 10) {
       RecordingProgress stopping;
       stopping.interrupt_at = pulse;
@@ -54,6 +55,7 @@ class ExtractionTest : public FolderTest {
         fs::remove("frequentItemset2.dat");  // of the search, which keeps it
         EXPECT_EQ(FileNames("."), (Texts{"state", "tax.mdb", "terms.mdb"})) << pulse;
         EXPECT_EQ(FileNames("state"), Texts{"ItemSets.lock"});
+        EXPECT_TRUE(ReadFile("tax.mdb") == taxonomy) << pulse;
       }
     }
   }

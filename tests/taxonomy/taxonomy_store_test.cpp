@@ -117,7 +117,9 @@ TEST_F(TaxonomyStoreTest, BringsBackWhatTermsNeed) {
     TaxonomyStore store("tax.mdb");
     SilentProgress progress;
     for (const auto& [terms, missing] : cases) EXPECT_EQ(FindMissingTerms(store, terms, progress), missing);
-    store.RestoreTerm("Signs");  // at C.2, whose text C.23 begins with too
+    { const RestoredTerms undone(store, {"Signs"}, progress); }
+    EXPECT_EQ(FindMissingTerms(store, Texts{"Signs"}, progress), Texts{"Signs"});
+    RestoredTerms(store, {"Signs"}, progress).Keep({});  // at C.2, whose text C.23 begins with too
     EXPECT_EQ(FindMissingTerms(store, Texts{"Signs", "Crohn's"}, progress), Texts{});
   }
   EXPECT_EQ(Rows("tax.mdb", kNodes), before);
