@@ -18,6 +18,8 @@ class BulkInsert {
              std::span<const std::string> fields);
 
   void Set(int position, std::string_view text) { statement_.BindText(position, text); }
+  // The same as a BLOB.
+  void SetBytes(int position, std::string_view bytes) { statement_.BindBytes(position, bytes); }
   void Set(int position, std::int64_t value) { statement_.BindInteger(position, value); }
   void Set(int position, double value) { statement_.Bind(position, value); }
   // Adds the row; values that are not set again stay for the next row. Throws DatabaseError.

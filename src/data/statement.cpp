@@ -116,6 +116,13 @@ void Statement::BindInteger(int parameter, std::int64_t value) {
   if (sqlite3_bind_int64(handle_.get(), parameter + 1, value) != SQLITE_OK) connection_->Fail(shown_);
 }
 
+void Statement::BindBytes(int parameter, std::string_view bytes) {
+  if (sqlite3_bind_blob64(handle_.get(), parameter + 1, bytes.empty() ? "" : bytes.data(), bytes.size(),
+                          SQLITE_TRANSIENT) != SQLITE_OK) {
+    connection_->Fail(shown_);
+  }
+}
+
 bool Statement::Step() {
   const int status = sqlite3_step(handle_.get());
   if (status == SQLITE_ROW) return true;
@@ -163,6 +170,14 @@ std::string_view Statement::ColumnText(int column) const {
 
 std::int64_t Statement::ColumnInteger(int column) const {
   return sqlite3_column_int64(handle_.get(), column);
+}
+
+// Asking for them as text would convert them to the encoding of the file.
+std::string_view Statement::ColumnBytes(int column) const {
+  const void* bytes = sqlite3_column_blob(handle_.get(), column);
+  if (bytes == nullptr) return {};
+  const auto length = static_cast<std::size_t>(sqlite3_column_bytes(handle_.get(), column));
+  return {static_cast<const char*>(bytes), length};
 }
 
 // Asks for each value once and converts nothing that is a small integer already, as nearly all values are.

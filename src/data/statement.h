@@ -74,6 +74,7 @@ class Statement {
   void Bind(int parameter, const Variant& value);
   void BindText(int parameter, std::string_view text);
   void BindInteger(int parameter, std::int64_t value);
+  void BindBytes(int parameter, std::string_view bytes);
   // Moves to the next row; false at the end. Throws DatabaseError.
   bool Step();
   // Runs to the end and makes ready for the next run.
@@ -84,6 +85,7 @@ class Statement {
   Variant Column(int column) const;
   std::string_view ColumnText(int column) const;  // valid until the next step
   std::int64_t ColumnInteger(int column) const;
+  std::string_view ColumnBytes(int column) const;  // of a BLOB, as they are; valid until the next step
   // Appends the values of the columns from `first` on while they are 16-bit integers, each widened with its
   // sign; returns the first column that is not, or the number of columns. Called for every row of a term
   // table.
