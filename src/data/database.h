@@ -57,6 +57,8 @@ class Database {
   // Widths and ranges of the fields are enforced by the file itself. Fields have no default but the empty
   // text.
   void CreateTable(std::string_view table, std::span<const Field> fields);
+  // A table of sets (data/set_table_writer.h), and the one that names the terms of all such tables.
+  void CreateSetTable(std::string_view table);
   void AddField(std::string_view table, const Field& field);
   void CreateIndex(std::string_view table, std::string_view field);
   void DropIndexes(std::string_view table);

@@ -14,7 +14,7 @@ namespace selvane {
 namespace {
 
 // Our own tables, which users are not to see. By their whole names: a table of theirs may begin like one.
-constexpr std::array<std::string_view, 3> kOwnTables = {"sys_Locale", "sys_Queries", "sys_Notes"};
+constexpr std::array<std::string_view, 4> kOwnTables = {"sys_Locale", "sys_Queries", "sys_Notes", "sys_Sets"};
 
 // The declared type and the check that the file itself makes on every row, whoever writes it.
 std::string Declaration(const Field& field) {
@@ -105,6 +105,18 @@ void Database::CreateTable(std::string_view table, std::span<const Field> fields
   // Not through the cache: a change of the schema is made once, and every kept statement is compiled anew
   // after it.
   connection_->Run(fmt::format("CREATE TABLE {} ({})", DoubleQuoted(table), columns).c_str());
+}
+
+// The key puts the sets of a block side by side, in the order in which a stream of rows gives them; a term
+// whose name differs in capitals only is another term.
+void Database::CreateSetTable(std::string_view table) {
+  connection_->Run(fmt::format("CREATE TABLE {} (\"Block\" INTEGER NOT NULL, \"Term\" INTEGER NOT NULL, "
+                               "\"Rows\" BLOB NOT NULL, PRIMARY KEY (\"Block\", \"Term\")) WITHOUT ROWID",
+                               DoubleQuoted(table))
+                       .c_str());
+  connection_->Run(
+      "CREATE TABLE IF NOT EXISTS \"sys_Sets\" (\"Table\" TEXT COLLATE NOCASE, \"Term\" INTEGER, "
+      "\"Name\" TEXT NOT NULL, \"Rows\" INTEGER NOT NULL, PRIMARY KEY (\"Table\", \"Term\")) WITHOUT ROWID");
 }
 
 void Database::AddField(std::string_view table, const Field& field) {
