@@ -32,7 +32,8 @@ FileDescriptor OpenFile(const std::filesystem::path& path, int flags, const char
   return file;
 }
 
-// One read(2), again after an interruption; 0 at the end of the file.
+}  // namespace
+
 std::size_t ReadSome(const FileDescriptor& file, const std::filesystem::path& path, std::span<char> bytes) {
   for (;;) {
     const ssize_t got = ::read(file.get(), bytes.data(), bytes.size());
@@ -41,17 +42,25 @@ std::size_t ReadSome(const FileDescriptor& file, const std::filesystem::path& pa
   }
 }
 
-}  // namespace
-
-std::string ReadFile(const std::filesystem::path& path) {
+FileDescriptor OpenRegularFile(const std::filesystem::path& path) {
   // Not to wait for a pipe that nobody writes to.
-  const FileDescriptor file = OpenFile(path, O_RDONLY | O_NONBLOCK, "open");
+  FileDescriptor file = OpenFile(path, O_RDONLY | O_NONBLOCK, "open");
   struct stat status {};
   if (::fstat(file.get(), &status) != 0) Fail("read", path, errno);
   if (!S_ISREG(status.st_mode))
     throw FileError(fmt::format("{}: cannot read: this is no file", path.string()));
-  std::string bytes(static_cast<std::size_t>(status.st_size) + 1,
-                    '\0');  // one more, so that the end shows at once
+  return file;
+}
+
+std::uint64_t SizeOf(const FileDescriptor& file, const std::filesystem::path& path) {
+  struct stat status {};
+  if (::fstat(file.get(), &status) != 0) Fail("read", path, errno);
+  return static_cast<std::uint64_t>(status.st_size);
+}
+
+std::string ReadFile(const std::filesystem::path& path) {
+  const FileDescriptor file = OpenRegularFile(path);
+  std::string bytes(SizeOf(file, path) + 1, '\0');  // one more, so that the end shows at once
   std::size_t filled = 0;
   for (;;) {
     const std::size_t got = ReadSome(file, path, std::span(bytes).subspan(filled));

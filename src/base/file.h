@@ -126,6 +126,13 @@ class OutputLock {
   FileDescriptor file_;
 };
 
+// An existing file opened for reading, never a pipe, a folder or a device. Throws FileError.
+FileDescriptor OpenRegularFile(const std::filesystem::path& path);
+// Its size in bytes. Throws FileError.
+std::uint64_t SizeOf(const FileDescriptor& file, const std::filesystem::path& path);
+// One read of the system, begun again after a signal; 0 at the end of the file. Throws FileError.
+std::size_t ReadSome(const FileDescriptor& file, const std::filesystem::path& path, std::span<char> bytes);
+
 // True while the name leads to the open file and to no other.
 bool IsNamed(const FileDescriptor& file, const std::filesystem::path& path);
 

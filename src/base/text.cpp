@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstring>
 
 namespace selvane {
 
@@ -18,20 +19,6 @@ constexpr std::array<char32_t, 32> kUpperControls = {
 
 unsigned Byte(char c) {
   return static_cast<unsigned char>(c);
-}
-
-void AppendUtf8(std::string& out, char32_t c) {
-  const auto put = [&out](char32_t byte) { out.push_back(static_cast<char>(byte)); };
-  if (c < 0x80) {
-    put(c);
-  } else if (c < 0x800) {
-    put(0xC0 | (c >> 6));
-    put(0x80 | (c & 0x3F));
-  } else {
-    put(0xE0 | (c >> 12));
-    put(0x80 | ((c >> 6) & 0x3F));
-    put(0x80 | (c & 0x3F));
-  }
 }
 
 // Length of the well-formed sequence at the start of `text`, 0 when it is not well-formed.
@@ -87,17 +74,44 @@ std::string_view Trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-bool IsUtf8(std::string_view bytes) {
-  while (!bytes.empty()) {
-    const auto wide = std::find_if(bytes.begin(), bytes.end(), [](char c) { return Byte(c) >= 0x80; });
-    bytes.remove_prefix(static_cast<std::size_t>(wide - bytes.begin()));
-    if (bytes.empty()) break;
-    char32_t code = 0;
-    const std::size_t length = SequenceLength(bytes, code);
-    if (length == 0) return false;
-    bytes.remove_prefix(length);
+void AppendUtf8(std::string& out, char32_t code) {
+  const auto put = [&out](char32_t byte) { out.push_back(static_cast<char>(byte)); };
+  if (code < 0x80) return put(code);
+  if (code < 0x800) {
+    put(0xC0 | (code >> 6));
+  } else {
+    if (code < 0x10000) {
+      put(0xE0 | (code >> 12));
+    } else {
+      put(0xF0 | (code >> 18));
+      put(0x80 | ((code >> 12) & 0x3F));
+    }
+    put(0x80 | ((code >> 6) & 0x3F));
   }
-  return true;
+  put(0x80 | (code & 0x3F));
+}
+
+std::size_t ValidUtf8Length(std::string_view bytes) {
+  std::size_t at = 0;
+  while (at < bytes.size()) {
+    // Most text is ASCII: eight bytes at once while none is beyond.
+    std::uint64_t word = 0;
+    for (; at + sizeof word <= bytes.size(); at += sizeof word) {
+      std::memcpy(&word, bytes.data() + at, sizeof word);
+      if ((word & 0x8080808080808080U) != 0) break;
+    }
+    while (at < bytes.size() && Byte(bytes[at]) < 0x80) ++at;
+    if (at == bytes.size()) break;
+    char32_t code = 0;
+    const std::size_t length = SequenceLength(bytes.substr(at), code);
+    if (length == 0) return at;
+    at += length;
+  }
+  return at;
+}
+
+bool IsUtf8(std::string_view bytes) {
+  return ValidUtf8Length(bytes) == bytes.size();
 }
 
 std::size_t CharacterCount(std::string_view text) {

@@ -35,6 +35,10 @@ std::string DoubleQuoted(std::string_view text);
 std::string_view Trimmed(std::string_view text);
 
 bool IsUtf8(std::string_view bytes);
+// Length of the valid UTF-8 text at the beginning of the bytes.
+std::size_t ValidUtf8Length(std::string_view bytes);
+// Appends a character, by its code.
+void AppendUtf8(std::string& out, char32_t code);
 
 // Number of characters of valid UTF-8 text.
 std::size_t CharacterCount(std::string_view text);
