@@ -14,7 +14,15 @@ namespace selvane {
 namespace {
 
 // Our own tables, which users are not to see. By their whole names: a table of theirs may begin like one.
-constexpr std::array<std::string_view, 4> kOwnTables = {"sys_Locale", "sys_Queries", "sys_Notes", "sys_Sets"};
+constexpr std::array kOwnTables = std::to_array<std::string_view>({
+    "sys_Locale",
+    "sys_Queries",
+    "sys_Notes",
+    "sys_Sets",
+    "sys_Headings",
+    "sys_EntryTerms",
+    "sys_Supplementary",
+});
 
 // The declared type and the check that the file itself makes on every row, whoever writes it.
 std::string Declaration(const Field& field) {

@@ -14,6 +14,7 @@
 #include "base/progress.h"
 #include "data/database.h"
 #include "data/transaction_source.h"
+#include "taxonomy/heading_tables.h"
 #include "taxonomy/ornex_table.h"
 #include "taxonomy/taxonomy_table.h"
 
@@ -44,10 +45,12 @@ class TaxonomyStore {
   // A number greater than every antecedent or consequent size: where a search for the smallest may start.
   std::int32_t SpecificityBound() const;
 
-  // Lookups over `Taxonomy`, over `Source`, and over `TaxonomyOrnex`, which a file may have.
+  // Lookups over `Taxonomy`, over `Source`, over `TaxonomyOrnex`, which a file may have, and over our own
+  // tables of headings.
   TaxonomyTable working() const { return {database_, "Taxonomy"}; }
   TaxonomyTable source() const { return {database_, "Source"}; }
   OrnexTable ornex() const { return OrnexTable(database_); }
+  HeadingTables headings() const { return HeadingTables(database_); }
 
   // The children that the node's SON columns name: a term that stands twice below the node is named twice and
   // found twice each time.
