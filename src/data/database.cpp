@@ -26,18 +26,37 @@ struct LockedConnection : Connection {
   FileDescriptor read_only_lock;
 };
 
+constexpr int kLargestValue = 64 << 20;  // bytes
+
+// What a file brings along in its schema does nothing: no trigger runs, no view is read, and no function with
+// an effect beyond its value is called. A name in double quotes that is no column is an error, never a text.
+void Restrain(sqlite3* connection) {
+  sqlite3_db_config(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+  for (const int option : {SQLITE_DBCONFIG_TRUSTED_SCHEMA, SQLITE_DBCONFIG_ENABLE_TRIGGER,
+                           SQLITE_DBCONFIG_ENABLE_VIEW, SQLITE_DBCONFIG_DQS_DML, SQLITE_DBCONFIG_DQS_DDL}) {
+    sqlite3_db_config(connection, option, 0, nullptr);
+  }
+  sqlite3_limit(connection, SQLITE_LIMIT_ATTACHED, 0);  // no SQL text reaches, or makes, another file
+  sqlite3_limit(connection, SQLITE_LIMIT_LENGTH, kLargestValue);
+  sqlite3_limit(connection, SQLITE_LIMIT_EXPR_DEPTH, 100);
+  sqlite3_limit(connection, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 4096);
+}
+
+// The engine would take some names for something else: file:x for an address with options, :memory: for no
+// file at all. Below a folder every name is a plain one.
+std::filesystem::path PlainName(const std::filesystem::path& path) {
+  return path.is_absolute() ? path : "." / path;
+}
+
 std::shared_ptr<LockedConnection> Connect(const std::filesystem::path& path, int flags) {
   auto connection = std::make_shared<LockedConnection>();
   connection->path = path;
   sqlite3* raw = nullptr;
-  const int status = sqlite3_open_v2(path.c_str(), &raw, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+  const int status = sqlite3_open_v2(PlainName(path).c_str(), &raw, flags | SQLITE_OPEN_NOMUTEX, nullptr);
   connection->handle.reset(raw);
   if (status != SQLITE_OK) connection->Fail({});
-  // A name in double quotes that is no column is an error, never a text.
-  sqlite3_db_config(raw, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
-  sqlite3_db_config(raw, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
   sqlite3_extended_result_codes(raw, 1);
-  sqlite3_limit(raw, SQLITE_LIMIT_ATTACHED, 0);  // no SQL text reaches, or makes, another file
+  Restrain(raw);
   return connection;
 }
 

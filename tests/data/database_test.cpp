@@ -146,6 +146,24 @@ TEST_F(DatabaseTest, FaultsSayWhatToDo) {
   EXPECT_EQ(FileNames("."), (Texts{"empty.mdb", "folder", "text.mdb", "there.mdb"}));
 }
 
+TEST_F(DatabaseTest, WhatAFileBringsAlongDoesNothing) {
+  {
+    const Database made = WithTable("file:a?mode=memory");
+    made.connection()->Run(
+        "CREATE VIEW V AS SELECT * FROM T; CREATE TABLE Fired (X);"
+        "CREATE TRIGGER R AFTER INSERT ON T BEGIN INSERT INTO Fired VALUES (1); END;");
+  }
+  EXPECT_EQ(FileNames("."), Texts{"file:a?mode=memory"});
+  Database database = Database::Open("file:a?mode=memory", OpenMode::kWritable);
+  database.Execute("insert into T (Small) values(1)");
+  EXPECT_EQ(Rows(database, "SELECT Small FROM T"), Texts{"1"});
+  EXPECT_EQ(database.RecordCount("Fired"), 0);
+  for (const char* sql : {"SELECT * FROM V", "SELECT length(hex(zeroblob(33554433))) FROM T"})
+    EXPECT_THROW(database.OpenRecordset(sql), DatabaseError) << sql;
+  for (const char* sql : {"ATTACH 'b.mdb' AS b", "PRAGMA journal_mode=OFF; CREATE TABLE sqlite_x (Y)"})
+    EXPECT_THROW(database.connection()->Run(sql), DatabaseError) << sql;
+}
+
 TEST_F(DatabaseTest, EditsTheRowItStandsOnAndReadsItAsStored) {
   Database database = WithTable("a.mdb");
   Recordset added = database.OpenEditable("SELECT * FROM T");
