@@ -7,6 +7,8 @@
 #include <charconv>
 #include <cstring>
 
+#include "base/utf8.h"
+
 namespace selvane {
 
 namespace {
@@ -21,7 +23,8 @@ unsigned Byte(char c) {
   return static_cast<unsigned char>(c);
 }
 
-// Length of the well-formed sequence at the start of `text`, 0 when it is not well-formed.
+}  // namespace
+
 std::size_t SequenceLength(std::string_view text, char32_t& code) {
   const unsigned lead = Byte(text[0]);
   if (lead < 0x80) {
@@ -39,8 +42,6 @@ std::size_t SequenceLength(std::string_view text, char32_t& code) {
   const bool surrogate = code >= 0xD800 && code <= 0xDFFF;
   return code < kSmallest[length] || code > 0x10FFFF || surrogate ? 0 : length;
 }
-
-}  // namespace
 
 // As the engine compares names of tables and columns, whatever the locale.
 std::string LowerCase(std::string_view text) {
@@ -135,25 +136,10 @@ std::string FromCodePage1252(std::string_view bytes) {
   return utf8;
 }
 
-namespace {
-
-// Visits each character of a text as its code, and each byte that is no UTF-8 as nothing.
-template <typename Visit>
-void ForEachCode(std::string_view utf8, const Visit& visit) {
-  while (!utf8.empty()) {
-    char32_t code = 0;
-    const std::size_t length = SequenceLength(utf8, code);
-    utf8.remove_prefix(std::max<std::size_t>(length, 1));
-    visit(length > 0 ? std::optional(code) : std::nullopt);
-  }
-}
-
-}  // namespace
-
 std::string ToCodePage1252(std::string_view utf8) {
   std::string bytes;
   bytes.reserve(utf8.size());
-  ForEachCode(utf8, [&bytes](std::optional<char32_t> code) {
+  ForEachCode(utf8, [&bytes](std::optional<char32_t> code, std::string_view) {
     const auto control = std::find(kUpperControls.begin(), kUpperControls.end(), code);
     if (control != kUpperControls.end()) {
       bytes.push_back(static_cast<char>(0x80 + (control - kUpperControls.begin())));
@@ -168,7 +154,7 @@ std::string ToCodePage1252(std::string_view utf8) {
 std::string ToLatin1(std::string_view utf8) {
   std::string bytes;
   bytes.reserve(utf8.size());
-  ForEachCode(utf8, [&bytes](std::optional<char32_t> code) {
+  ForEachCode(utf8, [&bytes](std::optional<char32_t> code, std::string_view) {
     if (code && *code < 0x100) {
       bytes.push_back(static_cast<char>(*code));
     } else {

@@ -2,8 +2,11 @@
 #include <locale.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <iostream>
+#include <string_view>
 
+#include "base/shown_text.h"
 #include "cli/cli.h"
 #include "cli/terminal_progress.h"
 
@@ -19,29 +22,43 @@ char DecimalSign() {
   return first;
 }
 
+// Whether a text looks on a terminal as it is; known without memory, which a message may be about.
+bool IsPlain(std::string_view text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char c) { return (c >= ' ' && c <= '~') || c == '\n' || c == '\t'; });
+}
+
 // Takes the progress line away before anything else is written to the terminal.
 // For standard output, signals are released too: what is printed is complete, and a pipe that nobody reads
 // must not keep the program from being ended.
+// What is for people's eyes is written with its control characters made visible; each write holds whole
+// characters. Data to a pipe or a file stay as they are.
 class ClearingBuffer final : public std::streambuf {
  public:
-  ClearingBuffer(std::streambuf* target, selvane::TerminalProgress& progress,
+  ClearingBuffer(std::streambuf* target, bool is_for_eyes, selvane::TerminalProgress& progress,
                  selvane::InterruptSignal* released = nullptr)
-      : target_(target), progress_(progress), released_(released) {}
+      : target_(target), is_for_eyes_(is_for_eyes), progress_(progress), released_(released) {}
 
  protected:
   int overflow(int c) override {
-    progress_.Clear();
-    return c == EOF ? 0 : target_->sputc(static_cast<char>(c));
+    if (c == EOF) return 0;
+    const char byte = static_cast<char>(c);
+    return xsputn(&byte, 1) == 1 ? c : EOF;
   }
   std::streamsize xsputn(const char* text, std::streamsize size) override {
     progress_.Clear();
     if (released_ != nullptr) released_->Release();
-    return target_->sputn(text, size);
+    const std::string_view whole(text, static_cast<std::size_t>(size));
+    if (!is_for_eyes_ || IsPlain(whole)) return target_->sputn(text, size);
+    const std::string visible = selvane::Visible(whole);
+    const auto length = static_cast<std::streamsize>(visible.size());
+    return target_->sputn(visible.data(), length) == length ? size : 0;
   }
   int sync() override { return target_->pubsync(); }
 
  private:
   std::streambuf* target_;
+  const bool is_for_eyes_;
   selvane::TerminalProgress& progress_;
   selvane::InterruptSignal* released_;
 };
@@ -51,8 +68,8 @@ class ClearingBuffer final : public std::streambuf {
 int main(int argc, char** argv) {
   selvane::InterruptSignal signal;
   selvane::TerminalProgress progress(std::cerr, ::isatty(STDERR_FILENO) == 1, signal);
-  ClearingBuffer out_buffer(std::cout.rdbuf(), progress, &signal);
-  ClearingBuffer err_buffer(std::cerr.rdbuf(), progress);
+  ClearingBuffer out_buffer(std::cout.rdbuf(), ::isatty(STDOUT_FILENO) == 1, progress, &signal);
+  ClearingBuffer err_buffer(std::cerr.rdbuf(), true, progress);
   std::ostream out(&out_buffer);
   std::ostream err(&err_buffer);
   const selvane::SystemClock clock;

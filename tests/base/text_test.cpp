@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "base/shown_text.h"
+
 namespace selvane::tests {
 
 TEST(Text, DecodesEveryKindOfInput) {
@@ -32,6 +34,20 @@ TEST(Text, EachEncodingHoldsWhatItCanAndMarksTheRest) {
     EXPECT_EQ(ToCodePage1252(utf8), code_page_1252) << latin1;
     EXPECT_EQ(ToLatin1(utf8), latin1);
   }
+}
+
+TEST(Text, IsShownWithoutPowerOverTerminalsAndSpreadsheets) {
+  const std::pair<const char*, const char*> visible[] = {
+      {"a\tb\n \xC5\xBC", "a\tb\n \xC5\xBC"},
+      {"\x1B[2J\r\x7F", "\\x1b[2J\\x0d\\x7f"},
+      {"\xC2\x9B\xC2\xA0\x9B\xC5", "\\x9b\xC2\xA0\\x9b\\xc5"}};
+  for (const auto& [text, shown] : visible) EXPECT_EQ(Visible(text), shown);
+  for (const char* const text : {"=1", "+a", "-inf", "-0.5 AND x", "@a", "\ta", "\ra", "\na"})
+    EXPECT_EQ(Guarded(text), "'" + std::string(text));
+  for (const char* const text : {"", "-0.5", "+1,5", "a=1", " -a"}) EXPECT_EQ(Guarded(text), text);
+  const std::string longest(120, 'x');
+  EXPECT_EQ(Shortened(longest), longest);
+  EXPECT_EQ(Shortened(longest.substr(1) + "\xC5\xBC"), longest.substr(1) + "...");
 }
 
 TEST(Text, ListsNameThirtyAndCountTheRest) {

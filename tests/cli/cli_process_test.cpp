@@ -66,4 +66,17 @@ TEST_F(CliProcessTest, OutputThatCannotBeWrittenIsAFailure) {
   EXPECT_EQ(ReadFile("err"), "");
 }
 
+TEST_F(CliProcessTest, NamesDoNotCommandTheTerminal) {
+  WriteText("odd.xml", NodeLine("red \x1B[31m", "C1"));
+  ASSERT_EQ(Run("taxonomy load odd.xml odd.mdb"), 0);
+  const auto lines = [](const char* line) { return std::string("1\tC\t\n2\tC.1\tred ") + line + "[31m\n"; };
+  EXPECT_EQ(Run("taxonomy list odd.mdb >out"), 0);
+  EXPECT_EQ(ReadFile("out"), lines("\x1B"));
+  ASSERT_EQ(std::system("script -qec 'stty -opost; " SELVANE_CLI " taxonomy list odd.mdb' /dev/null >out"),
+            0);
+  EXPECT_EQ(ReadFile("out"), lines("\\x1b"));
+  EXPECT_EQ(Run("taxonomy list odd.mdb --under $(printf '\\033')"), 1);
+  EXPECT_NE(ReadFile("err").find("position \\x1b;"), std::string::npos);
+}
+
 }  // namespace selvane::tests
