@@ -86,17 +86,17 @@ _selvane_cli() {
       options='--taxonomy --output --overwrite --table --min-support --min-confidence --no-generalize --closed --unreduced
                --itemsets --help'
       ;;
-    'rules show') options='--taxonomy --table --format --sort --limit --help' ;;
+    'rules show') options='--taxonomy --table --format --no-guard --sort --limit --help' ;;
     'rules filter rating')
-      options='--taxonomy --table --viewpoint --threshold --behaviour --format --save --help'
+      options='--taxonomy --table --viewpoint --threshold --behaviour --format --no-guard --save --help'
       ;;
     'rules filter template')
-      options='--taxonomy --table --inclusive --restrictive --order --format --save --help'
+      options='--taxonomy --table --inclusive --restrictive --order --format --no-guard --save --help'
       ;;
     'rules filter specificity')
-      options='--taxonomy --table --ground --on --order --depth --format --save --help'
+      options='--taxonomy --table --ground --on --order --depth --format --no-guard --save --help'
       ;;
-    'rules filter cover') options='--taxonomy --terms --table --clusters --format --save --help' ;;
+    'rules filter cover') options='--taxonomy --terms --table --clusters --format --no-guard --save --help' ;;
     'pmml export') options='--taxonomy --output --table --pmml-version --overwrite --help' ;;
     'pmml import') options='--taxonomy --output --rules --help' ;;
     *) options='--help' ;;

@@ -27,7 +27,7 @@ struct FilterOptions {
   fs::path database;
   fs::path taxonomy;
   std::string table;
-  RuleFormat format = RuleFormat::kText;
+  RuleLayout layout;
   bool save = false;
 };
 
@@ -44,7 +44,7 @@ class FilterRun {
 
   // Prints rules in this order and, where that was asked for, saves them.
   void Finish(std::span<const ListedRule> kept, std::string_view nothing_kept) {
-    Finish(kept, PrintRules(rules, kept, options_.format, names), nothing_kept);
+    Finish(kept, PrintRules(rules, kept, options_.layout, names), nothing_kept);
   }
   // The same with the rules as text already.
   void Finish(std::span<const ListedRule> kept, std::string_view text, std::string_view nothing_kept) {
@@ -80,7 +80,7 @@ void AddCommonOptions(CLI::App& command, FilterOptions& options) {
   command.add_option("RULESDB", options.database, "Rules database")->required();
   command.add_option("--taxonomy", options.taxonomy, "Taxonomy database")->required()->type_name("TAXDB");
   command.add_option("--table", options.table, "Rules table, where there are several")->type_name("T");
-  AddRuleFormat(command, options.format);
+  AddRuleLayout(command, options.layout);
   command.add_flag("--save", options.save,
                    "Save the kept rules as a new table of the database and print its name");
 }
@@ -233,7 +233,7 @@ void AddClusters(FilterRun& run, const CoverFilter& filter, const CoverFilter::C
     fmt::format_to(std::back_inserter(text), "# cluster {}: {}\n", ++number,
                    run.names.Joined(cover.consequent));
     const std::vector<ListedRule> listed = ListedRules(cluster);
-    text += PrintRules(run.rules, listed, RuleFormat::kText, run.names);
+    text += PrintRules(run.rules, listed, {}, run.names);
     kept.insert(kept.end(), listed.begin(), listed.end());
   }
 }
@@ -254,8 +254,8 @@ void Cover(const CoverOptions& options, const CliContext& context) {
     }
   }
   fmt::print(context.err, "{} covers, {} of {} rules kept\n", covers.size(), kept.size(), run.rules.size());
-  const bool in_clusters = options.clusters > 0 && options.format == RuleFormat::kText;
-  run.Finish(kept, in_clusters ? text : PrintRules(run.rules, kept, options.format, run.names),
+  const bool in_clusters = options.clusters > 0 && options.layout.format == RuleFormat::kText;
+  run.Finish(kept, in_clusters ? text : PrintRules(run.rules, kept, options.layout, run.names),
              "No rule matches a row of the term table");
 }
 

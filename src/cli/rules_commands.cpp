@@ -243,7 +243,7 @@ struct ShowOptions {
   fs::path database;
   fs::path taxonomy;
   std::string table;
-  RuleFormat format = RuleFormat::kText;
+  RuleLayout layout;
   RuleOrder sort = RuleOrder::kNumber;
   long limit = 0;
 };
@@ -262,7 +262,7 @@ void Show(const ShowOptions& options, const CliContext& context) {
     numbers.resize(static_cast<std::size_t>(options.limit));
   NodeNames names(taxonomy);
   context.progress.SetStatus("Completed!!");
-  WriteOut(context, PrintRules(list, ListedRules(numbers), options.format, names));
+  WriteOut(context, PrintRules(list, ListedRules(numbers), options.layout, names));
 }
 
 void AddShow(CLI::App& group, const CliContext& context) {
@@ -271,7 +271,7 @@ void AddShow(CLI::App& group, const CliContext& context) {
   command->add_option("RULESDB", options->database, "Rules database")->required();
   command->add_option("--taxonomy", options->taxonomy, "Taxonomy database")->required()->type_name("TAXDB");
   command->add_option("--table", options->table, "Rules table, where there are several")->type_name("T");
-  AddRuleFormat(*command, options->format);
+  AddRuleLayout(*command, options->layout);
   AddChoice<RuleOrder>(*command, "--sort", options->sort,
                        {{"index", RuleOrder::kNumber},
                         {"support", RuleOrder::kDecreasingSupport},

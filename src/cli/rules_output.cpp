@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
+#include "base/shown_text.h"
 #include "base/text.h"
 #include "measures/measures.h"
 
@@ -59,7 +60,12 @@ std::string MeasureText(std::optional<double> measure) {
   return measure ? fmt::format("{}", *measure) : std::string();
 }
 
-std::string AsCsv(const RuleList& rules, std::span<const ListedRule> listed, NodeNames& names) {
+std::string AsCsv(const RuleList& rules, std::span<const ListedRule> listed, bool guards_formulas,
+                  NodeNames& names) {
+  const auto cell = [&](const std::vector<NodeNumber>& side) {
+    const std::string text = names.Joined(side);
+    return DoubleQuoted(guards_formulas ? Guarded(text) : text);
+  };
   std::string text =
       "INDEX,ANTECEDENT,CONSEQUENT,ANTECEDENT_NAMES,CONSEQUENT_NAMES,SUPPORT,CONFIDENCE,PA,PC,ASPEC,CSPEC,"
       "LIFT,LEVERAGE,CONVICTION\n";
@@ -67,11 +73,11 @@ std::string AsCsv(const RuleList& rules, std::span<const ListedRule> listed, Nod
     const Rule& rule = rules[number];
     const Measures measures = MeasuresOf(rule);
     fmt::format_to(std::back_inserter(text), "{},{},{},{},{},{},{},{},{},{},{},{},{},{}\n", number,
-                   Numbers(rule.antecedent), Numbers(rule.consequent),
-                   DoubleQuoted(names.Joined(rule.antecedent)), DoubleQuoted(names.Joined(rule.consequent)),
-                   SingleText(rule.support), SingleText(rule.confidence), SingleText(rule.pa),
-                   SingleText(rule.pc), rule.aspec, rule.cspec, MeasureText(measures.lift),
-                   MeasureText(measures.leverage), MeasureText(measures.conviction));
+                   Numbers(rule.antecedent), Numbers(rule.consequent), cell(rule.antecedent),
+                   cell(rule.consequent), SingleText(rule.support), SingleText(rule.confidence),
+                   SingleText(rule.pa), SingleText(rule.pc), rule.aspec, rule.cspec,
+                   MeasureText(measures.lift), MeasureText(measures.leverage),
+                   MeasureText(measures.conviction));
   }
   return text;
 }
@@ -118,17 +124,20 @@ std::vector<ListedRule> ListedRules(std::span<const RuleNumber> numbers) {
   return listed;
 }
 
-void AddRuleFormat(CLI::App& command, RuleFormat& format) {
-  AddChoice<RuleFormat>(command, "--format", format,
+void AddRuleLayout(CLI::App& command, RuleLayout& layout) {
+  AddChoice<RuleFormat>(command, "--format", layout.format,
                         {{"text", RuleFormat::kText}, {"csv", RuleFormat::kCsv}, {"json", RuleFormat::kJson}},
                         "text, csv or json");
+  command.add_flag_callback(
+      "--no-guard", [&layout] { layout.guards_formulas = false; },
+      "In csv, put no apostrophe before names that a spreadsheet would take for formulas");
 }
 
-std::string PrintRules(const RuleList& rules, std::span<const ListedRule> listed, RuleFormat format,
+std::string PrintRules(const RuleList& rules, std::span<const ListedRule> listed, const RuleLayout& layout,
                        NodeNames& names) {
-  switch (format) {
+  switch (layout.format) {
     case RuleFormat::kCsv:
-      return AsCsv(rules, listed, names);
+      return AsCsv(rules, listed, layout.guards_formulas, names);
     case RuleFormat::kJson:
       return AsJson(rules, listed, names);
     default:

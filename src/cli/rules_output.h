@@ -21,10 +21,15 @@ std::vector<ListedRule> ListedRules(std::span<const RuleNumber> numbers);
 
 enum class RuleFormat { kText, kCsv, kJson };
 
-void AddRuleFormat(CLI::App& command, RuleFormat& format);
+struct RuleLayout {
+  RuleFormat format = RuleFormat::kText;
+  bool guards_formulas = true;  // in csv, names that a spreadsheet would take for formulas
+};
+
+void AddRuleLayout(CLI::App& command, RuleLayout& layout);
 
 // The listed rules as text (one a line with number, support and confidence), csv or json.
-std::string PrintRules(const RuleList& rules, std::span<const ListedRule> listed, RuleFormat format,
+std::string PrintRules(const RuleList& rules, std::span<const ListedRule> listed, const RuleLayout& layout,
                        NodeNames& names);
 
 }  // namespace selvane
