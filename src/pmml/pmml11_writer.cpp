@@ -7,6 +7,7 @@
 #include "base/file.h"
 #include "base/text.h"
 #include "pmml/pmml_model.h"
+#include "pmml/xml_text.h"
 #include "rules/rule_list.h"
 #include "taxonomy/position_code.h"
 
@@ -38,11 +39,11 @@ void WriteHead(OutputFile& output, std::string_view model_name, const RulesInfo&
       "<DataDictionary numberOfFields=\"1\" >\r\n"
       "\t\t<DataField name=\"item\" optype=\"categorical\" />\r\n"
       "</DataDictionary>\r\n");
-  output.Write(fmt::format("\n\n<AssociationModel   modelName=\"{}\">\n", ToLatin1(model_name)));
+  output.Write(fmt::format("\n\n<AssociationModel   modelName=\"{}\">\n", PlainLatin1(model_name)));
   output.Write(fmt::format(
       "\t\t<AssocInputStats numberOfTransactions=\"{}\" minimumSupport=\"{}\"  minimumConfidence=\"{}\" "
       "numberOfItems=\"{}\"  numberOfItemsets=\"{}\"  numberOfRules=\"{}\"/>",
-      ToLatin1(info.rows), ToLatin1(info.min_support), ToLatin1(info.min_confidence),
+      PlainLatin1(info.rows), PlainLatin1(info.min_support), PlainLatin1(info.min_confidence),
       info.first_map.size() + info.second_map.size(), 2 * rules, rules));
 }
 
@@ -55,12 +56,12 @@ void WriteItems(OutputFile& output, const std::vector<std::int32_t>& map, std::s
     auto line = lines.find(map[place]);
     if (line == lines.end()) {
       const TaxonomyNode node = taxonomy.source().FindNode(map[place]).value_or(TaxonomyNode{});
-      line =
-          lines
-              .emplace(map[place],
-                       fmt::format("<AssocItem id=\"{}\"  value=\"{}\"  mappedValue=\"{}\" weight=\"{}\"/>\n",
-                                   map[place], ToLatin1(node.term), ToLatin1(TreeNumber(node.code)), weight))
-              .first;
+      line = lines
+                 .emplace(map[place],
+                          fmt::format(
+                              "<AssocItem id=\"{}\"  value=\"{}\"  mappedValue=\"{}\" weight=\"{}\"/>\n",
+                              map[place], PlainLatin1(node.term), PlainLatin1(TreeNumber(node.code)), weight))
+                 .first;
     }
     text += line->second;
     if (place % kPulseLines == 0) {

@@ -14,9 +14,9 @@
 namespace selvane {
 
 // Writes the rules of the store's source table, under the name `model_name`. The file is in ISO-8859-1; what
-// that does not hold becomes a numeric character reference. Nothing else is escaped. There is an item line
-// for every entry of both maps of the information file, and every itemset is written with each rule that has
-// it.
+// that does not hold, and a line end, becomes a numeric character reference; what XML cannot hold a blank or
+// a question mark. Nothing else is escaped. There is an item line for every entry of both maps of the
+// information file, and every itemset is written with each rule that has it.
 //
 // The taxonomy, which must live until the end, is asked for when the head is written. Where there is none,
 // the file ends behind its head, and other programs do not read it.

@@ -9,6 +9,7 @@
 #include "base/file.h"
 #include "base/text.h"
 #include "measures/measures.h"
+#include "pmml/xml_text.h"
 #include "rules/rule_list.h"
 #include "taxonomy/position_code.h"
 #include "version.h"
@@ -16,32 +17,6 @@
 namespace selvane {
 
 namespace {
-
-// The XML library escapes only what it lays out itself, which would be other bytes than these files have had
-// so far, and holds the whole document in memory.
-std::string Escaped(std::string_view text) {
-  std::string escaped;
-  for (const char c : text) {
-    switch (c) {
-      case '&':
-        escaped += "&amp;";
-        break;
-      case '<':
-        escaped += "&lt;";
-        break;
-      case '>':
-        escaped += "&gt;";
-        break;
-      case '"':
-        escaped += "&quot;";
-        break;
-      default:
-        // XML has no way to write a control character.
-        escaped += static_cast<unsigned char>(c) < 0x20 ? ' ' : c;
-    }
-  }
-  return escaped;
-}
 
 // A number as XML has it, whatever sign the text was written with.
 std::string NumberText(const std::string& text) {
@@ -98,8 +73,8 @@ void WriteHead(OutputFile& output, const Clock& clock) {
 void WriteItem(OutputFile& output, std::int32_t item, const TaxonomyStore& taxonomy) {
   const TaxonomyNode node = taxonomy.source().FindNode(item).value_or(TaxonomyNode{});
   const std::string name = node.term.empty() ? fmt::format("#{}", item) : node.term;
-  output.Write(fmt::format("  <Item id=\"{}\" value=\"{}\" mappedValue=\"{}\"/>\n", item, Escaped(name),
-                           Escaped(TreeNumber(node.code))));
+  output.Write(fmt::format("  <Item id=\"{}\" value=\"{}\" mappedValue=\"{}\"/>\n", item, XmlAttribute(name),
+                           XmlAttribute(TreeNumber(node.code))));
 }
 
 void WriteItemset(OutputFile& output, std::size_t number, const Itemsets::Itemset& itemset) {
@@ -148,7 +123,7 @@ void WritePmml44(const RulesStore& store, const ModelParameters& parameters, con
       "   <MiningField name=\"transaction\" usageType=\"group\"/>\n"
       "   <MiningField name=\"item\" usageType=\"active\"/>\n"
       "  </MiningSchema>\n",
-      Escaped(parameters.name), CountText(parameters.transactions), NumberText(parameters.min_support),
+      XmlAttribute(parameters.name), CountText(parameters.transactions), NumberText(parameters.min_support),
       NumberText(parameters.min_confidence), items.size(), itemsets.all().size(), rules.size()));
   progress.SetStatus("Exporting items ...");
   for (const std::int32_t item : items) WriteItem(output, item, taxonomy);

@@ -7,6 +7,9 @@
 #include <pugixml.hpp>
 #include <unordered_map>
 
+#include "base/shown_text.h"
+#include "pmml/xml_text.h"
+#include "rules/rules_store.h"
 #include "taxonomy/position_code.h"
 
 namespace selvane {
@@ -98,13 +101,17 @@ class ItemNodes {
     if (number) {
       // What is pruned keeps its number, and an item without a position is known by its number and its name.
       const TaxonomyNode node = taxonomy.source().FindNode(*number).value_or(TaxonomyNode{});
-      if ((code.empty() || node.code == code) && (node.term == value || is_unnamed)) return number;
+      // Names are compared as the file can hold them.
+      if ((code.empty() || node.code == code) && (HeldByXml(node.term) == value || is_unnamed)) {
+        return number;
+      }
     }
     std::vector<NodeNumber> nodes;
     if (!code.empty()) nodes = taxonomy.working().NodesAtPosition(code);
     // Another term may stand there in this taxonomy.
-    std::erase_if(nodes,
-                  [&](NodeNumber node) { return !is_unnamed && taxonomy.working().FindTerm(node) != value; });
+    std::erase_if(nodes, [&](NodeNumber node) {
+      return !is_unnamed && HeldByXml(taxonomy.working().FindTerm(node).value_or("")) != value;
+    });
     if (nodes.empty()) nodes = taxonomy.working().NodesOfTerm(value);
     return nodes.empty() ? std::nullopt : std::optional(nodes.front());
   }

@@ -1,3 +1,6 @@
+#include <expat.h>
+
+#include <memory>
 #include <pugixml.hpp>
 
 #include "pmml/pmml11_writer.h"
@@ -128,6 +131,33 @@ TEST_F(PmmlTest, WritesAValidModelOfVersion44) {
             std::string(kOddTerm));
   EXPECT_EQ(model.attribute("minimumSupport").value(), std::string("0.2"));
   EXPECT_TRUE(ids["Item"].size() == 4 && ids["Itemset"].size() == 6 && ids["AssociationRule"].size() == 5);
+}
+
+// Names that break lines, and that XML cannot hold: the files are whole, and ours are read back.
+TEST_F(PmmlTest, HostileNamesGiveWellFormedFilesThatComeBack) {
+  {
+    Database names = Database::Open("tax.mdb", OpenMode::kWritable);
+    int node = 0;
+    for (const char* const name : {"a\tb", "a\nb\r", "\xEF\xBF\xBF\x1B'", "\xFF|\xEF\xBF\xBE", "\xC4\x80"})
+      names.Execute(
+          fmt::format("UPDATE Source SET Canonical='{}' WHERE Index='{}'", WithoutQuotes(name), ++node));
+  }
+  info_ = {"T", "5", "0.2", "0.5", {}, {1, 2, 3, 4, 5}, {}};
+  Insert({1, 2}, {3, 4});
+  Insert({5}, {2});
+  Export11();
+  Export44();
+  for (const char* const file : {"a.xml", "b.xml"}) {
+    const std::unique_ptr<XML_ParserStruct, void (*)(XML_Parser)> parser(XML_ParserCreate(nullptr),
+                                                                         XML_ParserFree);
+    const std::string text = ReadFile(file);
+    EXPECT_EQ(XML_Parse(parser.get(), text.data(), static_cast<int>(text.size()), 1), XML_STATUS_OK) << file;
+    const PmmlFile model(file);
+    EXPECT_EQ(model.ReadHead(progress_).declared_rules, 2);
+    EXPECT_EQ(model.ReadRules(TaxonomyStore("tax.mdb"), progress_).at(0).consequent, (std::vector{3, 4}));
+  }
+  EXPECT_NE(ReadFile("a.xml").find("value=\"a&#10;b&#13;\""), std::string::npos);
+  EXPECT_NE(ReadFile("b.xml").find("value=\"a&#9;b\""), std::string::npos);
 }
 
 TEST_F(PmmlTest, RulesComeBackAsTheyWentOut) {
