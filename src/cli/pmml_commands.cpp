@@ -86,14 +86,15 @@ void Import(const ImportOptions& options, const CliContext& context) {
         "without --rules",
         options.file.string(), head.declared_rules));
   }
+  // Before anything is made, as the taxonomy may turn out to be damaged.
+  const NodeNumber largest = taxonomy.source().LargestNodeNamedIn(head.taxonomy_codes);
   ImportRules(head, options.with_rules ? &rules : nullptr, options.output, ExistingFile::kRefuse,
               context.progress);
   context.progress.SetStatus("Completed!!");
   fmt::print(
       context.err,
       "table {}: the file declares {} rules, {} were taken over; the greatest node of its taxonomies is {}\n",
-      head.parameters.name, head.declared_rules, rules.size(),
-      taxonomy.source().LargestNodeNamedIn(head.taxonomy_codes));
+      head.parameters.name, head.declared_rules, rules.size(), largest);
 }
 
 void AddImport(CLI::App& group, const CliContext& context) {

@@ -6,6 +6,7 @@
 #include <cctype>
 #include <cmath>
 #include <optional>
+#include <unordered_set>
 
 #include "base/error.h"
 #include "base/file.h"
@@ -84,6 +85,7 @@ PmmlHead ReadLineHead(const std::string& text, const fs::path& path, Progress& p
     }
   }
   if (!has_model) throw NoModel(path);
+  CheckParameters(head.parameters, path);
   progress.SetStatus("Importing used taxonomies ...");
   progress.SetRange(0, head.declared_items);
   progress.SetPosition(0);
@@ -93,6 +95,7 @@ PmmlHead ReadLineHead(const std::string& text, const fs::path& path, Progress& p
       const std::string code = lines.Attribute("mappedValue=");
       const std::string value = lines.Attribute("value=");
       if (IsCategory(code)) {
+        CheckTaxonomyName(value, path);
         head.taxonomies.push_back(value);
         head.taxonomy_codes += code;
       }
@@ -137,7 +140,7 @@ std::vector<Rule> ReadLineRules(const std::string& text, const fs::path& path, P
       const std::size_t place = 2 * rules.size();
       rules.push_back(MakeRule(itemsets.At(place, lines.Attribute("antecedent="), path),
                                itemsets.At(place + 1, lines.Attribute("consequent="), path),
-                               lines.Figure("support="), lines.Figure("confidence=")));
+                               lines.Figure("support="), lines.Figure("confidence="), path));
     }
     if (read % 4096 == 0) progress.Pulse();
   }
@@ -176,10 +179,9 @@ RulesInfo ImportInfo(const PmmlHead& head, const std::vector<Rule>& rules) {
                  .first_map = MapOfItems(items),
                  .second_map = MapOfItems({})};
   // An export of the old form repeats its items.
+  std::unordered_set<std::string_view> seen;
   for (const std::string& name : head.taxonomies) {
-    if (std::find(info.taxonomies.begin(), info.taxonomies.end(), name) == info.taxonomies.end()) {
-      info.taxonomies.push_back(name);
-    }
+    if (seen.insert(name).second) info.taxonomies.push_back(name);
   }
   return info;
 }

@@ -18,6 +18,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// In bytes. A term has 127 characters at most, and a reference to a character 10 bytes.
+constexpr std::size_t kLongestParameter = 255;
+constexpr std::size_t kLongestTaxonomyName = std::size_t{127} * 10;
+
+void CheckLength(std::string_view text, std::string_view what, std::size_t most, const fs::path& path) {
+  if (text.size() <= most) return;
+  throw InputError(fmt::format("{}: the {} has {} bytes, and {} are the most; shorten \"{}\" in the file",
+                               path.string(), what, text.size(), most, Shortened(text)));
+}
+
 // The model of a file that is read as XML.
 class XmlModel {
  public:
@@ -54,7 +64,8 @@ class XmlModel {
   Value Parsed(const pugi::xml_node& node, const char* name, const std::optional<Value>& value) const {
     if (value) return *value;
     throw InputError(fmt::format("{}: the {} \"{}\" of an element {} is no number, at byte {}",
-                                 path_.string(), name, Text(node, name), node.name(), node.offset_debug()));
+                                 path_.string(), name, Shortened(Text(node, name)), node.name(),
+                                 node.offset_debug()));
   }
 
   const fs::path& path_;
@@ -75,14 +86,14 @@ class ItemNodes {
         throw InputError(
             fmt::format("{}: the taxonomy does not have the item \"{}\"; choose the taxonomy that the rules "
                         "were made over",
-                        path.string(), value));
+                        path.string(), Shortened(value)));
       }
       const auto [other, is_new] = ids_.emplace(*node, id);
       if (!is_new && other->second != id) {
         throw InputError(
             fmt::format("{}: the items {} and {}, \"{}\", are one node in the taxonomy; choose the taxonomy "
                         "that the rules were made over",
-                        path.string(), other->second, id, value));
+                        path.string(), Shortened(other->second), Shortened(id), Shortened(value)));
       }
       nodes_.insert_or_assign(id, *node);
     }
@@ -123,7 +134,15 @@ class ItemNodes {
 
 }  // namespace
 
-Rule MakeRule(const FileItemset& antecedent, const FileItemset& consequent, float support, float confidence) {
+Rule MakeRule(const FileItemset& antecedent, const FileItemset& consequent, float support, float confidence,
+              const fs::path& path) {
+  for (const FileItemset* const side : {&antecedent, &consequent}) {
+    if (ItemsetToText(side->items).size() <= kLongestItemsetText) continue;
+    throw InputError(
+        fmt::format("{}: a rule has a side of {} items, more than a rules table has room for; take the rule "
+                    "out of the file",
+                    path.string(), side->items.size()));
+  }
   Rule rule;
   rule.antecedent = antecedent.items;
   rule.consequent = consequent.items;
@@ -136,12 +155,25 @@ Rule MakeRule(const FileItemset& antecedent, const FileItemset& consequent, floa
   return rule;
 }
 
+void CheckParameters(const ModelParameters& parameters, const fs::path& path) {
+  for (const auto& [what, text] : {std::pair("modelName", &parameters.name),
+                                   {"numberOfTransactions", &parameters.transactions},
+                                   {"minimumSupport", &parameters.min_support},
+                                   {"minimumConfidence", &parameters.min_confidence}}) {
+    CheckLength(*text, what, kLongestParameter, path);
+  }
+}
+
+void CheckTaxonomyName(std::string_view name, const fs::path& path) {
+  CheckLength(name, "name of a taxonomy", kLongestTaxonomyName, path);
+}
+
 const FileItemset& FindItemset(const TextMap<FileItemset>& itemsets, const std::string& id,
                                const fs::path& path) {
   const auto found = itemsets.find(id);
   if (found != itemsets.end()) return found->second;
-  throw InputError(
-      fmt::format("{}: a rule names the itemset \"{}\", which is not in the file", path.string(), id));
+  throw InputError(fmt::format("{}: a rule names the itemset \"{}\", which is not in the file", path.string(),
+                               Shortened(id)));
 }
 
 InputError NoModel(const fs::path& path) {
@@ -155,12 +187,14 @@ PmmlHead ReadXmlHead(const std::string& text, const fs::path& path) {
   PmmlHead head;
   head.parameters = {model.attribute("modelName").value(), xml.Text(model, "numberOfTransactions"),
                      xml.Text(model, "minimumSupport"), xml.Text(model, "minimumConfidence")};
+  CheckParameters(head.parameters, path);
   head.declared_rules = xml.Number(model, "numberOfRules");
   head.declared_items = xml.Number(model, "numberOfItems");
   for (const pugi::xml_node& item : model.children("Item")) {
     const std::string code = item.attribute("mappedValue").value();
     if (code.size() != 1) continue;
     head.taxonomies.push_back(xml.Text(item, "value"));
+    CheckTaxonomyName(head.taxonomies.back(), path);
     head.taxonomy_codes += code;
   }
   return head;
@@ -184,7 +218,7 @@ std::vector<Rule> ReadXmlRules(const std::string& text, const fs::path& path, co
   for (const pugi::xml_node& node : xml.node().children("AssociationRule")) {
     rules.push_back(MakeRule(FindItemset(itemsets, xml.Text(node, "antecedent"), path),
                              FindItemset(itemsets, xml.Text(node, "consequent"), path),
-                             xml.Figure(node, "support"), xml.Figure(node, "confidence")));
+                             xml.Figure(node, "support"), xml.Figure(node, "confidence"), path));
     if (rules.size() % 1024 == 0) progress.Pulse();
   }
   return rules;

@@ -20,8 +20,15 @@ struct FileItemset {
   float support = 0;
 };
 
-// The rule of two itemsets: their supports become PA and PC, their sizes ASPEC and CSPEC.
-Rule MakeRule(const FileItemset& antecedent, const FileItemset& consequent, float support, float confidence);
+// The rule of two itemsets: their supports become PA and PC, their sizes ASPEC and CSPEC. Throws InputError
+// for a side that no rules table can hold: a file that gives a great itemset to each of its rules would need
+// memory without end.
+Rule MakeRule(const FileItemset& antecedent, const FileItemset& consequent, float support, float confidence,
+              const std::filesystem::path& path);
+// Throws InputError when a name or a figure of the model is longer than any that is meant.
+void CheckParameters(const ModelParameters& parameters, const std::filesystem::path& path);
+// The same for the name of a taxonomy.
+void CheckTaxonomyName(std::string_view name, const std::filesystem::path& path);
 // The itemset of this id. Throws InputError, naming the file at `path`, when there is none.
 const FileItemset& FindItemset(const TextMap<FileItemset>& itemsets, const std::string& id,
                                const std::filesystem::path& path);

@@ -6,6 +6,7 @@
 #include <array>
 
 #include "base/error.h"
+#include "base/shown_text.h"
 #include "base/text.h"
 #include "data/database_error.h"
 #include "data/recordset.h"
@@ -226,7 +227,7 @@ std::vector<std::int32_t> TextToItemset(std::string_view text) {
   for (std::size_t dash = text.find('-'); dash != std::string_view::npos; dash = text.find('-')) {
     const std::string_view piece = text.substr(0, dash);
     const std::optional<std::int32_t> item = Int32Of(piece);
-    if (!item) throw InputError(fmt::format("\"{}\" in an itemset is not a number", piece));
+    if (!item) throw InputError(fmt::format("\"{}\" in an itemset is not a number", Shortened(piece)));
     itemset.push_back(*item);
     text.remove_prefix(dash + 1);
   }

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <map>
 
 #include "base/text.h"
 #include "data/database_error.h"
@@ -121,11 +122,21 @@ std::vector<TaxonomyNode> TaxonomyTable::Categories() const {
   return categories;
 }
 
+// A file may repeat the letter of a taxonomy for each of its items, so the text is walked once for each
+// length of codes rather than for each node.
 NodeNumber TaxonomyTable::LargestNodeNamedIn(std::string_view text) const {
+  std::map<std::size_t, TextMap<NodeNumber>> largest_of_code;  // by the length of the code
+  ForEachNode([&](const TaxonomyNode& node) {
+    if (node.code.size() > text.size()) return;
+    NodeNumber& known = largest_of_code[node.code.size()].try_emplace(node.code, 0).first->second;
+    known = std::max(known, node.number);
+  });
   NodeNumber largest = 0;
-  Recordset rows = database_.OpenRecordset(fmt::format("SELECT Index,FatherId FROM {} ", name_));
-  for (; !rows.AtEnd(); rows.MoveNext()) {
-    if (text.find(rows.Text(1)) != std::string_view::npos) largest = std::max(largest, rows.Int32(0));
+  for (const auto& [length, codes] : largest_of_code) {
+    for (std::size_t at = 0; at + length <= text.size(); ++at) {
+      const auto found = codes.find(text.substr(at, length));
+      if (found != codes.end()) largest = std::max(largest, found->second);
+    }
   }
   return largest;
 }

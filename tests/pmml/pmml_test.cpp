@@ -258,16 +258,28 @@ TEST_F(PmmlTest, ReadsAnyLayoutAndSaysWhatIsMissing) {
       {"<AssociationModel name=\"M\">\n", "line 1 has no modelName="},
       {model + "<AssocInputStats numberOfTransactions=\"5\"/>\n", "line 2 has no minimumSupport="},
       {model + statistics + "<AssocItem value=\"x\"/>", "line 3 has no mappedValue="},
+      {"AssociationModel modelName=\"" + std::string(256, 'M') + "\"\n", "modelName has 256 bytes"},
+      {model + "minimumSupport=\"" + std::string(256, '0') + "\" " + statistics,
+       "minimumSupport has 256 bytes"},
+      {model + statistics + "<AssocItem value=\"" + std::string(1271, 'C') + "\" mappedValue=\"C\"",
+       "taxonomy has 1271 bytes"},
       {"<PMML version=\"4.4\"><AssociationModel", "no complete XML"},
       {"<PMML version=\"4.4\"><AssociationModel modelName=\"M\"/></PMML>", "no numberOfTransactions"}};
   for (const auto& [text, part] : faults) {
     WriteText("bad.xml", text);
     ExpectFault<InputError>(part, [&] { PmmlFile("bad.xml").ReadHead(progress_); });
   }
-  WriteText("bad.xml", model + statistics +
-                           "<AssocRule support=\"1\" confidence=\"1\" antecedent=\"1-\" consequent=\"2-\"/>");
+  std::string great;  // its rules would not fit into a table by one character
+  while (great.size() < 256) great += "1-";
   const TaxonomyStore taxonomy("tax.mdb");
-  ExpectFault<InputError>("names the itemset", [&] { PmmlFile("bad.xml").ReadRules(taxonomy, progress_); });
+  for (const auto& [side, part] :
+       {std::pair<std::string, const char*>("2-", "names the itemset"), {great, "128 items"}}) {
+    WriteText("bad.xml",
+              fmt::format("<AssocItemset id=\"{}\" support=\"1\">\n<AssocRule support=\"1\" confidence=\"1\" "
+                          "antecedent=\"{}\" consequent=\"{}\"/>",
+                          great, side, side));
+    ExpectFault<InputError>(part, [&] { PmmlFile("bad.xml").ReadRules(taxonomy, progress_); });
+  }
   PmmlHead unnamed;
   EXPECT_THROW(ImportRules(unnamed, nullptr, "new.mdb", ExistingFile::kRefuse, progress_), InputError);
   EXPECT_FALSE(fs::exists("new.mdb"));
