@@ -6,6 +6,7 @@
 #include <ostream>
 
 #include "base/error.h"
+#include "base/text.h"
 #include "cli/cli.h"
 #include "taxonomy/taxonomy_loading.h"
 #include "taxonomy/taxonomy_store.h"
@@ -38,6 +39,12 @@ void AddLoad(CLI::App& group, const CliContext& context) {
     }
     if (report.unnamed > 0) {
       fmt::print(context.err, "{} positions have no name\n", report.unnamed);
+    }
+    if (!report.odd_categories.empty()) {
+      fmt::print(context.err,
+                 "the information file of rules has no letters for these categories and will name them with "
+                 "question marks: {}; filters find them all the same\n",
+                 Listed(report.odd_categories));
     }
     fmt::print(context.err, "{} positions loaded\n", report.rows);
   });

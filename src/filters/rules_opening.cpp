@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <optional>
+#include <unordered_set>
 
 #include "base/text.h"
 #include "data/transaction_source.h"
@@ -23,6 +25,20 @@ bool WasGeneralized(const RulesInfo& info) {
   return !info.taxonomies.empty() || !ItemsOfMap(info.second_map).empty();
 }
 
+// Whether the taxonomy has every taxonomy that an information file names. Where a name is not found as it
+// stands, the taxonomies are compared as the file can hold them.
+bool HasAllTaxonomies(const TaxonomyStore& taxonomy, std::span<const std::string> names) {
+  std::optional<std::unordered_set<std::string>> held;
+  return std::all_of(names.begin(), names.end(), [&](const std::string& name) {
+    if (taxonomy.working().HasTerm(name)) return true;
+    if (!held) {
+      held.emplace();
+      for (const std::string& term : taxonomy.TaxonomiesInUse()) held->insert(HeldByInfo(term));
+    }
+    return held->contains(name);
+  });
+}
+
 // The table in the database's own spelling.
 std::string FindTermTable(const TransactionSource& source, const RulesInfo& info) {
   if (info.term_table.empty()) {
@@ -31,7 +47,7 @@ std::string FindTermTable(const TransactionSource& source, const RulesInfo& info
   std::vector<std::string> tables;
   source.ListTables(tables);
   for (const std::string& table : tables) {
-    if (LowerCase(table) == LowerCase(info.term_table)) return table;
+    if (LowerCase(HeldByInfo(table)) == LowerCase(info.term_table)) return table;
   }
   throw InputError(fmt::format(
       "{}: there is no table {}, of which the rules were made; choose the term database that they "
@@ -47,11 +63,8 @@ RulesInfo OpenRulesForFiltering(RulesStore& store, const TaxonomyStore& taxonomy
                                 const std::filesystem::path& path) {
   store.OpenRulesDatabase(path);
   RulesInfo info = ReadInfoOf(store);
-  const bool all_there =
-      std::all_of(info.taxonomies.begin(), info.taxonomies.end(),
-                  [&](const std::string& name) { return taxonomy.working().HasTerm(name); });
   // All are named, as it is the set that tells which taxonomy database is the right one.
-  if (!all_there) throw MissingTaxonomies(info.taxonomies);
+  if (!HasAllTaxonomies(taxonomy, info.taxonomies)) throw MissingTaxonomies(info.taxonomies);
   return info;
 }
 

@@ -22,8 +22,8 @@ class MissingTaxonomies : public InputError {
 };
 
 // Opens a rules database, reads its information file and checks that the taxonomy holds every taxonomy that
-// it names. Throws DatabaseError, FileError, EndOfProgram when the file is not named *.mdb, and
-// MissingTaxonomies; the database stays open then.
+// it names, as far as the file can hold the names. Throws DatabaseError, FileError, EndOfProgram when the
+// file is not named *.mdb, and MissingTaxonomies; the database stays open then.
 RulesInfo OpenRulesForFiltering(RulesStore& store, const TaxonomyStore& taxonomy,
                                 const std::filesystem::path& path);
 

@@ -57,6 +57,10 @@ void ReadMap(ArchiveReader& archive, std::vector<std::int32_t>& map) {
 
 }  // namespace
 
+std::string HeldByInfo(std::string_view text) {
+  return FromCodePage1252(ToCodePage1252(text));
+}
+
 std::filesystem::path RulesInfoPath(const std::filesystem::path& database) {
   return database.parent_path() / ("Info" + database.stem().string() + ".dat");
 }

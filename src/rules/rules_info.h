@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/new_file.h"
@@ -28,6 +29,9 @@ struct RulesInfo {
   std::vector<std::int32_t> second_map;
   bool operator==(const RulesInfo&) const = default;
 };
+
+// A text as an information file gives it back: what code page 1252 does not have is a question mark.
+std::string HeldByInfo(std::string_view text);
 
 // The path of a database's information file: "Info", the database's title and ".dat", in its folder.
 std::filesystem::path RulesInfoPath(const std::filesystem::path& database);

@@ -122,6 +122,19 @@ void FillDatabase(const std::filesystem::path& path, const SourceRows& source, P
   transaction.Commit();
 }
 
+TaxonomyLoadReport ReportOf(const SourceRows& source) {
+  TaxonomyLoadReport report;
+  report.rows = static_cast<long>(source.rows().size());
+  report.son_columns = source.son_columns();
+  for (const SourceRows::Row& row : source.rows()) {
+    if (row.term.empty()) ++report.unnamed;
+    if (IsCategory(row.code) && FromCodePage1252(ToCodePage1252(row.term)) != row.term) {
+      report.odd_categories.push_back(row.term);
+    }
+  }
+  return report;
+}
+
 }  // namespace
 
 TaxonomyLoadReport LoadTaxonomy(const std::filesystem::path& xml_file, const std::filesystem::path& database,
@@ -144,10 +157,7 @@ TaxonomyLoadReport LoadTaxonomy(const std::filesystem::path& xml_file, const std
     // Copying row by row stops at a row's first empty value; without gaps that is the whole row, and one
     // statement does the same much faster.
     source.has_gaps() ? store.Rebuild(progress) : store.CopyWholeSource(progress);
-    report.rows = static_cast<long>(source.rows().size());
-    report.son_columns = source.son_columns();
-    report.unnamed = std::count_if(source.rows().begin(), source.rows().end(),
-                                   [](const SourceRows::Row& row) { return row.term.empty(); });
+    report = ReportOf(source);
   });
   report.passed_over = std::move(file.passed_over);
   progress.SetStatus("Completed!!");

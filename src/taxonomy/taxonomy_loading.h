@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 #include <vector>
 
 #include "base/new_file.h"
@@ -14,6 +15,8 @@ struct TaxonomyLoadReport {
   int son_columns = 0;            // the greatest number of children of a node
   long unnamed = 0;               // positions without a name, mostly for want of a line of their own
   std::vector<long> passed_over;  // see TaxonomyFile
+  // Categories with letters outside code page 1252, which the information file of their rules cannot hold.
+  std::vector<std::string> odd_categories;
 };
 
 // Makes a taxonomy database of a taxonomy file. Nothing is left under the database's name when it fails.

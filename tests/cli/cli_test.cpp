@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "rules/rules_info.h"
 #include "taxonomy/taxonomy_files.h"
 
 namespace selvane::tests {
@@ -150,6 +151,24 @@ TEST_F(CliTest, FiltersPrintAndSave) {
   EXPECT_EQ(out_.find("# cluster 3"), std::string::npos);
   EXPECT_EQ(Run("rules list rules.mdb"), 0);
   EXPECT_EQ(out_.find("table\tExtracted\t127\ntable\t" + saved + "\t35\nterm table"), 0U) << out_;
+}
+
+// A formula, and a taxonomy whose name the information file cannot hold.
+TEST_F(CliTest, OddNamesAreGuardedAndFiltered) {
+  const std::string odd = "U\xC5\x82y";
+  WriteText("tax.xml", NodeLine(odd, "C") + NodeLine("=A1", "C1"));
+  ASSERT_EQ(Run("taxonomy load tax.xml tax.mdb"), 0);
+  EXPECT_NE(err_.find("question marks: " + odd + ";"), std::string::npos) << err_;
+  MakeForeignDatabase("r.mdb",
+                      "CREATE TABLE R(\"INDEX\",ANTECEDENT,CONSEQUENT,SUPPORT,CONFIDENCE,PA,PC,ASPEC,CSPEC);"
+                      "INSERT INTO R VALUES(1,'2-','1-',0.25,0.5,0.5,0.5,1,1);");
+  WriteRulesInfo({}, {}, Texts{"T", "1", "0.1", "0.2", odd + "?"}, "Infor");
+  EXPECT_EQ(Run("rules filter rating r.mdb --taxonomy tax.mdb --format csv"), 1);
+  WriteRulesInfo({}, {}, Texts{"T", "1", "0.1", "0.2", odd}, "Infor");
+  EXPECT_EQ(Run("rules filter rating r.mdb --taxonomy tax.mdb --format csv"), 0) << err_;
+  EXPECT_NE(out_.find("1,2,1,\"'=A1\",\"" + odd + "\","), std::string::npos) << out_;
+  EXPECT_EQ(Run("rules show r.mdb --taxonomy tax.mdb --format csv --no-guard"), 0);
+  EXPECT_NE(out_.find(",\"=A1\","), std::string::npos);
 }
 
 TEST_F(CliTest, FaultsHaveAMessageAndAStatusAndLoseNothing) {
