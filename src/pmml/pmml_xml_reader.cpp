@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
 #include <pugixml.hpp>
@@ -80,8 +81,7 @@ class ItemNodes {
     for (const pugi::xml_node& item : xml.node().children("Item")) {
       const std::string id = xml.Text(item, "id");
       const std::string value = xml.Text(item, "value");
-      const std::vector<std::string> codes = PositionCodes(item.attribute("mappedValue").value());
-      const auto node = Find(Int32Of(id), value, codes.empty() ? std::string() : codes.front(), taxonomy);
+      const auto node = Find(Int32Of(id), value, FirstCode(item.attribute("mappedValue").value()), taxonomy);
       if (!node) {
         throw InputError(
             fmt::format("{}: the taxonomy does not have the item \"{}\"; choose the taxonomy that the rules "
@@ -106,6 +106,12 @@ class ItemNodes {
   }
 
  private:
+  // Of tree numbers that may be millions; empty when there is none.
+  static std::string FirstCode(std::string_view tree) {
+    tree.remove_prefix(std::min(tree.find_first_not_of("; \t\r\n"), tree.size()));
+    const std::vector<std::string> codes = PositionCodes(tree.substr(0, tree.find(';')));
+    return codes.empty() ? std::string() : codes.front();
+  }
   static std::optional<NodeNumber> Find(std::optional<std::int32_t> number, const std::string& value,
                                         const std::string& code, const TaxonomyStore& taxonomy) {
     const bool is_unnamed = number && value == fmt::format("#{}", *number);  // as an export writes it
