@@ -62,6 +62,7 @@ class ByteSource::Reader {
       : path_(std::move(path)),
         size_(memory.size()),
         file_(std::move(file)),
+        whole_(memory),
         memory_(memory),
         piece_size_(piece_size) {
     if (file_.IsOpen()) {
@@ -79,6 +80,8 @@ class ByteSource::Reader {
   }
 
   std::string_view Head() {
+    // Bytes in memory lie there whole, however small their pieces.
+    if (!is_packed_ && !file_.IsOpen()) return whole_.substr(0, kPieceSize);
     if (!is_headed_) head_ = Piece();
     is_headed_ = true;
     return head_;
@@ -162,7 +165,8 @@ class ByteSource::Reader {
   }
 
   FileDescriptor file_;
-  std::string_view memory_;  // what is left of it
+  std::string_view whole_;   // the bytes in memory
+  std::string_view memory_;  // what is left of them
   std::size_t piece_size_;
   std::vector<char> packed_buffer_;
   std::vector<char> unpacked_;
