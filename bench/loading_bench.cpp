@@ -8,9 +8,9 @@
 #include "bench_input.h"
 #include "data/database.h"
 #include "data/recordset.h"
+#include "literature/tagged_abstract.h"
 #include "taxonomy/taxonomy_loading.h"
 #include "taxonomy/taxonomy_store.h"
-#include "termdb/tagged_abstract.h"
 #include "termdb/term_table.h"
 
 namespace selvane {

@@ -1,6 +1,6 @@
 #include "base/text.h"
 #include "fuzzing.h"
-#include "termdb/tagged_abstract.h"
+#include "literature/tagged_abstract.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   selvane::ForEachTaggedTerm(TextOf(data, size), [](std::string_view term) {

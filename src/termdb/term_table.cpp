@@ -11,8 +11,8 @@
 #include "base/text.h"
 #include "data/bulk_insert.h"
 #include "data/new_database.h"
+#include "literature/tagged_abstract.h"
 #include "taxonomy/position_code.h"
-#include "termdb/tagged_abstract.h"
 
 namespace selvane {
 

@@ -1,4 +1,4 @@
-#include "termdb/tagged_abstract.h"
+#include "literature/tagged_abstract.h"
 
 #include <gtest/gtest.h>
 

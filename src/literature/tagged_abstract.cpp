@@ -1,4 +1,4 @@
-#include "termdb/tagged_abstract.h"
+#include "literature/tagged_abstract.h"
 
 #include <algorithm>
 
@@ -71,26 +71,47 @@ class FormReader {
 
 }  // namespace
 
-void ForEachTaggedTerm(std::string_view bytes, const std::function<void(std::string_view)>& visit) {
-  if (bytes.starts_with("\xEF\xBB\xBF"sv)) bytes.remove_prefix(3);
-  const std::size_t begin = bytes.starts_with("AB  - "sv) ? 0 : bytes.find("\nAB  - ");
-  if (begin == kNone) return;
+std::size_t TaggedAbstractBegin(std::string_view bytes) {
+  constexpr std::string_view kField = "\nAB  - ";
+  if (bytes.starts_with(kField.substr(1))) return kField.size() - 1;
+  const std::size_t line_end = bytes.find(kField);
+  return line_end == kNone ? kNone : line_end + kField.size();
+}
+
+void ForEachTaggedMark(std::string_view bytes, const std::function<void(const TaggedMark&)>& visit) {
+  constexpr std::string_view kClose = "</DictTerm>";
+  std::size_t at = TaggedAbstractBegin(bytes);
+  if (at == kNone) return;
   FormReader forms(bytes);
-  std::size_t at = begin + 1;
   // The line that ends the abstract. A mark may run over it: only a line that is read while looking for the
   // next mark ends the abstract.
-  std::size_t end = bytes.find("\nAD  - ", at);
+  std::size_t end = bytes.find("\nAD  - ", at - 1);
   for (;;) {
-    const std::size_t mark = bytes.substr(0, end).find("<DictTerm", at);
-    if (mark == kNone) return;
-    const std::size_t close = bytes.find("</DictTerm>", mark);
-    if (close == kNone) return;
-    const std::string_view canonical = CanonicalOf(bytes.substr(mark, close - mark));
-    const std::string_view form = forms.Clean(canonical);
-    if (!form.empty()) visit(form);
-    at = close + "</DictTerm>"sv.size();
+    TaggedMark mark;
+    mark.begin = bytes.substr(0, end).find("<DictTerm", at);
+    if (mark.begin == kNone) return;
+    mark.words_end = bytes.find(kClose, mark.begin);
+    if (mark.words_end == kNone) return;
+    mark.end = at = mark.words_end + kClose.size();
+    const std::string_view element = bytes.substr(mark.begin, mark.words_end - mark.begin);
+    const std::string_view canonical = CanonicalOf(element);
+    // The tag ends behind the form, which may hold the sign itself.
+    const auto tag = canonical.empty()
+                         ? 0
+                         : static_cast<std::size_t>(canonical.data() - element.data()) + canonical.size();
+    const std::size_t tag_end = element.find('>', tag);
+    mark.words = tag_end == kNone ? mark.words_end : mark.begin + tag_end + 1;
+    mark.form = forms.Clean(canonical);
+    visit(mark);
     if (end != kNone && end < at) end = bytes.find("\nAD  - ", at);
   }
+}
+
+void ForEachTaggedTerm(std::string_view bytes, const std::function<void(std::string_view)>& visit) {
+  if (bytes.starts_with("\xEF\xBB\xBF"sv)) bytes.remove_prefix(3);
+  ForEachTaggedMark(bytes, [&visit](const TaggedMark& mark) {
+    if (!mark.form.empty()) visit(mark.form);
+  });
 }
 
 }  // namespace selvane
