@@ -1,0 +1,130 @@
+#include "literature/record_reading.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <string>
+
+#include "base/error.h"
+#include "base/text.h"
+#include "base/utf8_source.h"
+#include "literature/medline_reader.h"
+#include "literature/record_sink.h"
+#include "literature/tagged_reader.h"
+
+namespace selvane {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Tagged texts have always been told by their name, too: one that is named otherwise is not read as such.
+bool IsNamedText(const fs::path& name) {
+  std::string lower = LowerCase(name.filename().string());
+  if (lower.ends_with(".gz")) lower.resize(lower.size() - 3);
+  const std::size_t dot = lower.rfind('.');
+  return dot != std::string::npos && lower.find("txt", dot) != std::string::npos;
+}
+
+// True when a line of the text begins so.
+bool HasLine(std::string_view text, std::string_view beginning) {
+  if (text.starts_with(beginning)) return true;
+  return text.find("\n" + std::string(beginning)) != std::string_view::npos;
+}
+
+// The first line that is not blank.
+std::string_view FirstLine(std::string_view text) {
+  std::string_view line;
+  while (!text.empty() && line.empty()) line = Trimmed(NextLine(text));
+  return line;
+}
+
+bool IsMedline(std::string_view text) {
+  // Other programs write references with fields of two letters, of which some are the same.
+  if (FirstLine(text).starts_with("TY  -")) return false;
+  return HasLine(text, "PMID- ") || HasLine(text, "MH  - ") || HasLine(text, "AB  - ");
+}
+
+RecordFormat FormatOfText(std::string_view text, const fs::path& name) {
+  if (HasLine(text, "AB  - ") && text.find("<DictTerm") != std::string_view::npos) {
+    return IsNamedText(name) ? RecordFormat::kTagged : RecordFormat::kUnknown;
+  }
+  return IsMedline(text) ? RecordFormat::kMedline : RecordFormat::kUnknown;
+}
+
+void ReadAs(RecordFormat format, ByteSource& source, RecordSink& sink) {
+  switch (format) {
+    case RecordFormat::kTagged:
+      return ReadTagged(source, sink);
+    case RecordFormat::kMedline:
+      return ReadMedline(source, sink);
+    default:
+      return sink.Tell(problems::kUnknownFormat, "no reader knows its content");
+  }
+}
+
+RecordFormat ReadSource(ByteSource& source, RecordVisitor& visitor, Progress& progress) {
+  RecordSink sink(source, visitor, progress);
+  RecordFormat format = RecordFormat::kUnknown;
+  try {
+    format = RecognizeFormat(source.Head(), source.path());
+    ReadAs(format, source, sink);
+    if (sink.records() == 0 && format != RecordFormat::kUnknown) sink.Tell(problems::kNoRecords, "");
+  } catch (const Error& error) {
+    sink.TellUnreadable(error);
+  }
+  sink.Finish();
+  return format;
+}
+
+}  // namespace
+
+RecordFormat RecognizeFormat(std::string_view first_bytes, const fs::path& name) {
+  ByteSource head(name, first_bytes, first_bytes.size() + 1);
+  return FormatOfText(Utf8Source(head).Next(), name);
+}
+
+RecordFormat ReadRecords(ByteSource& source, RecordVisitor& visitor, Progress& progress) {
+  try {
+    return ReadSource(source, visitor, progress);
+  } catch (const VisitorFault& fault) {
+    std::rethrow_exception(fault.cause);
+  }
+}
+
+RecordFormat ReadRecords(const fs::path& file, RecordVisitor& visitor, Progress& progress) {
+  std::unique_ptr<ByteSource> source;
+  try {
+    source = std::make_unique<ByteSource>(file);
+  } catch (const FileError& error) {
+    visitor.OnProblem(problems::kUnreadable, error.what());
+    return RecordFormat::kUnknown;
+  }
+  return ReadRecords(*source, visitor, progress);
+}
+
+std::vector<fs::path> LiteratureFiles(std::span<const fs::path> names) {
+  std::vector<fs::path> files;
+  for (const fs::path& name : names) {
+    if (!fs::exists(name)) {
+      throw InputError(fmt::format("{}: there is no such file or folder", name.string()));
+    }
+    if (!fs::is_directory(name)) {
+      files.push_back(name);
+      continue;
+    }
+    const auto before = static_cast<std::ptrdiff_t>(files.size());
+    for (const fs::directory_entry& entry : fs::directory_iterator(name)) {
+      const bool is_hidden = entry.path().filename().native().starts_with('.');
+      if (!is_hidden && entry.is_regular_file()) files.push_back(entry.path());
+    }
+    if (files.begin() + before == files.end()) {
+      throw InputError(fmt::format("{}: the folder holds no files", name.string()));
+    }
+    std::sort(files.begin() + before, files.end(),
+              [](const fs::path& a, const fs::path& b) { return a.native() < b.native(); });
+  }
+  return files;
+}
+
+}  // namespace selvane
