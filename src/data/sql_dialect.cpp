@@ -6,6 +6,7 @@
 #include <array>
 
 #include "base/error.h"
+#include "base/excerpt.h"
 #include "base/text.h"
 
 namespace selvane {
@@ -164,7 +165,7 @@ class Translator {
     while (end < sql_.size() && IsNameByte(sql_[end])) ++end;
     const std::string_view word = sql_.substr(at_, end - at_);
     if (word.empty())
-      throw InputError(fmt::format("the SQL text cannot be read at \"{}\"", sql_.substr(at_)));
+      throw InputError(fmt::format("the SQL text cannot be read at \"{}\"", Excerpt(sql_.substr(at_))));
     const bool table = ExpectsTable();
     at_ = end;
     const std::string_view keyword = KeywordOf(word);
