@@ -2,20 +2,26 @@
 
 #include <fmt/format.h>
 
+#include "base/excerpt.h"
+
 namespace selvane {
 
 namespace {
 
-std::string Describe(const std::filesystem::path& file, std::string_view reason, std::string_view statement) {
-  std::string text = file.empty() ? std::string(reason) : fmt::format("{}: {}", file.string(), reason);
-  if (!statement.empty()) text += fmt::format(" [{}]", statement);
-  return text;
+// An INSERT holds all values of its row.
+constexpr std::size_t kLongestStatement = 2000;
+
+std::string Describe(const std::filesystem::path& file, std::string_view reason) {
+  return file.empty() ? std::string(reason) : fmt::format("{}: {}", file.string(), reason);
 }
 
 }  // namespace
 
 DatabaseError::DatabaseError(const std::filesystem::path& file, std::string_view reason,
                              std::string_view statement)
-    : Error(Describe(file, reason, statement)), file_(file), reason_(reason), statement_(statement) {}
+    : Error(Describe(file, reason)),
+      file_(file),
+      reason_(reason),
+      statement_(Excerpt(statement, kLongestStatement)) {}
 
 }  // namespace selvane

@@ -9,16 +9,16 @@
 
 namespace selvane {
 
-// A database operation that failed. `what()` is one line for the user: the file, the reason and, where there
-// is one, the statement.
+// A database operation that failed. `what()` is one line for the user: the file, what is wrong with it and
+// what to do. The statement is a detail for those who want it.
 class DatabaseError : public Error {
  public:
   DatabaseError(const std::filesystem::path& file, std::string_view reason, std::string_view statement = {});
 
   const std::filesystem::path& file() const { return file_; }
-  // The engine's own words, or ours where it has none.
+  // What is wrong and what to do, without the file.
   const std::string& reason() const { return reason_; }
-  // The SQL text that failed; empty when none did.
+  // The SQL text that failed, at most 2000 bytes of it; empty when none did.
   const std::string& statement() const { return statement_; }
 
  private:

@@ -2,6 +2,10 @@
 
 #include <sqlite3.h>
 
+#include <new>
+#include <system_error>
+
+#include "base/excerpt.h"
 #include "data/database_error.h"
 
 namespace selvane {
@@ -24,10 +28,18 @@ StatementHandle StatementCache::Take(std::string_view text) {
   return statement;
 }
 
-void StatementCache::Give(std::string_view text, StatementHandle statement) {
+// Given by destructors, which must not fail: without memory for the entry the statement is let go.
+void StatementCache::Give(std::string_view text, StatementHandle statement) noexcept {
   if (by_text_.contains(text)) return;  // a second one of the same text is not worth keeping
-  entries_.push_front({std::string(text), std::move(statement)});
-  by_text_.emplace(entries_.front().text, entries_.begin());
+  bool is_entered = false;
+  try {
+    entries_.push_front({std::string(text), std::move(statement)});
+    is_entered = true;
+    by_text_.emplace(entries_.front().text, entries_.begin());
+  } catch (const std::bad_alloc&) {
+    if (is_entered) entries_.pop_front();
+    return;
+  }
   if (entries_.size() > capacity_) {
     by_text_.erase(entries_.back().text);
     entries_.pop_back();
@@ -39,31 +51,63 @@ void StatementCache::Clear() {
   entries_.clear();
 }
 
-// The engine's own words stay for what a user cannot do anything about.
-void Connection::Fail(std::string_view statement) const {
-  const int code = sqlite3_extended_errcode(handle.get());
-  std::string reason = sqlite3_errmsg(handle.get());
-  switch (code & 0xFF) {
+namespace {
+
+// The words of the system for what it refused last, in brackets and with a blank before them.
+std::string SystemWords(sqlite3* connection) {
+  const int error = sqlite3_system_errno(connection);
+  return error == 0 ? std::string() : " (" + std::error_code(error, std::generic_category()).message() + ")";
+}
+
+// The engine's words end in the name of the check that failed, which for ours is that of the column.
+std::string ReasonOfConstraint(std::string_view words) {
+  constexpr std::string_view kFailed = "failed: ";
+  const std::size_t found = words.find(kFailed);
+  const std::string column =
+      found == std::string_view::npos ? "" : " for " + Excerpt(words.substr(found + kFailed.size()));
+  return "a value" + column + " is too long, out of range or there already; correct it and try again";
+}
+
+// What is wrong and what to do about it. The engine's own words stay for what a user cannot do anything
+// about.
+std::string ReasonOf(sqlite3* connection) {
+  const std::string words = Excerpt(sqlite3_errmsg(connection));
+  switch (sqlite3_errcode(connection) & 0xFF) {
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
-      reason = "the file is open elsewhere; close the other program or window and try again";
-      break;
+      return "the file is open elsewhere; close the other program or window and try again";
     case SQLITE_NOTADB:
-      reason = "the file is not a database; choose another one";
-      break;
+      return "the file is not a database; choose another one";
     case SQLITE_CORRUPT:
-      reason = "the file is damaged (" + reason + "); use a copy, or make it anew";
-      break;
+      return "the file is damaged (" + words + "); use a copy, or make it anew";
     case SQLITE_FULL:
-      reason = "the disk is full; make room and try again";
-      break;
+      return "the disk is full; make room and try again";
     case SQLITE_READONLY:
-      reason = "the file or its folder is write-protected; copy the file to a folder of your own";
-      break;
+      return "the file or its folder is write-protected; copy the file to a folder of your own";
+    case SQLITE_CANTOPEN:
+      return "the file, or the journal beside it, cannot be opened" + SystemWords(connection) +
+             "; check the permissions of the file and of its folder";
+    case SQLITE_IOERR:
+      return "reading or writing the file failed" + SystemWords(connection) +
+             "; check the disk and try again";
+    case SQLITE_TOOBIG:
+      return "a value is larger than 64 MB; the file is damaged, or another program made it";
+    case SQLITE_CONSTRAINT:
+    case SQLITE_MISMATCH:
+      return ReasonOfConstraint(sqlite3_errmsg(connection));
+    case SQLITE_ERROR:
+      return "the file does not hold what is looked for (" + words + "); choose another one, or make it anew";
     default:
-      break;
+      return "the file cannot be used (" + words + "); use a copy, or make it anew";
   }
-  throw DatabaseError(path, reason, statement);
+}
+
+}  // namespace
+
+void Connection::Fail(std::string_view statement) const {
+  const int code = sqlite3_extended_errcode(handle.get());
+  if (code == SQLITE_IOERR_NOMEM || (code & 0xFF) == SQLITE_NOMEM) throw std::bad_alloc();
+  throw DatabaseError(path, ReasonOf(handle.get()), statement);
 }
 
 void Connection::Run(const char* sql, std::string_view shown) {
@@ -145,7 +189,9 @@ int Statement::ColumnCount() const {
 }
 
 std::string Statement::ColumnName(int column) const {
-  return sqlite3_column_name(handle_.get(), column);
+  const char* const name = sqlite3_column_name(handle_.get(), column);
+  if (name == nullptr) throw std::bad_alloc();
+  return name;
 }
 
 Variant Statement::Column(int column) const {
@@ -163,7 +209,11 @@ Variant Statement::Column(int column) const {
 
 std::string_view Statement::ColumnText(int column) const {
   const unsigned char* text = sqlite3_column_text(handle_.get(), column);
-  if (text == nullptr) return {};
+  if (text == nullptr) {
+    // Null, or a number for whose text there was no memory.
+    if (sqlite3_errcode(connection_->handle.get()) == SQLITE_NOMEM) throw std::bad_alloc();
+    return {};
+  }
   const auto length = static_cast<std::size_t>(sqlite3_column_bytes(handle_.get(), column));
   return {reinterpret_cast<const char*>(text), length};
 }

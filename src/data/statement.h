@@ -31,7 +31,7 @@ class StatementCache {
   explicit StatementCache(std::size_t capacity = 64) : capacity_(capacity) {}
   // The kept statement of this text, now owned by the caller; empty when there is none.
   StatementHandle Take(std::string_view text);
-  void Give(std::string_view text, StatementHandle statement);
+  void Give(std::string_view text, StatementHandle statement) noexcept;
   void Clear();
 
  private:
@@ -51,7 +51,7 @@ struct Connection {
   StatementCache cache;
 
   ~Connection() { cache.Clear(); }
-  // Throws DatabaseError with the engine's words for its latest failure.
+  // Throws DatabaseError for the engine's latest failure; std::bad_alloc when it had no memory.
   [[noreturn]] void Fail(std::string_view statement) const;
   // Runs SQL of the engine's own dialect, any number of statements. Throws DatabaseError.
   void Run(const char* sql) { Run(sql, sql); }

@@ -38,6 +38,8 @@ TEST_F(DatabaseTest, FileItselfEnforcesWidthsAndRanges) {
     EXPECT_THROW(insert(bad), DatabaseError) << bad;
   }
   EXPECT_EQ(database.RecordCount("T"), 4);
+  const std::string refused = "a.mdb: a value for Text is too long, out of range or there already; ";
+  ExpectFault<DatabaseError>(refused, [&] { insert("'0','0','0','abcd'"); });
 }
 
 TEST_F(DatabaseTest, SecondOpenerGetsAnErrorAtOnce) {
@@ -140,10 +142,12 @@ TEST_F(DatabaseTest, FaultsSayWhatToDo) {
                       [](const auto& path) { Database::Create(path).Fields("x"); });
        },
        "new.mdb: there is no table \"x\""},
+      {[] { Database::Create(":memory:").Execute("DELETE * FROM [" + std::string(500, 'x') + "]"); },
+       "is looked for (no such table: xxx"},
   };
   for (const auto& [call, part] : cases) ExpectFault<DatabaseError>(part, call);
   EXPECT_EQ(ReadFile("there.mdb") + ReadFile("empty.mdb"), "mine");
-  EXPECT_EQ(FileNames("."), (Texts{"empty.mdb", "folder", "text.mdb", "there.mdb"}));
+  EXPECT_EQ(FileNames("."), (Texts{":memory:", "empty.mdb", "folder", "text.mdb", "there.mdb"}));
 }
 
 TEST_F(DatabaseTest, WhatAFileBringsAlongDoesNothing) {
