@@ -8,6 +8,7 @@
 #include "base/error.h"
 #include "base/text.h"
 #include "cli/cli.h"
+#include "taxonomy/mesh_loading.h"
 #include "taxonomy/taxonomy_loading.h"
 #include "taxonomy/taxonomy_store.h"
 
@@ -17,36 +18,86 @@ namespace {
 
 namespace fs = std::filesystem;
 
+struct LoadOptions {
+  fs::path file;
+  fs::path database;
+  std::vector<fs::path> supplementary;
+  bool check_tags = false;
+};
+
+void LoadFile(const LoadOptions& options, const CliContext& context) {
+  if (options.check_tags || !options.supplementary.empty()) {
+    throw InputError(
+        fmt::format("{}: this is no MeSH file, so there are no check tags or supplementary "
+                    "records to add; load it without these options",
+                    options.file.string()));
+  }
+  // A taxonomy file is known by its content under any name; the name tells when the content does not.
+  const auto load = HoldsTaxonomy(options.file) ? LoadTaxonomyFile : LoadTaxonomy;
+  const TaxonomyLoadReport report =
+      load(options.file, options.database, ExistingFile::kRefuse, context.progress);
+  if (!report.passed_over.empty()) {
+    fmt::print(
+        context.err,
+        "{} lines hold some of the words canonical, type and tree but not all, and were passed over; the "
+        "first is line {}\n",
+        report.passed_over.size(), report.passed_over.front());
+  }
+  if (report.unnamed > 0) {
+    fmt::print(context.err, "{} positions have no name\n", report.unnamed);
+  }
+  if (!report.odd_categories.empty()) {
+    fmt::print(context.err,
+               "the information file of rules has no letters for these categories and will name them with "
+               "question marks: {}; filters find them all the same\n",
+               Listed(report.odd_categories));
+  }
+  fmt::print(context.err, "{} positions loaded\n", report.rows);
+}
+
+void LoadMeshFiles(const LoadOptions& options, const CliContext& context) {
+  const MeshLoadReport report = LoadMesh({.file = options.file,
+                                          .database = options.database,
+                                          .supplementary = options.supplementary,
+                                          .check_tags = options.check_tags},
+                                         context.progress);
+  for (const auto& [kind, problem] : report.problems) {
+    fmt::print(context.err, "{} {}; the first: {}{}\n", problem.count, kind, problem.example,
+               kind == kWithoutTreeNumber ? "; --check-tags lets them take part" : "");
+  }
+  if (report.unnamed > 0) {
+    fmt::print(context.err, "{} positions stand above others only and have no name\n", report.unnamed);
+  }
+  const MeshCounts& counts = report.counts;
+  if (!options.supplementary.empty()) {
+    fmt::print(context.err, "{} supplementary records, {} of them mapped to a heading of the taxonomy\n",
+               counts.supplementary, counts.mapped);
+  }
+  fmt::print(context.err, "{} headings with {} entry terms at {} positions in {} categories loaded\n",
+             counts.headings, counts.entry_terms, counts.positions, counts.categories);
+}
+
 void AddLoad(CLI::App& group, const CliContext& context) {
-  struct Options {
-    fs::path file;
-    fs::path database;
-  };
-  CLI::App* command = group.add_subcommand("load", "Make a taxonomy database of a taxonomy file");
-  auto options = std::make_shared<Options>();
-  command->add_option("FILE", options->file, "Taxonomy file, named *.xml")->required();
+  CLI::App* command =
+      group.add_subcommand("load", "Make a taxonomy database of a taxonomy file, or of MeSH as published");
+  auto options = std::make_shared<LoadOptions>();
+  command
+      ->add_option("FILE", options->file,
+                   "Taxonomy file; or MeSH descriptors in XML or ASCII, the tree, N-Triples; .gz too")
+      ->required();
   command->add_option("TAXDB", options->database, "Taxonomy database to make")->required();
-  command->footer("Example:\n  selvane-cli taxonomy load samples/taxonomy.xml tax.mdb");
+  command
+      ->add_option("--supplementary", options->supplementary,
+                   "MeSH file of supplementary records, to find headings by them")
+      ->type_name("FILE");
+  command->add_flag("--check-tags", options->check_tags,
+                    "Let headings without a tree number, as Female, take part in a category T of their own");
+  command->footer(
+      "Files are known by their content. Of MeSH, identifiers and entry terms are kept too.\n"
+      "Examples:\n  selvane-cli taxonomy load samples/taxonomy.xml tax.mdb\n"
+      "  selvane-cli taxonomy load desc2024.gz tax.mdb --supplementary supp2024.gz --check-tags");
   command->callback([options, &context] {
-    const TaxonomyLoadReport report =
-        LoadTaxonomy(options->file, options->database, ExistingFile::kRefuse, context.progress);
-    if (!report.passed_over.empty()) {
-      fmt::print(
-          context.err,
-          "{} lines hold some of the words canonical, type and tree but not all, and were passed over; the "
-          "first is line {}\n",
-          report.passed_over.size(), report.passed_over.front());
-    }
-    if (report.unnamed > 0) {
-      fmt::print(context.err, "{} positions have no name\n", report.unnamed);
-    }
-    if (!report.odd_categories.empty()) {
-      fmt::print(context.err,
-                 "the information file of rules has no letters for these categories and will name them with "
-                 "question marks: {}; filters find them all the same\n",
-                 Listed(report.odd_categories));
-    }
-    fmt::print(context.err, "{} positions loaded\n", report.rows);
+    HoldsMesh(options->file) ? LoadMeshFiles(*options, context) : LoadFile(*options, context);
   });
 }
 

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
+#include "base/byte_source.h"
 #include "base/error.h"
-#include "base/file.h"
 #include "base/text.h"
 #include "taxonomy/position_code.h"
 
@@ -105,7 +105,10 @@ void ParseTaxonomyText(std::string text, std::string_view name, TaxonomyFile& fi
 }
 
 void ReadTaxonomyFile(const std::filesystem::path& path, TaxonomyFile& file, Progress& progress) {
-  ParseTaxonomyText(ReadFile(path), path.string(), file, progress);
+  ByteSource source(path);
+  std::string text;
+  for (std::string_view piece = source.Next(); !piece.empty(); piece = source.Next()) text += piece;
+  ParseTaxonomyText(std::move(text), path.string(), file, progress);
 }
 
 }  // namespace selvane

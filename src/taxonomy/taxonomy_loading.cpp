@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "base/byte_source.h"
 #include "base/error.h"
 #include "base/text.h"
 #include "data/new_database.h"
@@ -41,23 +42,42 @@ TaxonomyLoadReport ReportOf(const SourceRows& source) {
 TaxonomyLoadReport LoadTaxonomy(const std::filesystem::path& xml_file, const std::filesystem::path& database,
                                 ExistingFile existing, Progress& progress) {
   CheckTaxonomyFileName(xml_file);
+  return LoadTaxonomyFile(xml_file, database, existing, progress);
+}
+
+TaxonomyLoadReport LoadTaxonomyFile(const std::filesystem::path& path, const std::filesystem::path& database,
+                                    ExistingFile existing, Progress& progress) {
   progress.SetStatus("Initializing taxonomies database....");
   TaxonomyFile file;
-  ReadTaxonomyFile(xml_file, file, progress);
+  ReadTaxonomyFile(path, file, progress);
   if (file.lines.empty()) {
     throw InputError(
-        fmt::format("{}: no line holds canonical, type and tree; choose a taxonomy file", xml_file.string()));
+        fmt::format("{}: no line holds canonical, type and tree; choose a taxonomy file", path.string()));
   }
   TaxonomyLoadReport report;
-  MakeDatabase(database, existing, [&](const std::filesystem::path& path) {
+  MakeDatabase(database, existing, [&](const std::filesystem::path& temporary) {
     progress.SetStatus("Loading taxonomies in database....");
     const SourceRows source = BuildRows(file);
-    MakeTaxonomy(path, source, progress);
+    MakeTaxonomy(temporary, source, progress);
     report = ReportOf(source);
   });
   report.passed_over = std::move(file.passed_over);
   progress.SetStatus("Completed!!");
   return report;
+}
+
+bool HoldsTaxonomy(const std::filesystem::path& file) {
+  try {
+    ByteSource source(file);
+    const std::string_view head = source.Head();
+    TaxonomyFile begin;
+    SilentProgress silent;
+    // The last line may be cut.
+    ParseTaxonomyText(std::string(head.substr(0, head.rfind('\n') + 1)), "", begin, silent);
+    return !begin.lines.empty();
+  } catch (const Error&) {
+    return false;  // whoever reads it says why
+  }
 }
 
 void RestoreTaxonomy(const std::filesystem::path& database, Progress& progress) {

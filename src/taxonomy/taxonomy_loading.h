@@ -19,11 +19,16 @@ struct TaxonomyLoadReport {
   std::vector<std::string> odd_categories;
 };
 
-// Makes a taxonomy database of a taxonomy file. Nothing is left under the database's name when it fails.
-// Throws EndOfProgram for a file that is not named as XML, FileError and InputError for one that cannot be
-// read or understood, DatabaseError when the database is there already or cannot be made.
+// Makes a taxonomy database of a taxonomy file, packed or not. Nothing is left under the database's name when
+// it fails. Throws EndOfProgram for a file that is not named as XML, FileError and InputError for one that
+// cannot be read or understood, DatabaseError when the database is there already or cannot be made.
 TaxonomyLoadReport LoadTaxonomy(const std::filesystem::path& xml_file, const std::filesystem::path& database,
                                 ExistingFile existing, Progress& progress);
+// The same for a file of any name.
+TaxonomyLoadReport LoadTaxonomyFile(const std::filesystem::path& file, const std::filesystem::path& database,
+                                    ExistingFile existing, Progress& progress);
+// Whether it is one by its content: a node is among its first lines. False for a file that cannot be read.
+bool HoldsTaxonomy(const std::filesystem::path& file);
 
 // Undoes every pruning: `Taxonomy` is `Source` again. Throws DatabaseError; the table is then as it was.
 void RestoreTaxonomy(const std::filesystem::path& database, Progress& progress);
