@@ -88,6 +88,12 @@ void TrimEnd(std::string& text) {
   if (text.ends_with(' ')) text.pop_back();
 }
 
+std::string_view Shortened(std::string_view text, std::size_t most) {
+  if (text.size() <= most) return text;
+  while (most > 0 && (static_cast<unsigned char>(text[most]) & 0xC0U) == 0x80U) --most;
+  return text.substr(0, most);
+}
+
 Identifiers IdentifiersOf(std::string_view text) {
   Identifiers found;
   for (;;) {

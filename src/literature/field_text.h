@@ -17,6 +17,9 @@ void AppendFolded(std::string& out, std::string_view text);
 // Takes the blank at the end away.
 void TrimEnd(std::string& text);
 
+// The beginning of a text, at most so many bytes of it, without a character that is cut.
+std::string_view Shortened(std::string_view text, std::size_t most);
+
 // What a mark says that it names.
 struct Identifiers {
   std::vector<std::string> ids;  // of MeSH and OMIM, without blanks and without the prefix MESH:

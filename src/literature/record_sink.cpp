@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/text.h"
+#include "literature/field_text.h"
 
 namespace selvane {
 
@@ -29,6 +30,8 @@ void RecordSink::Take(Record&& record) {
 }
 
 void RecordSink::Tell(std::string_view kind, std::string_view place) {
+  // What a hostile file gives as an example may be long.
+  place = Shortened(place, 200);
   const std::string file = source_.path().string();
   Guarded([&] { visitor_.OnProblem(kind, place.empty() ? file : fmt::format("{}: {}", file, place)); });
 }
