@@ -8,7 +8,10 @@
 #include "base/error.h"
 #include "base/text.h"
 #include "base/utf8_source.h"
+#include "literature/bioc_reader.h"
 #include "literature/medline_reader.h"
+#include "literature/pubmed_xml_reader.h"
+#include "literature/pubtator_reader.h"
 #include "literature/record_sink.h"
 #include "literature/tagged_reader.h"
 
@@ -45,10 +48,37 @@ bool IsMedline(std::string_view text) {
   return HasLine(text, "PMID- ") || HasLine(text, "MH  - ") || HasLine(text, "AB  - ");
 }
 
+// The name of the first element, behind declarations and comments.
+std::string_view RootElement(std::string_view text) {
+  for (;;) {
+    text = text.substr(std::min(text.find('<'), text.size()));
+    if (text.size() < 2) return {};
+    if (text[1] != '?' && text[1] != '!') break;
+    const std::string_view end = text.starts_with("<!--") ? "-->" : ">";
+    text.remove_prefix(std::min(text.find(end), text.size()));
+  }
+  return text.substr(1, text.find_first_of(" \t\r\n/>") - 1);
+}
+
+RecordFormat FormatOfXml(std::string_view text) {
+  const std::string_view root = RootElement(text);
+  const auto is_one_of = [root](auto... names) { return ((root == names) || ...); };
+  if (is_one_of("PubmedArticleSet", "PubmedBookArticleSet", "PubmedArticle", "PubmedBookArticle",
+                "MedlineCitationSet", "MedlineCitation")) {
+    return RecordFormat::kPubmedXml;
+  }
+  // Others call theirs so, too.
+  const bool is_bioc = root == "collection" && text.find("<document") != std::string_view::npos;
+  return is_bioc ? RecordFormat::kBioc : RecordFormat::kUnknown;
+}
+
 RecordFormat FormatOfText(std::string_view text, const fs::path& name) {
+  const std::string_view first = FirstLine(text);
+  if (first.starts_with('<')) return FormatOfXml(text);
   if (HasLine(text, "AB  - ") && text.find("<DictTerm") != std::string_view::npos) {
     return IsNamedText(name) ? RecordFormat::kTagged : RecordFormat::kUnknown;
   }
+  if (IsPubtatorText(first)) return RecordFormat::kPubtator;
   return IsMedline(text) ? RecordFormat::kMedline : RecordFormat::kUnknown;
 }
 
@@ -58,7 +88,13 @@ void ReadAs(RecordFormat format, ByteSource& source, RecordSink& sink) {
       return ReadTagged(source, sink);
     case RecordFormat::kMedline:
       return ReadMedline(source, sink);
-    default:
+    case RecordFormat::kPubmedXml:
+      return ReadPubmedXml(source, sink);
+    case RecordFormat::kPubtator:
+      return ReadPubtator(source, sink);
+    case RecordFormat::kBioc:
+      return ReadBioc(source, sink);
+    case RecordFormat::kUnknown:
       return sink.Tell(problems::kUnknownFormat, "no reader knows its content");
   }
 }
