@@ -1,5 +1,6 @@
 #include "base/file.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/file.h>
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <memory>
 #include <system_error>
 #include <utility>
 
@@ -21,15 +23,19 @@ namespace {
 constexpr std::size_t kBufferSize = std::size_t{64} * 1024;
 
 [[noreturn]] void Fail(const char* action, const std::filesystem::path& path, int error) {
-  throw FileError(fmt::format("{}: cannot {}: {}", path.string(), action,
-                              std::error_code(error, std::generic_category()).message()));
+  throw FileError(fmt::format("{}: cannot {}: {}", path.string(), action, ReasonOf(error)));
+}
+
+FileDescriptor OpenFile(const std::filesystem::path& path, int flags, const char* action,
+                        const std::filesystem::path& shown) {
+  if (path.empty()) throw FileError("No file was named: choose a file and try again");
+  FileDescriptor file(::open(path.c_str(), flags | O_CLOEXEC, 0666));
+  if (!file.IsOpen()) Fail(action, shown, errno);
+  return file;
 }
 
 FileDescriptor OpenFile(const std::filesystem::path& path, int flags, const char* action) {
-  if (path.empty()) throw FileError("No file was named: choose a file and try again");
-  FileDescriptor file(::open(path.c_str(), flags | O_CLOEXEC, 0666));
-  if (!file.IsOpen()) Fail(action, path, errno);
-  return file;
+  return OpenFile(path, flags, action, path);
 }
 
 }  // namespace
@@ -52,6 +58,28 @@ FileDescriptor OpenRegularFile(const std::filesystem::path& path) {
   return file;
 }
 
+std::string ReasonOf(int error) {
+  switch (error) {
+    case ENOSPC:
+    case EDQUOT:
+      return "the disk is full; make room and try again";
+    case ENAMETOOLONG:
+      return "the name is too long; choose a shorter one";
+    case EACCES:
+    case EPERM:
+      return "you have no right to do that; choose a file or a folder of your own";
+    case EROFS:
+      return "the disk is write-protected; choose a folder on another one";
+    case ENOENT:
+      return "there is no such file or folder; check the name";
+    case EMFILE:
+    case ENFILE:
+      return "too many files are open; close other programs and try again";
+    default:
+      return std::error_code(error, std::generic_category()).message();
+  }
+}
+
 std::uint64_t SizeOf(const FileDescriptor& file, const std::filesystem::path& path) {
   struct stat status {};
   if (::fstat(file.get(), &status) != 0) Fail("read", path, errno);
@@ -70,6 +98,20 @@ std::string ReadFile(const std::filesystem::path& path) {
   }
   bytes.resize(filled);
   return bytes;
+}
+
+std::vector<std::string> NamesInFolder(const std::filesystem::path& folder) {
+  const std::unique_ptr<DIR, int (*)(DIR*)> open_folder(::opendir(folder.c_str()), &::closedir);
+  if (!open_folder) Fail("read the folder", folder, errno);
+  std::vector<std::string> names;
+  for (;;) {
+    errno = 0;
+    const dirent* const entry = ::readdir(open_folder.get());
+    if (entry == nullptr && errno != 0) Fail("read the folder", folder, errno);
+    if (entry == nullptr) return names;
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") names.emplace_back(name);
+  }
 }
 
 bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b) {
@@ -107,9 +149,9 @@ void FileDescriptor::Close() noexcept {
   if (IsOpen()) ::close(Release());
 }
 
-OutputFile::OutputFile(std::filesystem::path path)
-    : path_(std::move(path)),
-      file_(OpenFile(path_, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW, "create")),
+OutputFile::OutputFile(const std::filesystem::path& path, std::filesystem::path shown)
+    : path_(std::move(shown)),
+      file_(OpenFile(path, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW, "create", path_)),
       buffer_(kBufferSize) {}
 
 // A large piece is written as it is, when nothing before it is waiting any more.
@@ -167,6 +209,15 @@ bool InputFile::Read(std::span<char> bytes) {
   return true;
 }
 
+void CopyFile(const std::filesystem::path& from, const std::filesystem::path& to,
+              const std::filesystem::path& shown) {
+  const FileDescriptor input = OpenFile(from, O_RDONLY, "open");
+  OutputFile output(to, shown);
+  std::vector<char> bytes(kBufferSize);
+  while (const std::size_t got = ReadSome(input, from, bytes)) output.Write({bytes.data(), got});
+  output.Close();
+}
+
 // The file stays when the lock is given up: removing it would let two hold a lock of one name, on two files.
 FileLock::FileLock(const std::filesystem::path& path)
     : file_(OpenFile(path, O_RDWR | O_CREAT, "create")),
@@ -183,7 +234,7 @@ OutputLock::OutputLock(const std::filesystem::path& output) : path_(output) {
   path_ += ".lock";
   // The one before may have removed the file between our opening and locking it: then it locks nobody out.
   do {
-    file_ = OpenFile(path_, O_RDWR | O_CREAT | O_NOFOLLOW, "create");
+    file_ = OpenFile(path_, O_RDWR | O_CREAT | O_NOFOLLOW, "create", output);
     if (::flock(file_.get(), LOCK_EX | LOCK_NB) != 0) {
       throw FileError(fmt::format(
           "{}: another run is making this file; wait until it has ended, then try again", output.string()));

@@ -13,8 +13,14 @@
 
 namespace selvane {
 
+// What an error number of the system means to a user and, where there is something, what to do about it.
+std::string ReasonOf(int error);
+
 // The whole content of a file. Throws FileError.
 std::string ReadFile(const std::filesystem::path& path);
+// The names in a folder, in no order. Throws FileError. The standard library's iterators end the program when
+// there is no memory for a name.
+std::vector<std::string> NamesInFolder(const std::filesystem::path& folder);
 
 // True when both names lead to one existing file.
 bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b);
@@ -52,8 +58,9 @@ class FileDescriptor {
 // A file written from its beginning, through a buffer. Created, or emptied when it is there.
 class OutputFile {
  public:
-  // Throws FileError.
-  explicit OutputFile(std::filesystem::path path);
+  // `shown` is the name that errors tell of: the user knows nothing of a temporary one. Throws FileError.
+  explicit OutputFile(const std::filesystem::path& path) : OutputFile(path, path) {}
+  OutputFile(const std::filesystem::path& path, std::filesystem::path shown);
 
   void Write(std::string_view bytes) {
     if (used_ + bytes.size() > buffer_.size()) return WriteBeyond(bytes);
@@ -70,7 +77,7 @@ class OutputFile {
   void WriteBeyond(std::string_view bytes);
   void WriteOut(std::string_view bytes);
 
-  std::filesystem::path path_;
+  std::filesystem::path path_;  // as it is shown
   FileDescriptor file_;
   std::vector<char> buffer_;
   std::size_t used_ = 0;
@@ -99,6 +106,10 @@ class InputFile {
   std::size_t next_ = 0;
   std::size_t filled_ = 0;
 };
+
+// Writes all bytes of a file into another, as OutputFile does. Throws FileError.
+void CopyFile(const std::filesystem::path& from, const std::filesystem::path& to,
+              const std::filesystem::path& shown);
 
 // A lock file, held while this lives and freed by the system when the process ends. `IsHeld` is false when
 // another holds it. Throws FileError when the file cannot be made.

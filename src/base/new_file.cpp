@@ -25,8 +25,7 @@ namespace fs = std::filesystem;
 constexpr std::string_view kPart = ".part";
 
 [[noreturn]] void Fail(const fs::path& path, std::string_view what, int error) {
-  throw FileError(fmt::format("{}: {}: {}", path.string(), what,
-                              std::error_code(error, std::generic_category()).message()));
+  throw FileError(fmt::format("{}: {}: {}", path.string(), what, ReasonOf(error)));
 }
 
 // Follows links, also one whose target is not there yet.
@@ -64,19 +63,26 @@ std::size_t MainPartOf(std::string_view name, std::string_view begin) {
   return is_ours ? end + kPart.size() : 0;
 }
 
+// Files can be made in some folders whose names one may not read: then there is nothing to be found.
+std::vector<std::string> ReadableNamesIn(const fs::path& folder) {
+  try {
+    return NamesInFolder(folder);
+  } catch (const FileError&) {
+    return {};
+  }
+}
+
 // Removes what killed processes have left of this file. A process that lives holds the lock of its own.
 void RemoveStaleParts(const fs::path& path) {
   const std::string begin = path.filename().string() + '.';
-  std::error_code error;
-  for (fs::directory_iterator entry(FolderOf(path), error), end; !error && entry != end;
-       entry.increment(error)) {
-    const std::string name = entry->path().filename().string();
+  const fs::path folder = FolderOf(path);
+  for (const std::string& name : ReadableNamesIn(folder)) {
     const std::size_t main_part = MainPartOf(name, begin);
     if (main_part == 0) continue;
-    const fs::path main = entry->path().parent_path() / name.substr(0, main_part);
+    const fs::path main = folder / name.substr(0, main_part);
     const FileDescriptor stale(::open(main.c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC));
     if (stale.IsOpen() ? ::flock(stale.get(), LOCK_EX | LOCK_NB) == 0 : errno == ENOENT) {
-      ::unlink(entry->path().c_str());
+      ::unlink((folder / name).c_str());
     }
   }
 }
@@ -102,7 +108,10 @@ int Rename(const fs::path& from, const fs::path& to, unsigned flags) {
 }  // namespace
 
 bool IsTaken(const std::filesystem::path& path) {
-  return std::filesystem::exists(std::filesystem::symlink_status(path));
+  struct stat ignored {};
+  if (::lstat(path.c_str(), &ignored) == 0) return true;
+  if (errno == ENOENT || errno == ENOTDIR) return false;
+  Fail(path, "cannot use this name", errno);
 }
 
 void CheckIsFree(const std::filesystem::path& path, ExistingFile existing) {

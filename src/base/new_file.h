@@ -13,7 +13,8 @@ namespace selvane {
 // What a new file is to do where one of its name is there already.
 enum class ExistingFile { kRefuse, kReplace };
 
-// True when the name is taken, if only by a link that leads nowhere.
+// True when the name is taken, if only by a link that leads nowhere. Throws FileError for what can be no
+// name.
 bool IsTaken(const std::filesystem::path& path);
 // What is said then, behind the name.
 inline constexpr std::string_view kTakenReason =

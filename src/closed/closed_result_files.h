@@ -35,7 +35,7 @@ class ClosedResultFiles {
   enum Place : std::size_t { kClosed, kGenerators, kExact, kApproximate, kAllRules };
   struct File {
     explicit File(const char* name) : made(name, ExistingFile::kReplace) {
-      records.OpenForWriting(made.temporary());
+      records.OpenForWriting(made.temporary(), made.path());
     }
     NewFile made;
     ItemsetFile records;

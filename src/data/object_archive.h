@@ -27,7 +27,10 @@ void CopyValues(std::string_view bytes, std::vector<std::uint32_t>& values);
 // Writes an archive file from its beginning. Throws FileError.
 class ArchiveWriter {
  public:
-  explicit ArchiveWriter(std::filesystem::path path) : file_(std::move(path)) {}
+  explicit ArchiveWriter(const std::filesystem::path& path) : file_(path) {}
+  // With the name that errors tell of.
+  ArchiveWriter(const std::filesystem::path& path, std::filesystem::path shown)
+      : file_(path, std::move(shown)) {}
 
   // 16 bits below 65,535; otherwise 0xFFFF and 32 bits.
   void WriteCount(std::uint32_t count);

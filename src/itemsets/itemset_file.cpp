@@ -31,9 +31,9 @@ EncodedRecord TakeRecord(std::string_view& bytes) {
   return record;
 }
 
-void ItemsetFile::OpenForWriting(const std::filesystem::path& path) {
+void ItemsetFile::OpenForWriting(const std::filesystem::path& path, const std::filesystem::path& shown) {
   Close();
-  writer_.emplace(path);
+  writer_.emplace(path, shown);
 }
 
 void ItemsetFile::OpenForReading(const std::filesystem::path& path) {

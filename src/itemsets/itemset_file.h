@@ -37,7 +37,9 @@ EncodedRecord TakeRecord(std::string_view& bytes);
 // throws FileError when it fails.
 class ItemsetFile {
  public:
-  void OpenForWriting(const std::filesystem::path& path);
+  void OpenForWriting(const std::filesystem::path& path) { OpenForWriting(path, path); }
+  // With the name that errors tell of.
+  void OpenForWriting(const std::filesystem::path& path, const std::filesystem::path& shown);
   void OpenForReading(const std::filesystem::path& path);
   bool IsOpen() const { return writer_.has_value() || reader_.has_value(); }
 

@@ -118,7 +118,7 @@ void WritePmml11(const RulesStore& rules, std::string_view model_name, const Rul
                  const std::function<const TaxonomyStore*()>& choose_taxonomy,
                  const std::filesystem::path& path, ExistingFile existing, Progress& progress) {
   NewFile file(path, existing);
-  OutputFile output(file.temporary());
+  OutputFile output(file.temporary(), file.path());
   WriteHead(output, model_name, info, rules.CountRules());
   if (const TaxonomyStore* const taxonomy = choose_taxonomy()) {
     WriteModel(output, rules, info, *taxonomy, progress);

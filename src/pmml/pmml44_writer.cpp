@@ -113,7 +113,7 @@ void WritePmml44(const RulesStore& store, const ModelParameters& parameters, con
     itemsets.NumberOf(rule.consequent, rule.pc);
   }
   NewFile file(path, existing);
-  OutputFile output(file.temporary());
+  OutputFile output(file.temporary(), file.path());
   WriteHead(output, clock);
   output.Write(fmt::format(
       " <AssociationModel functionName=\"associationRules\" modelName=\"{}\" numberOfTransactions=\"{}\" "

@@ -39,7 +39,7 @@ void TakeTexts(std::vector<std::string> texts, RulesInfo& info) {
 
 void WriteFile(std::span<const std::int32_t> first_map, std::span<const std::int32_t> second_map,
                std::span<const std::string> texts, const NewFile& file) {
-  ArchiveWriter archive(file.temporary());
+  ArchiveWriter archive(file.temporary(), file.path());
   for (const auto& map : {first_map, second_map}) {
     archive.WriteCount(static_cast<std::uint32_t>(map.size()));
     archive.WriteValues(std::vector<std::uint32_t>(map.begin(), map.end()));

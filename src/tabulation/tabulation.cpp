@@ -41,7 +41,7 @@ Tabulation TabulateEntries(const std::filesystem::path& first, const std::filesy
   counts.only_in_first = first_entries.size() - counts.in_both;
   counts.only_in_second = second_entries.size() - counts.in_both;
   NewFile file(result, ExistingFile::kReplace);
-  OutputFile output(file.temporary());
+  OutputFile output(file.temporary(), file.path());
   output.Write(fmt::format("both {}\nfirst {}\nsecond {}\n", counts.in_both, counts.only_in_first,
                            counts.only_in_second));
   output.Close();
