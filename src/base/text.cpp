@@ -7,7 +7,9 @@
 #include <charconv>
 #include <cstring>
 
+#include "base/byte_source.h"
 #include "base/utf8.h"
+#include "base/utf8_source.h"
 
 namespace selvane {
 
@@ -120,7 +122,18 @@ std::size_t CharacterCount(std::string_view text) {
       std::count_if(text.begin(), text.end(), [](char c) { return (Byte(c) & 0xC0) != 0x80; }));
 }
 
+bool HasUtf16Mark(std::string_view bytes) {
+  return bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF");
+}
+
 std::string DecodeInput(std::string bytes) {
+  if (HasUtf16Mark(bytes)) {
+    ByteSource source({}, bytes);
+    Utf8Source text(source);
+    std::string utf8;
+    for (std::string_view piece = text.Next(); !piece.empty(); piece = text.Next()) utf8 += piece;
+    return utf8;
+  }
   if (bytes.starts_with("\xEF\xBB\xBF")) bytes.erase(0, 3);
   if (IsUtf8(bytes)) return bytes;
   return FromCodePage1252(bytes);

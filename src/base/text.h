@@ -43,8 +43,10 @@ void AppendUtf8(std::string& out, char32_t code);
 // Number of characters of valid UTF-8 text.
 std::size_t CharacterCount(std::string_view text);
 
-// The bytes of an input file as UTF-8: a byte order mark is dropped, valid UTF-8 is taken as it is, anything
-// else is read as code page 1252.
+// True for what begins with the byte order mark of UTF-16.
+bool HasUtf16Mark(std::string_view bytes);
+// The bytes of an input file as UTF-8: a byte order mark is dropped, behind one of UTF-16 that is read, valid
+// UTF-8 is taken as it is, anything else is read as code page 1252.
 std::string DecodeInput(std::string bytes);
 
 // UTF-8 to code page 1252; what the code page cannot hold becomes '?'.

@@ -108,6 +108,7 @@ void ForEachTaggedMark(std::string_view bytes, const std::function<void(const Ta
 }
 
 void ForEachTaggedTerm(std::string_view bytes, const std::function<void(std::string_view)>& visit) {
+  if (HasUtf16Mark(bytes)) return ForEachTaggedTerm(DecodeInput(std::string(bytes)), visit);
   if (bytes.starts_with("\xEF\xBB\xBF"sv)) bytes.remove_prefix(3);
   ForEachTaggedMark(bytes, [&visit](const TaggedMark& mark) {
     if (!mark.form.empty()) visit(mark.form);

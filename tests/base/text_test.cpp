@@ -18,6 +18,8 @@ TEST(Text, DecodesEveryKindOfInput) {
       {"\xC0\xAF", "\xC3\x80\xC2\xAF"},                  // nor is one longer than it need be
       {"\xED\xA0\x80", "\xC3\xAD\xC2\xA0\xE2\x82\xAC"},  // nor a surrogate
       {"\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"},
+      {std::string("\xFF\xFES\0\xF6\0=\xD8\0\xDE", 10), "S\xC3\xB6\xF0\x9F\x98\x80"},
+      {std::string("\xFE\xFF\0S\x20\xAC\xD8=\0", 9), "S\xE2\x82\xAC\xEF\xBF\xBD\xEF\xBF\xBD"},
   };
   for (const auto& [bytes, utf8] : cases) EXPECT_EQ(DecodeInput(bytes), utf8);
 }

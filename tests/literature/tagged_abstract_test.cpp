@@ -79,6 +79,9 @@ TEST(TaggedAbstract, CleansForms) {
   EXPECT_EQ(TermsOf(mark("Sj\xF6gren")), Terms{"Sj\xC3\xB6gren"});
   EXPECT_EQ(TermsOf(mark("Sj\xC3\xB6gren")), Terms{"Sj\xC3\xB6gren"});
   EXPECT_EQ(TermsOf("\xEF\xBB\xBF" + mark("A")), Terms{"A"});
+  std::string utf16 = "\xFF\xFE";
+  for (const char c : mark("Sj\xF6gren")) utf16 += {c, '\0'};
+  EXPECT_EQ(TermsOf(utf16), Terms{"Sj\xC3\xB6gren"});
   EXPECT_EQ(TermsOf(mark("A") + "AD  - \nAB  - \n" + mark("B")), Terms{"A"});  // the first abstract only
   EXPECT_EQ(TermsOf("no abstract <DictTerm DictCanon=\"A\">x</DictTerm>"), Terms{});
 }
