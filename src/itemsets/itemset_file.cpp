@@ -2,12 +2,34 @@
 
 #include <fmt/format.h>
 
+#include <array>
 #include <cstdlib>
 #include <system_error>
 
 #include "base/error.h"
+#include "base/file.h"
 
 namespace selvane {
+
+namespace {
+
+// Of either extraction; the first is the itemset file.
+constexpr std::array<const char*, 3> kWorkingFiles = {"ItemSets.dat", "FC_s.dat", "FPC_s.dat"};
+
+void CheckIsNoWorkingFile(const std::filesystem::path& folder,
+                          std::initializer_list<std::filesystem::path> others) {
+  for (const std::filesystem::path& other : others) {
+    for (const char* const name : kWorkingFiles) {
+      if (other.empty() || !IsSamePlace(other, folder / name)) continue;
+      throw InputError(fmt::format(
+          "{}: every extraction makes a file of this name, and removes it in the end; move or name the file "
+          "elsewhere",
+          other.string()));
+    }
+  }
+}
+
+}  // namespace
 
 void AppendRecord(std::span<const std::uint32_t> items, std::uint32_t support_count, std::string& bytes) {
   AppendCount(static_cast<std::uint32_t>(items.size()), bytes);
@@ -87,7 +109,10 @@ std::filesystem::path ItemsetFileHold::DefaultFolder() {
       "there is no folder for the itemset file; set XDG_STATE_HOME or HOME to a folder of your own");
 }
 
-ItemsetFileHold::ItemsetFileHold(const std::filesystem::path& folder) : path_(folder / "ItemSets.dat") {
+ItemsetFileHold::ItemsetFileHold(const std::filesystem::path& folder,
+                                 std::initializer_list<std::filesystem::path> others)
+    : path_(folder / kWorkingFiles.front()) {
+  CheckIsNoWorkingFile(folder, others);
   std::error_code error;
   std::filesystem::create_directories(folder, error);
   if (error) {
@@ -99,7 +124,7 @@ ItemsetFileHold::ItemsetFileHold(const std::filesystem::path& folder) : path_(fo
   lock_.emplace(folder / "ItemSets.lock");
   if (lock_->IsHeld()) {
     // What a run that was killed has left behind.
-    for (const char* const name : {"ItemSets.dat", "FC_s.dat", "FPC_s.dat"}) {
+    for (const char* const name : kWorkingFiles) {
       std::filesystem::remove(folder / name, error);
     }
     return;

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <initializer_list>
 #include <optional>
 #include <span>
 #include <string>
@@ -69,8 +70,10 @@ class ItemsetFileHold {
   static std::filesystem::path DefaultFolder();
 
   // Makes the folder, takes the lock and removes what a killed run has left there. Throws FileError when
-  // another run holds the lock.
-  explicit ItemsetFileHold(const std::filesystem::path& folder);
+  // another run holds the lock, and InputError when one of `others`, the files of the run, is one of those
+  // that runs make and remove there.
+  explicit ItemsetFileHold(const std::filesystem::path& folder,
+                           std::initializer_list<std::filesystem::path> others = {});
   ItemsetFileHold(const ItemsetFileHold&) = delete;
   ItemsetFileHold& operator=(const ItemsetFileHold&) = delete;
   ~ItemsetFileHold() { Remove(); }

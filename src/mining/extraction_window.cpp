@@ -231,7 +231,7 @@ ExtractionHooks ExtractionWindow::Hooks(const QString& suggestion, LineBuffer& l
 }
 
 void ExtractionWindow::ExtractWithApriori(QStringList& restored) {
-  ItemsetFileHold hold(ItemsetFileHold::DefaultFolder());
+  ItemsetFileHold hold(ItemsetFileHold::DefaultFolder(), {source_.file_name(), taxonomy_->path()});
   WriteFields();
   LineBuffer lines(*rules_);
   ExtractionHooks hooks = Hooks({}, lines);
@@ -243,7 +243,7 @@ void ExtractionWindow::ExtractWithApriori(QStringList& restored) {
 }
 
 void ExtractionWindow::ExtractWithOrnex() {
-  const ItemsetFileHold hold(ItemsetFileHold::DefaultFolder());
+  const ItemsetFileHold hold(ItemsetFileHold::DefaultFolder(), {source_.file_name(), taxonomy_->path()});
   WriteFields();
   LineBuffer lines(*rules_);
   const ClosedReport report = ExtractClosedRules(source_, *taxonomy_, hold, {.run = Request()},
