@@ -31,11 +31,6 @@ double SixDecimals(float figure) {
   return value;
 }
 
-bool HasFiniteFigures(const Rule& rule) {
-  return std::isfinite(rule.support) && std::isfinite(rule.confidence) && std::isfinite(rule.pa) &&
-         std::isfinite(rule.pc);
-}
-
 }  // namespace
 
 RuleBatch::RuleBatch(Database& database, std::string_view table, long& inserted)
@@ -46,8 +41,7 @@ RuleBatch::RuleBatch(Database& database, std::string_view table, long& inserted)
 
 void RuleBatch::Insert(const Rule& rule) {
   ++inserted_;
-  // Such a figure is no number in a text either; the engine's words for it are those of the text.
-  if (!HasFiniteFigures(rule)) return database_.Execute(InsertionText(table_, inserted_, rule));
+  CheckFigures(database_.path(), table_, inserted_, rule);
   int field = 0;
   insert_.Set(field++, std::int64_t{inserted_});
   insert_.Set(field++, ItemsetToText(rule.antecedent));
@@ -61,6 +55,16 @@ void RuleBatch::Insert(const Rule& rule) {
     insert_.Insert();
   } catch (const DatabaseError& error) {
     throw DatabaseError(error.file(), error.reason(), InsertionText(table_, inserted_, rule));
+  }
+}
+
+void CheckFigures(const std::filesystem::path& file, std::string_view table, long number, const Rule& rule) {
+  for (const float figure : {rule.support, rule.confidence, rule.pa, rule.pc}) {
+    if (std::isfinite(figure)) continue;
+    throw DatabaseError(
+        file, fmt::format("rule {} of table {} has the figure {}, which cannot be stored; correct it where "
+                          "the rule comes from, or leave the rule out",
+                          number, table, figure));
   }
 }
 

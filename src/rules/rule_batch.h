@@ -27,6 +27,10 @@ class RuleBatch {
   BulkInsert insert_;
 };
 
+// Throws DatabaseError, about this file, for a rule with a figure that is no finite number: in an SQL text it
+// would be the name of a column.
+void CheckFigures(const std::filesystem::path& file, std::string_view table, long number, const Rule& rule);
+
 // The SQL text that adds a rule to a table under this number.
 std::string InsertionText(std::string_view table, long number, const Rule& rule);
 

@@ -106,6 +106,7 @@ void RulesStore::ContinueCascade() {
 void RulesStore::InsertRule(const Rule& rule) {
   ++target_.inserted;
   if (target_.table == source_table_) rows_.reset();
+  CheckFigures(database().path(), target_.table, target_.inserted, rule);
   database().Execute(InsertionText(target_.table, target_.inserted, rule));
 }
 

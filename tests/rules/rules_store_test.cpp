@@ -188,6 +188,8 @@ TEST_F(RulesStoreTest, ManyRulesAreStoredAsTheTextWouldStoreThem) {
     EXPECT_EQ(Fault("A1", [&] { store.InsertRule(rule); }),
               Fault("B1", [&] { store.InsertRules([&](RuleBatch& batch) { batch.Insert(rule); }); }));
   }
+  EXPECT_NE(Fault("A1", [&] { store.InsertRule(rules[1]); }).find("the figure nan, which"),
+            std::string::npos);
   store.Close();
   const auto stored = [](const char* table) {
     return Rows("r.mdb",
