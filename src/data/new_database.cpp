@@ -10,16 +10,14 @@
 
 namespace selvane {
 
-namespace {
-
 namespace fs = std::filesystem;
 
-// What the engine keeps beside a database while somebody works on it, or leaves there in a crash.
 void CheckSideFiles(const fs::path& path) {
   for (const char* const suffix : {"-journal", "-wal", "-shm"}) {
+    std::error_code too_long;  // for a file to be there
     fs::path side = path;
     side += suffix;
-    if (!fs::exists(fs::symlink_status(side))) continue;
+    if (!fs::exists(fs::symlink_status(side, too_long))) continue;
     throw DatabaseError(
         path,
         fmt::format("beside this name lies {}, which belongs to an older database of that name and would "
@@ -27,8 +25,6 @@ void CheckSideFiles(const fs::path& path) {
                     side.filename().string()));
   }
 }
-
-}  // namespace
 
 NewDatabase::NewDatabase(const fs::path& path, ExistingFile existing) : path_(path) {
   if (path.empty()) throw DatabaseError(path, "no file was named; choose a database file and try again");

@@ -11,6 +11,10 @@
 
 namespace selvane {
 
+// Throws DatabaseError when beside the name lies what the engine keeps there while somebody works on a
+// database of that name, or leaves in a crash.
+void CheckSideFiles(const std::filesystem::path& path);
+
 // A database in the making, alone or as the last file of a set.
 //
 // A journal or a write-ahead log beside a database belongs to it: SQLite would carry what it holds over into

@@ -68,8 +68,8 @@ struct ExtractionReport {
 };
 
 // Checks, before mining, that the rules can go there: nothing is there unless it is to be replaced, the
-// folder is there, and neither the database nor its information file is one of `others`, the other files of
-// the run. Throws DatabaseError and InputError.
+// folder is there, neither the database nor its information file is one of `others`, the other files of the
+// run, and both can be made. Throws DatabaseError, FileError and InputError.
 void CheckRulesOutput(const RulesOutput& output, const std::vector<std::filesystem::path>& others);
 
 }  // namespace selvane

@@ -16,6 +16,31 @@ namespace selvane {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+void CheckOutputNames(const RulesOutput& output, const std::vector<fs::path>& others) {
+  if (output.path.empty())
+    throw DatabaseError({}, "no file was named; choose a rules database and try again");
+  if (output.existing == ExistingFile::kRefuse && IsTaken(output.path)) {
+    throw DatabaseError(output.path, kTakenReason);
+  }
+  std::error_code error;
+  if (output.path.has_parent_path() && !fs::is_directory(output.path.parent_path(), error)) {
+    throw DatabaseError(output.path, "there is no such folder; make it first, or choose another one");
+  }
+  const fs::path info = RulesInfoPath(output.path);
+  for (const fs::path& other : others) {
+    if (other.empty()) continue;
+    for (const fs::path& made : {output.path, info}) {
+      if (!IsSamePlace(made, other)) continue;
+      throw InputError(fmt::format(
+          "{}: the rules would replace a file that the run needs; choose another name", made.string()));
+    }
+  }
+}
+
+}  // namespace
+
 void CheckRequest(const TransactionSource& source, const ExtractionRequest& request) {
   if (!IsFraction(request.min_support)) throw InputError("the minimum support must be above 0 and at most 1");
   if (!IsFraction(request.min_confidence))
@@ -35,7 +60,8 @@ void CheckRequest(const TransactionSource& source, const ExtractionRequest& requ
   const fs::path& copy = request.itemset_copy;
   if (copy.empty()) return;
   CheckIsFree(copy, ExistingFile::kRefuse);
-  if (copy.has_parent_path() && !fs::is_directory(copy.parent_path())) {
+  std::error_code error;
+  if (copy.has_parent_path() && !fs::is_directory(copy.parent_path(), error)) {
     throw FileError(fmt::format("{}: there is no such folder; make it first", copy.parent_path().string()));
   }
 }
@@ -43,10 +69,7 @@ void CheckRequest(const TransactionSource& source, const ExtractionRequest& requ
 std::unique_ptr<NewFile> CopyOf(const fs::path& itemsets, const fs::path& copy) {
   if (copy.empty()) return nullptr;
   auto file = std::make_unique<NewFile>(copy, ExistingFile::kRefuse);
-  std::error_code error;
-  fs::copy_file(itemsets, file->temporary(), fs::copy_options::overwrite_existing, error);
-  if (error)
-    throw FileError(fmt::format("{}: cannot keep the itemset file: {}", copy.string(), error.message()));
+  CopyFile(itemsets, file->temporary(), file->path());
   return file;
 }
 
@@ -65,7 +88,7 @@ void StoreRules(const ExtractionHooks& hooks, const std::vector<fs::path>& other
                 ExtractionReport& report, Progress& progress) {
   constexpr const char* kTable = "Extracted";
   const RulesOutput output = hooks.choose_output();
-  CheckRulesOutput(output, others);
+  CheckOutputNames(output, others);
   report.output = output.path;
   const StageTimer timer;
   NewRulesDatabase made(output.path, output.existing, kTable);
@@ -88,23 +111,8 @@ RulesInfo InfoOf(const ExtractionRequest& request, std::uint32_t rows) {
 }
 
 void CheckRulesOutput(const RulesOutput& output, const std::vector<fs::path>& others) {
-  if (output.path.empty())
-    throw DatabaseError({}, "no file was named; choose a rules database and try again");
-  if (output.existing == ExistingFile::kRefuse && IsTaken(output.path)) {
-    throw DatabaseError(output.path, kTakenReason);
-  }
-  if (output.path.has_parent_path() && !fs::is_directory(output.path.parent_path())) {
-    throw DatabaseError(output.path, "there is no such folder; make it first, or choose another one");
-  }
-  const fs::path info = RulesInfoPath(output.path);
-  for (const fs::path& other : others) {
-    if (other.empty()) continue;
-    for (const fs::path& made : {output.path, info}) {
-      if (!IsSamePlace(made, other)) continue;
-      throw InputError(fmt::format(
-          "{}: the rules would replace a file that the run needs; choose another name", made.string()));
-    }
-  }
+  CheckOutputNames(output, others);
+  NewRulesDatabase::Check(output.path, output.existing);
 }
 
 }  // namespace selvane

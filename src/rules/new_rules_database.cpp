@@ -17,12 +17,10 @@ namespace fs = std::filesystem;
 
 // Whether another database of the folder has the same title, and so the same information file.
 bool HasNamesake(const fs::path& path) {
-  std::error_code error;
   const fs::path folder = path.has_parent_path() ? path.parent_path() : ".";
-  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-    const fs::path& other = entry->path();
-    const bool same_title = other.stem() == path.stem() && other.filename() != path.filename();
-    if (same_title && Database::IsOne(other)) return true;
+  for (const fs::path name : NamesInFolder(folder)) {
+    const bool same_title = name.stem() == path.stem() && name != path.filename();
+    if (same_title && Database::IsOne(folder / name)) return true;
   }
   return false;
 }
@@ -38,6 +36,19 @@ void CheckInfoIsFree(const fs::path& path, const Database* replaced) {
 }
 
 }  // namespace
+
+void NewRulesDatabase::Check(const fs::path& path, ExistingFile existing) {
+  // Under no lock: the run of another user that is just giving the names would fail on it.
+  const NewFile database(path, existing);
+  const fs::path info_path = RulesInfoPath(path);
+  const NewFile info(info_path, ExistingFile::kReplace);
+  if (!IsTaken(database.path())) CheckSideFiles(database.path());
+  std::optional<Database> replaced;
+  if (IsTaken(info_path) && HasNamesake(path) && Database::IsOne(path)) {
+    replaced = Database::OpenToReplace(path);
+  }
+  CheckInfoIsFree(path, replaced ? &*replaced : nullptr);
+}
 
 NewRulesDatabase::NewRulesDatabase(const fs::path& path, ExistingFile existing, std::string_view table)
     : path_(path), database_(path, existing) {

@@ -21,6 +21,10 @@ namespace selvane {
 // One that may belong to another database than the one that is replaced is never touched.
 class NewRulesDatabase {
  public:
+  // Tries whether both can be made, and leaves nothing: for a run that takes long to say so before. Throws as
+  // making them does.
+  static void Check(const std::filesystem::path& path, ExistingFile existing);
+
   // Throws as NewDatabase does, and InputError when the information file may be another database's.
   NewRulesDatabase(const std::filesystem::path& path, ExistingFile existing, std::string_view table);
 
