@@ -50,19 +50,16 @@ class FilterRun {
   void Finish(std::span<const ListedRule> kept, std::string_view text, std::string_view nothing_kept) {
     KeepMask mask(rules.size());
     for (const ListedRule& rule : kept) mask.Keep(rule.number);
-    std::string saved;
-    if (options_.save && !kept.empty()) {  // first, as nobody may read the output to its end
-      saved = SaveFilteredRules(store_, rules, mask, context_.clock, context_.progress);
+    // Saved and named first, as nobody may read the output to its end.
+    if (options_.save && !kept.empty()) {
+      fmt::print(context_.err, "Filtered rules saved in database table:\n{}\n",
+                 SaveFilteredRules(store_, rules, mask, context_.clock, context_.progress));
     }
     context_.progress.SetStatus("Completed!!");
     WriteOut(context_, text);
-    if (kept.empty()) fmt::print(context_.err, "{}\n", nothing_kept);
-    if (!options_.save) return;
-    if (saved.empty()) {
-      fmt::print(context_.err, "Nothing was kept, so no table was saved\n");
-    } else {
-      fmt::print(context_.err, "Filtered rules saved in database table:\n{}\n", saved);
-    }
+    if (!kept.empty()) return;
+    fmt::print(context_.err, "{}\n", nothing_kept);
+    if (options_.save) fmt::print(context_.err, "Nothing was kept, so no table was saved\n");
   }
 
   TaxonomyStore taxonomy;

@@ -134,10 +134,20 @@ void ReportClosedEnd(const ClosedReport& closed, const CliContext& context) {
              run.rules_seconds);
 }
 
+// What was to be replaced is still there when nothing was found: it is not the result of this run.
+void ReportOldRules(const ExtractionReport& run, const ExtractOptions& options, const CliContext& context) {
+  if (!run.output.empty() || !IsTaken(options.output)) return;
+  fmt::print(context.err,
+             "selvane-cli: {}: the rules of an earlier run are still there, as nothing replaces "
+             "them\n",
+             options.output.string());
+}
+
 void Extract(ExtractOptions& options, const CliContext& context) {
   CheckOutput(options, context);
   // The lock comes first, so that a second run hears of the first and not of a file that is open.
-  ItemsetFileHold hold(ItemsetFileHold::DefaultFolder());
+  ItemsetFileHold hold(ItemsetFileHold::DefaultFolder(),
+                       {options.terms, options.taxonomy, options.output, options.request.itemset_copy});
   TransactionSource source;
   source.Open(options.terms);
   std::vector<std::string> tables;
@@ -154,11 +164,14 @@ void Extract(ExtractOptions& options, const CliContext& context) {
   hooks.will_not_fit = [&context](const TooManyRules& rules) { ReportTooMany(rules, context); };
   if (options.closed) {
     const ClosedRequest closed{.run = request, .covers_only = !options.unreduced};
-    ReportClosedEnd(ExtractClosedRules(source, taxonomy, hold, closed, hooks, context.progress), context);
-    return;
+    const ClosedReport report = ExtractClosedRules(source, taxonomy, hold, closed, hooks, context.progress);
+    ReportClosedEnd(report, context);
+    return ReportOldRules(report.run, options, context);
   }
   const AprioriRequest apriori{.run = request, .generalize = !options.no_generalize};
-  ReportEnd(ExtractRules(source, taxonomy, hold, apriori, hooks, context.progress), context);
+  const AprioriReport report = ExtractRules(source, taxonomy, hold, apriori, hooks, context.progress);
+  ReportEnd(report, context);
+  ReportOldRules(report.run, options, context);
 }
 
 void AddExtract(CLI::App& group, const CliContext& context) {

@@ -79,16 +79,17 @@ void AddList(CLI::App& group, const CliContext& context) {
     std::vector<std::string> tables;
     source.ListTables(tables);
     const std::string table = ChooseTable(tables, options->table, options->database);
-    const int fields = source.FieldCount(table);
+    std::vector<std::string> terms;
+    source.ListItemFields(table, terms);
     std::string lines;
     std::vector<std::uint16_t> ids;
     std::string name;
-    for (int position = 1; position < fields; ++position) {
+    for (int position = 1; position <= static_cast<int>(terms.size()); ++position) {
       source.ItemRowIds(table, position, ids, name);
       fmt::format_to(std::back_inserter(lines), "{}\t{}\t{}\n", position, ids.size(), name);
     }
     WriteOut(context, lines);
-    fmt::print(context.err, "table {}: {} rows, {} terms\n", table, source.RecordCount(table), fields - 1);
+    fmt::print(context.err, "table {}: {} rows, {} terms\n", table, source.CountRows(table), terms.size());
   });
 }
 

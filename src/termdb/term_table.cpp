@@ -114,15 +114,16 @@ void WriteRows(Database& database, const TermCollection& collection, const TermT
 std::vector<fs::path> QueryFiles(std::span<const fs::path> names) {
   std::vector<fs::path> files;
   for (const fs::path& name : names) {
-    if (!fs::exists(name))
+    std::error_code error;
+    if (!fs::exists(name, error))
       throw InputError(fmt::format("{}: there is no such file or folder", name.string()));
-    if (!fs::is_directory(name)) {
+    if (!fs::is_directory(name, error)) {
       files.push_back(name);
       continue;
     }
     const std::size_t before = files.size();
-    for (const fs::directory_entry& entry : fs::directory_iterator(name)) {
-      if (LowerCase(entry.path().extension().string()) == ".txt") files.push_back(entry.path());
+    for (const fs::path entry : NamesInFolder(name)) {
+      if (LowerCase(entry.extension().string()) == ".txt") files.push_back(name / entry);
     }
     if (files.size() == before) {
       throw InputError(fmt::format("{}: the folder holds no text files (*.txt)", name.string()));
