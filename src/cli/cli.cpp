@@ -10,6 +10,7 @@
 #include <ostream>
 
 #include "base/error.h"
+#include "base/file.h"
 #include "base/text.h"
 #include "version.h"
 
@@ -31,10 +32,7 @@ void Report(const CliContext& context, std::string_view message) {
   fmt::print(context.err, "selvane-cli: {}\n", message);
 }
 
-}  // namespace
-
-int RunCli(std::vector<std::string> arguments, const CliContext& context) {
-  CLI::App app("Mines association rules over a taxonomy from tagged abstracts.", "selvane-cli");
+void AddCommands(CLI::App& app, const CliContext& context) {
   app.set_version_flag("--version", "selvane-cli " SELVANE_VERSION, "Show the version and leave");
   app.require_subcommand(1);
   app.footer("Run a command with --help for its options and an example.");
@@ -43,7 +41,14 @@ int RunCli(std::vector<std::string> arguments, const CliContext& context) {
   AddRulesCommands(app, context);
   AddPmmlCommands(app, context);
   AddTabulateCommand(app, context);
+}
+
+}  // namespace
+
+int RunCli(std::vector<std::string> arguments, const CliContext& context) {
   try {
+    CLI::App app("Mines association rules over a taxonomy from tagged abstracts.", "selvane-cli");
+    AddCommands(app, context);
     const int status = ParseAndRun(app, std::move(arguments), context);
     if (!context.out.flush()) throw FileError("the output cannot be written; is the disk full?");
     return status;
@@ -54,7 +59,9 @@ int RunCli(std::vector<std::string> arguments, const CliContext& context) {
     Report(context, "interrupted; nothing half-made was left behind");
   } catch (const SilentAbort&) {
   } catch (const std::bad_alloc&) {
-    Report(context, "out of memory; close other programs, or raise the minimum support");
+    Report(context, kOutOfMemory);
+  } catch (const std::filesystem::filesystem_error& error) {
+    Report(context, fmt::format("{}: {}", error.path1().string(), ReasonOf(error.code().value())));
   } catch (const std::exception& error) {
     Report(context, error.what());
   }

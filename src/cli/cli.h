@@ -30,8 +30,12 @@ inline constexpr int kFailed = 1;
 inline constexpr int kWrongUsage = 2;
 inline constexpr int kEndedByDesign = 255;
 
-// Parses the arguments (without the program's name), runs the command and returns the exit status. Nothing is
-// thrown: every failure is a message on `err`.
+// What is said when there is no memory.
+inline constexpr std::string_view kOutOfMemory =
+    "out of memory; close other programs, or raise the minimum support";
+
+// Parses the arguments (without the program's name), runs the command and returns the exit status. Every
+// failure is a message on `err`; thrown is only std::bad_alloc, when there is no memory for the message.
 int RunCli(std::vector<std::string> arguments, const CliContext& context);
 
 // Each adds its group of commands. What a command needs lives as long as the returned app's callbacks.

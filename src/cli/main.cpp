@@ -3,7 +3,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <iostream>
+#include <new>
 #include <string_view>
 
 #include "base/shown_text.h"
@@ -63,9 +65,7 @@ class ClearingBuffer final : public std::streambuf {
   selvane::InterruptSignal* released_;
 };
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
   selvane::InterruptSignal signal;
   selvane::TerminalProgress progress(std::cerr, ::isatty(STDERR_FILENO) == 1, signal);
   ClearingBuffer out_buffer(std::cout.rdbuf(), ::isatty(STDOUT_FILENO) == 1, progress, &signal);
@@ -75,4 +75,37 @@ int main(int argc, char** argv) {
   const selvane::SystemClock clock;
   const selvane::CliContext context{out, err, progress, clock, DecimalSign()};
   return selvane::RunCli({argv + 1, argv + argc}, context);
+}
+
+// Says so without asking for memory.
+void TellOfNoMemory() {
+  for (const std::string_view text :
+       {std::string_view("selvane-cli: "), selvane::kOutOfMemory, std::string_view("\n")}) {
+    if (::write(STDERR_FILENO, text.data(), text.size()) < 0) return;
+  }
+}
+
+[[noreturn]] void EndWithoutMemory() {
+  TellOfNoMemory();
+  ::_exit(selvane::kFailed);
+}
+
+// Before any object of the program and its libraries is made: what is thrown there nobody can catch.
+[[gnu::constructor(101)]] void PrepareForNoMemory() {
+  std::set_new_handler(&EndWithoutMemory);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::set_new_handler(nullptr);  // from here on it is thrown and caught, and nothing half-made is left
+  try {
+    const int status = Run(argc, argv);
+    // Some file systems tell only now that the output has found no place.
+    if (::close(STDOUT_FILENO) == 0 || errno == EBADF || status != selvane::kDone) return status;
+    std::cerr << "selvane-cli: the output cannot be written; is the disk full?\n";
+  } catch (const std::bad_alloc&) {
+    TellOfNoMemory();
+  }
+  return selvane::kFailed;
 }

@@ -181,6 +181,8 @@ TEST_F(CliTest, FaultsHaveAMessageAndAStatusAndLoseNothing) {
   MakeForeignDatabase("two.mdb",
                       R"(CREATE TABLE a("Index", x); INSERT INTO a VALUES (1, 1); CREATE TABLE b(i);
       CREATE TABLE 'c d'(i, x);)");
+  MakeForeignDatabase("hurt.mdb", R"(CREATE TABLE a("Index"); INSERT INTO a VALUES (1);)");
+  WriteText("hurt.mdb", ReadFile("hurt.mdb").substr(0, 4096) + std::string(4096, 'x'));
   const Texts before = FileNames(".");
   const std::tuple<std::string, int, const char*> cases[] = {
       {"taxonomy load tax.txt new.mdb", 255, "Selected file is not xml file"},
@@ -203,6 +205,12 @@ TEST_F(CliTest, FaultsHaveAMessageAndAStatusAndLoseNothing) {
       {kExtract + "./tax.mdb --overwrite", 1, "the run needs"},
       {kExtract + "new.mdb --itemsets no/copy.dat", 1, "no such folder"},
       {kExtract + "new.mdb --itemsets Infonew.dat", 1, "the run needs"},
+      // Said before the search, which finds nothing.
+      {kExtract + "rules.db --min-support 1", 1, "may belong to another rules database"},
+      {kExtract + "rules.mdb --overwrite --min-support 1", 0, "rules of an earlier run are still there"},
+      {kExtract + std::string(300, 'x'), 1, "xx: cannot use this name: the name is too long"},
+      {"rules extract state/selvane/ItemSets.dat --taxonomy tax.mdb --output new.mdb", 1, "move or name"},
+      {"terms list hurt.mdb", 1, "hurt.mdb: the file is damaged"},
       {"terms list two.mdb --table c_d", 1, "no table c_d"},
       {"taxonomy list tax.mdb --depth 0", 2, "1 to 1000"},
       {"rules show terms.mdb --taxonomy tax.mdb", 1, "no rules table"},
