@@ -19,6 +19,10 @@ constexpr std::array kOwnTables = std::to_array<std::string_view>({
     "sys_Queries",
     "sys_Notes",
     "sys_Sets",
+    "sys_Documents",
+    "sys_Texts",
+    "sys_Marks",
+    "sys_MarkTerms",
     "sys_Headings",
     "sys_EntryTerms",
     "sys_Supplementary",
@@ -34,6 +38,8 @@ std::string Declaration(const Field& field) {
       return fmt::format("{0} INTEGER CHECK ({0} BETWEEN -2147483648 AND 2147483647)", name);
     case FieldType::kSingle:
       return fmt::format("{0} REAL CHECK ({0} BETWEEN -3.4028235e38 AND 3.4028235e38)", name);
+    case FieldType::kBytes:
+      return name + " BLOB";
     default:
       // An empty text is compared first: it is the common value of a wide table and costs no function call.
       return fmt::format("{0} VARCHAR({1}) DEFAULT '' CHECK ({0} = '' OR length({0}) <= {1})", name,

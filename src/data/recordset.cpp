@@ -114,6 +114,11 @@ std::string_view Recordset::Text(int position) const {
   return Row().ColumnText(position + first_column_);
 }
 
+std::string_view Recordset::Bytes(int position) const {
+  NeedRow();
+  return Row().ColumnBytes(position + first_column_);
+}
+
 template <typename Convert>
 auto Recordset::Converted(int position, Convert convert) const {
   try {

@@ -34,6 +34,8 @@ class Recordset {
   Variant Value(std::string_view name) const;
   // The text of a field without a copy, valid until the next move.
   std::string_view Text(int position) const;
+  // The bytes of a BLOB in the same way.
+  std::string_view Bytes(int position) const;
   // The field as a 16-bit integer; fails on a null value and on one that is no such number.
   std::int16_t Int16(int position) const;
   std::int32_t Int32(int position) const;

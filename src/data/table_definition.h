@@ -11,6 +11,7 @@ enum class FieldType {
   kInt32,    // INTEGER
   kSingle,   // REAL, and whatever else other programs declare for numbers
   kText,     // VARCHAR(n)
+  kBytes,    // BLOB, in tables of our own only: of another's it is kUnknown
   kUnknown,  // any other declared type, in files that other programs made
 };
 
