@@ -20,11 +20,6 @@ std::string MissingText(std::span<const std::string> used) {
   return text + " are missing taxonomies in taxonomies database";
 }
 
-// The names of the taxonomies tell, and where these have none, the items that generalization added.
-bool WasGeneralized(const RulesInfo& info) {
-  return !info.taxonomies.empty() || !ItemsOfMap(info.second_map).empty();
-}
-
 // Whether the taxonomy has every taxonomy that an information file names. Where a name is not found as it
 // stands, the taxonomies are compared as the file can hold them.
 bool HasAllTaxonomies(const TaxonomyStore& taxonomy, std::span<const std::string> names) {
@@ -39,7 +34,24 @@ bool HasAllTaxonomies(const TaxonomyStore& taxonomy, std::span<const std::string
   });
 }
 
-// The table in the database's own spelling.
+}  // namespace
+
+MissingTaxonomies::MissingTaxonomies(std::span<const std::string> used) : InputError(MissingText(used)) {}
+
+RulesInfo OpenRulesForFiltering(RulesStore& store, const TaxonomyStore& taxonomy,
+                                const std::filesystem::path& path) {
+  store.OpenRulesDatabase(path);
+  RulesInfo info = ReadInfoOf(store);
+  // All are named, as it is the set that tells which taxonomy database is the right one.
+  if (!HasAllTaxonomies(taxonomy, info.taxonomies)) throw MissingTaxonomies(info.taxonomies);
+  return info;
+}
+
+// The names of the taxonomies tell, and where these have none, the items that generalization added.
+bool WasGeneralized(const RulesInfo& info) {
+  return !info.taxonomies.empty() || !ItemsOfMap(info.second_map).empty();
+}
+
 std::string FindTermTable(const TransactionSource& source, const RulesInfo& info) {
   if (info.term_table.empty()) {
     throw InputError("how the rules were made is not known: the information file names no term table");
@@ -53,19 +65,6 @@ std::string FindTermTable(const TransactionSource& source, const RulesInfo& info
       "{}: there is no table {}, of which the rules were made; choose the term database that they "
       "were extracted from. This one holds: {}",
       source.file_name().string(), info.term_table, fmt::join(tables, ", ")));
-}
-
-}  // namespace
-
-MissingTaxonomies::MissingTaxonomies(std::span<const std::string> used) : InputError(MissingText(used)) {}
-
-RulesInfo OpenRulesForFiltering(RulesStore& store, const TaxonomyStore& taxonomy,
-                                const std::filesystem::path& path) {
-  store.OpenRulesDatabase(path);
-  RulesInfo info = ReadInfoOf(store);
-  // All are named, as it is the set that tells which taxonomy database is the right one.
-  if (!HasAllTaxonomies(taxonomy, info.taxonomies)) throw MissingTaxonomies(info.taxonomies);
-  return info;
 }
 
 ItemRegistry ReadTermTable(const std::filesystem::path& path, const RulesInfo& info,

@@ -27,6 +27,12 @@ class MissingTaxonomies : public InputError {
 RulesInfo OpenRulesForFiltering(RulesStore& store, const TaxonomyStore& taxonomy,
                                 const std::filesystem::path& path);
 
+// Whether the rules were made of the terms and of all that is above them.
+bool WasGeneralized(const RulesInfo& info);
+
+// The table that `info` names, in the spelling of the term database. Throws InputError when there is none.
+std::string FindTermTable(const TransactionSource& source, const RulesInfo& info);
+
 // The items of the rows that the rules were made of: reads the table that `info` names out of a term
 // database. Throws DatabaseError, Interrupted, and InputError when the database has no such table.
 ItemRegistry ReadTermTable(const std::filesystem::path& path, const RulesInfo& info,
