@@ -46,6 +46,9 @@ void AddPmmlCommands(CLI::App& app, const CliContext& context);
 void AddTabulateCommand(CLI::App& app, const CliContext& context);
 // Adds `filter` to the rules commands.
 void AddFilterCommands(CLI::App& rules, const CliContext& context);
+// Add `documents` to the terms and to the rules commands.
+void AddTermsDocuments(CLI::App& terms, const CliContext& context);
+void AddRulesDocuments(CLI::App& rules, const CliContext& context);
 
 // Helpers of the commands.
 

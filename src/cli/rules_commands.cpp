@@ -309,6 +309,7 @@ void AddRulesCommands(CLI::App& app, const CliContext& context) {
   AddList(*group, context);
   AddShow(*group, context);
   AddFilterCommands(*group, context);
+  AddRulesDocuments(*group, context);
 }
 
 }  // namespace selvane

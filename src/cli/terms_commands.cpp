@@ -100,6 +100,7 @@ void AddTermsCommands(CLI::App& app, const CliContext& context) {
   group->require_subcommand(1);
   AddBuild(*group, context);
   AddList(*group, context);
+  AddTermsDocuments(*group, context);
 }
 
 }  // namespace selvane
