@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cmath>
 #include <optional>
 #include <unordered_set>
 
@@ -48,8 +47,7 @@ class Lines {
     throw Missing(name);
   }
   float Figure(std::string_view name) const {
-    const auto number = NumberOf(Attribute(name));
-    if (number && std::isfinite(*number)) return static_cast<float>(*number);
+    if (const auto figure = FigureOf(Attribute(name))) return *figure;
     throw Missing(name);
   }
 

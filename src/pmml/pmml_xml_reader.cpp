@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <optional>
 #include <pugixml.hpp>
 #include <unordered_map>
@@ -52,9 +53,7 @@ class XmlModel {
                                  node.offset_debug()));
   }
   float Figure(const pugi::xml_node& node, const char* name) const {
-    auto number = NumberOf(Text(node, name));
-    if (number && !std::isfinite(*number)) number.reset();
-    return static_cast<float>(Parsed(node, name, number));
+    return Parsed(node, name, FigureOf(Text(node, name)));
   }
   std::int32_t Number(const pugi::xml_node& node, const char* name) const {
     return Parsed(node, name, Int32Of(Text(node, name)));
@@ -159,6 +158,12 @@ Rule MakeRule(const FileItemset& antecedent, const FileItemset& consequent, floa
   rule.aspec = static_cast<std::int32_t>(antecedent.items.size());
   rule.cspec = static_cast<std::int32_t>(consequent.items.size());
   return rule;
+}
+
+std::optional<float> FigureOf(std::string_view text) {
+  const std::optional<double> number = NumberOf(text);
+  if (!number || !(std::abs(*number) <= double{std::numeric_limits<float>::max()})) return std::nullopt;
+  return static_cast<float>(*number);
 }
 
 void CheckParameters(const ModelParameters& parameters, const fs::path& path) {

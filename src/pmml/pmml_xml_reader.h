@@ -2,7 +2,9 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/error.h"
@@ -25,6 +27,8 @@ struct FileItemset {
 // memory without end.
 Rule MakeRule(const FileItemset& antecedent, const FileItemset& consequent, float support, float confidence,
               const std::filesystem::path& path);
+// The figure that a text says; nothing when it is none, or beyond what a table can hold.
+std::optional<float> FigureOf(std::string_view text);
 // Throws InputError when a name or a figure of the model is longer than any that is meant.
 void CheckParameters(const ModelParameters& parameters, const std::filesystem::path& path);
 // The same for the name of a taxonomy.

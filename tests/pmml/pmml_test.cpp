@@ -272,12 +272,12 @@ TEST_F(PmmlTest, ReadsAnyLayoutAndSaysWhatIsMissing) {
   std::string great;  // its rules would not fit into a table by one character
   while (great.size() < 256) great += "1-";
   const TaxonomyStore taxonomy("tax.mdb");
-  for (const auto& [side, part] :
-       {std::pair<std::string, const char*>("2-", "names the itemset"), {great, "128 items"}}) {
-    WriteText("bad.xml",
-              fmt::format("<AssocItemset id=\"{}\" support=\"1\">\n<AssocRule support=\"1\" confidence=\"1\" "
-                          "antecedent=\"{}\" consequent=\"{}\"/>",
-                          great, side, side));
+  for (const auto& [side, part] : {std::pair<std::string, const char*>("2-", "names the itemset"),
+                                   {great, "128 items"},
+                                   {great + "\" support=\"4e38", "no support="}}) {
+    WriteText("bad.xml", fmt::format("<AssocItemset id=\"{0}\" support=\"1\">\n<AssocRule antecedent=\"{1}\" "
+                                     "consequent=\"{1}\" support=\"1\" confidence=\"1\"/>",
+                                     great, side));
     ExpectFault<InputError>(part, [&] { PmmlFile("bad.xml").ReadRules(taxonomy, progress_); });
   }
   PmmlHead unnamed;
