@@ -6,7 +6,6 @@
 #include <ostream>
 
 #include "base/error.h"
-#include "base/text.h"
 #include "cli/cli.h"
 #include "taxonomy/mesh_loading.h"
 #include "taxonomy/taxonomy_loading.h"
@@ -46,12 +45,7 @@ void LoadFile(const LoadOptions& options, const CliContext& context) {
   if (report.unnamed > 0) {
     fmt::print(context.err, "{} positions have no name\n", report.unnamed);
   }
-  if (!report.odd_categories.empty()) {
-    fmt::print(context.err,
-               "the information file of rules has no letters for these categories and will name them with "
-               "question marks: {}; filters find them all the same\n",
-               Listed(report.odd_categories));
-  }
+  if (const std::string odd = OddCategoriesText(report); !odd.empty()) fmt::print(context.err, "{}\n", odd);
   fmt::print(context.err, "{} positions loaded\n", report.rows);
 }
 

@@ -1,6 +1,7 @@
 #include "taxonomy/loading_window.h"
 
 #include "taxonomy/taxonomy_loading.h"
+#include "ui/qt_text.h"
 
 namespace selvane {
 
@@ -19,6 +20,9 @@ void LoadingWindow::Execute() {
       this, FileKind::kTaxonomyDatabase, "Saving taxonomies on database : ", OverwriteQuestion::kNotAsked);
   if (database.empty()) database = "taxDB";  // in the current folder, also when the dialog was cancelled
   const TaxonomyLoadReport report = LoadTaxonomy(file, database, ExistingFile::kRefuse, progress());
+  if (const std::string odd = OddCategoriesText(report); !odd.empty()) {
+    ShowMessage(MessageIcon::kInformation, "Loading Taxonomy", ToQt(odd));
+  }
   if (report.passed_over.empty()) return;
   ShowMessage(MessageIcon::kWarning, "Loading Taxonomy",
               QString("%1 of the file's lines hold some of the words canonical, type and tree but not all, "

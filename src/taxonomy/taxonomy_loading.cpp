@@ -80,6 +80,14 @@ bool HoldsTaxonomy(const std::filesystem::path& file) {
   }
 }
 
+std::string OddCategoriesText(const TaxonomyLoadReport& report) {
+  if (report.odd_categories.empty()) return {};
+  return fmt::format(
+      "The information file of rules has no letters for these categories and will name them with question "
+      "marks: {}; filters find them all the same",
+      Listed(report.odd_categories));
+}
+
 void RestoreTaxonomy(const std::filesystem::path& database, Progress& progress) {
   progress.SetStatus("Restoring all eventually eliminated taxonomies...");
   TaxonomyStore(database).Rebuild(progress);

@@ -19,6 +19,9 @@ struct TaxonomyLoadReport {
   std::vector<std::string> odd_categories;
 };
 
+// What is to be told of its odd categories; empty where there are none.
+std::string OddCategoriesText(const TaxonomyLoadReport& report);
+
 // Makes a taxonomy database of a taxonomy file, packed or not. Nothing is left under the database's name when
 // it fails. Throws EndOfProgram for a file that is not named as XML, FileError and InputError for one that
 // cannot be read or understood, DatabaseError when the database is there already or cannot be made.

@@ -55,6 +55,8 @@ TEST_F(TaxonomyWindowsTest, LoadingMakesWhatTheCommandLineMakes) {
   load(xml, {"tax.mdb"}, "error: Kovril: *");  // it is there already
   WriteText("odd.xml", "canonical=\"A\" type=\"b\" tree=\"C1\"\ncanonical tree\n");
   load("odd.xml", {"odd.mdb"}, "warning: Loading Taxonomy: 1 of the file's lines *");
+  WriteText("odd.xml", "canonical=\"\xC5\x82\" type=\"b\" tree=\"C\"\n");
+  load("odd.xml", {"odd2.mdb"}, "information: Loading Taxonomy: The information file *");
   EXPECT_EQ(left_with, 0);
   load("tax.txt", {"other.mdb"}, "error: Loading Taxonomy: Selected file is not xml file");
   EXPECT_EQ(left_with, -1);
