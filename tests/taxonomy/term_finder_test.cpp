@@ -1,11 +1,32 @@
 #include "taxonomy/term_finder.h"
 
+#include "base/error.h"
 #include "taxonomy/taxonomy_files.h"
+#include "taxonomy/term_search.h"
 
 namespace selvane::tests {
 
 class TermFinderTest : public FolderTest {
  protected:
+  // With a pruned term, and with entry terms and records that several headings share.
+  TermFinderTest() {
+    LoadText(NodeLine("Asthma", "C8.1;C9") + NodeLine("Crohn's", "C6") + NodeLine("Fever", "C23"), "tax.mdb");
+    {
+      Database database = Database::Open("tax.mdb", OpenMode::kWritable);
+      HeadingWriter writer(database);
+      writer.AddHeading({"D1", "Asthma", "Asthma", 1});
+      writer.AddHeading({"D2", "Crohn s", "Crohn's", 1});
+      writer.AddHeading({"D3", "Fever", "Fever", 1});
+      for (const char* id : {"D1", "D2"}) writer.AddEntryTerm(id, "Shared's");
+      writer.AddEntryTerm("D2", "Fever");
+      for (const char* to : {"D2", "D3", "D9", "D1", "C1"}) writer.AddSupplementary("C1", "Syndrome", to);
+      writer.AddSupplementary("C2", "Fever", "D1");
+      writer.AddSupplementary("C3", "Nothing", "");
+    }
+    SilentProgress progress;
+    TaxonomyStore store("tax.mdb");
+    store.Prune({}, store.working().NodesOfTerm("Fever"), progress);
+  }
   // "D1=Fever" for each term, "?pruned" and the like where there is none.
   static std::string Found(TermFinder& finder, const Texts& ids, std::string_view name) {
     const FoundTerms found = finder.Find(ids, name);
@@ -17,25 +38,6 @@ class TermFinderTest : public FolderTest {
 };
 
 TEST_F(TermFinderTest, FindsByIdentifierThenByNameAndSaysWhyNot) {
-  LoadText(NodeLine("Asthma", "C8.1;C9") + NodeLine("Crohn's", "C6") + NodeLine("Fever", "C23"), "tax.mdb");
-  {
-    Database database = Database::Open("tax.mdb", OpenMode::kWritable);
-    HeadingWriter writer(database);
-    writer.AddHeading({"D1", "Asthma", "Asthma", 1});
-    writer.AddHeading({"D2", "Crohn s", "Crohn's", 1});
-    writer.AddHeading({"D3", "Fever", "Fever", 1});
-    for (const char* id : {"D1", "D2"}) writer.AddEntryTerm(id, "Shared's");
-    writer.AddEntryTerm("D2", "Fever");
-    for (const char* heading : {"D2", "D3", "D9", "D1", "C1"})
-      writer.AddSupplementary("C1", "Syndrome", heading);
-    writer.AddSupplementary("C2", "Fever", "D1");
-    writer.AddSupplementary("C3", "Nothing", "");
-  }
-  {
-    SilentProgress progress;
-    TaxonomyStore store("tax.mdb");
-    store.Prune({}, store.working().NodesOfTerm("Fever"), progress);
-  }
   TermFinder finder(TaxonomyStore("tax.mdb"));
   struct {
     Texts ids;
@@ -58,6 +60,34 @@ TEST_F(TermFinderTest, FindsByIdentifierThenByNameAndSaysWhyNot) {
   };
   for (const auto& [ids, name, found] : cases)
     EXPECT_EQ(Found(finder, ids, name), found) << testing::PrintToString(ids) << name;
+}
+
+TEST_F(TermFinderTest, SearchesByAnythingThatIsKnownOfATerm) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"c8.1", "Asthma:position C8.1"},
+      {" C.23 ", "Fever:position C23"},
+      {"d2", "Crohn s:identifier D2"},
+      {"ASTH", "Asthma:part of name Asthma"},
+      {"crohn's", "Crohn s:name Crohn s"},
+      {"fever", "Fever:name Fever; Crohn s:entry term Fever; Asthma:supplementary Fever"},
+      {"c1", "Asthma:supplementary Syndrome; Crohn s:supplementary Syndrome; Fever:supplementary Syndrome"},
+      {"hared", "Asthma:part of entry term Shared's; Crohn s:part of entry term Shared's"},
+      {"D9", ""},
+  };
+  const char* const ways[] = {"position",     "identifier",        "name", "entry term", "supplementary",
+                              "part of name", "part of entry term"};
+  const TaxonomyStore store("tax.mdb");
+  for (const auto& [text, expected] : cases) {
+    std::string found;
+    for (const SearchedTerm& term : SearchTerms(store, text))
+      found += (found.empty() ? "" : "; ") + term.term + ":" + ways[static_cast<int>(term.found_by)] + " " +
+               term.found;
+    EXPECT_EQ(found, expected) << text;
+  }
+  const SearchedTerm fever = SearchTerms(store, "fever").front();
+  EXPECT_TRUE(fever.positions.front().is_pruned);
+  EXPECT_FALSE(SearchTerms(store, "asthma").front().positions.back().is_pruned);
+  EXPECT_THROW(SearchTerms(store, " "), InputError);
 }
 
 }  // namespace selvane::tests
