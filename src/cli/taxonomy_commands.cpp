@@ -1,4 +1,4 @@
-// selvane-cli taxonomy load|list|prune|restore
+// selvane-cli taxonomy load|list|prune|restore; find stands in its own file
 #include <fmt/format.h>
 #include <fmt/ostream.h>
 
@@ -25,14 +25,15 @@ struct LoadOptions {
 };
 
 void LoadFile(const LoadOptions& options, const CliContext& context) {
-  if (options.check_tags || !options.supplementary.empty()) {
+  const bool is_taxonomy = HoldsTaxonomy(options.file);
+  if (is_taxonomy && (options.check_tags || !options.supplementary.empty())) {
     throw InputError(
-        fmt::format("{}: this is no MeSH file, so there are no check tags or supplementary "
-                    "records to add; load it without these options",
+        fmt::format("{}: this is a taxonomy file, not MeSH, so there are no check tags or "
+                    "supplementary records to add; load it without these options",
                     options.file.string()));
   }
   // A taxonomy file is known by its content under any name; the name tells when the content does not.
-  const auto load = HoldsTaxonomy(options.file) ? LoadTaxonomyFile : LoadTaxonomy;
+  const auto load = is_taxonomy ? LoadTaxonomyFile : LoadTaxonomy;
   const TaxonomyLoadReport report =
       load(options.file, options.database, ExistingFile::kRefuse, context.progress);
   if (!report.passed_over.empty()) {
@@ -83,7 +84,8 @@ void AddLoad(CLI::App& group, const CliContext& context) {
   command
       ->add_option("--supplementary", options->supplementary,
                    "MeSH file of supplementary records, to find headings by them")
-      ->type_name("FILE");
+      ->type_name("FILE")
+      ->allow_extra_args(false);
   command->add_flag("--check-tags", options->check_tags,
                     "Let headings without a tree number, as Female, take part in a category T of their own");
   command->footer(
@@ -181,10 +183,11 @@ void AddRestore(CLI::App& group, const CliContext& context) {
 }  // namespace
 
 void AddTaxonomyCommands(CLI::App& app, const CliContext& context) {
-  CLI::App* group = app.add_subcommand("taxonomy", "Load, list, prune and restore taxonomies");
+  CLI::App* group = app.add_subcommand("taxonomy", "Load, list, search, prune and restore taxonomies");
   group->require_subcommand(1);
   AddLoad(*group, context);
   AddList(*group, context);
+  AddTaxonomyFindCommand(*group, context);
   AddPrune(*group, context);
   AddRestore(*group, context);
 }

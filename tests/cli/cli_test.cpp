@@ -171,6 +171,38 @@ TEST_F(CliTest, OddNamesAreGuardedAndFiltered) {
   EXPECT_NE(out_.find(",\"=A1\","), std::string::npos);
 }
 
+TEST_F(CliTest, MeshIsLoadedByContentAndSearched) {
+  const std::string tree = "C08\tD012140\tRespiratory Tract Diseases\nC08.1\tD1\tCough, =Dry\n";
+  WriteText("mesh.txt", tree + "Z9.x\tD2\tNowhere\n");
+  WriteText("supp",
+            "*NEWRECORD\nRECTYPE = C\nNM = x\nHM = Cough, =Dry\nUI = C1\n*NEWRECORD\nRECTYPE = C\nNM = y\nUI "
+            "= C2\n");
+  ASSERT_EQ(Run("taxonomy load --supplementary supp mesh.txt mesh.mdb"), 0) << err_;
+  EXPECT_EQ(err_,
+            "1 tree numbers that are none; the first: Z9.x of D2\n2 supplementary records, 1 of them "
+            "mapped to a heading of the taxonomy\n2 headings with 0 entry terms at 2 positions in 1 "
+            "categories loaded\n");
+  const Texts cases[] = {
+      {"C1", "Cough, =Dry\tD1\tC08.1\tx\n"},
+      {"c.08", "Respiratory Tract Diseases\tD012140\tC08\n"},
+      {"=dry --format csv",
+       "TERM,ID,POSITIONS,FOUND_BY,FOUND\n\"Cough, =Dry\",\"D1\",\"C08.1\",part of name,\"Cough, =Dry\"\n"},
+      {"D1 --format json",
+       "[\n {\n  \"term\": \"Cough, =Dry\",\n  \"id\": \"D1\",\n  \"positions\": [\n   {\n    \"position\": "
+       "\"C08.1\",\n"},
+      {"nothing", ""}};
+  for (const Texts& c : cases) {
+    EXPECT_EQ(Run("taxonomy find mesh.mdb " + c[0]), 0) << err_;
+    EXPECT_TRUE(out_.starts_with(c[1])) << c[0] << '\n' << out_;
+  }
+  EXPECT_EQ(err_, "0 terms found\n");
+  // A taxonomy file under any name, and what only MeSH can have.
+  WriteText("own", NodeLine("Diseases", "C"));
+  EXPECT_EQ(Run("taxonomy load own own.mdb"), 0) << err_;
+  EXPECT_EQ(Run("taxonomy load own own2.mdb --check-tags"), 1);
+  EXPECT_NE(err_.find("own: this is a taxonomy file, not MeSH"), std::string::npos) << err_;
+}
+
 TEST_F(CliTest, FaultsHaveAMessageAndAStatusAndLoseNothing) {
   MakeSampleRules();
   WriteText("text.mdb", std::string(100, 'x'));
