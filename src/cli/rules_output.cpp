@@ -82,37 +82,61 @@ std::string AsCsv(const RuleList& rules, std::span<const ListedRule> listed, boo
   return text;
 }
 
-nlohmann::ordered_json MeasureJson(std::optional<double> measure) {
-  return measure ? nlohmann::ordered_json(*measure) : nullptr;
+// Values by the library, and lists and objects by ourselves: the library's ask for memory when they end, and
+// where there is none that ends the program.
+template <typename Value>
+std::string JsonText(const Value& value) {
+  return nlohmann::json(value).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+std::string JsonText(std::optional<double> value) {
+  return value ? JsonText(*value) : "null";
+}
+
+// A list within an object of a list, one value a line.
+std::string JsonList(const std::vector<std::string>& values) {
+  if (values.empty()) return "[]";
+  return fmt::format("[\n   {}\n  ]", fmt::join(values, ",\n   "));
+}
+
+std::string RuleAsJson(RuleNumber number, const Rule& rule, NodeNames& names) {
+  const auto list = [](const std::vector<NodeNumber>& side, const auto& text_of) {
+    std::vector<std::string> texts;
+    for (const NodeNumber node : side) texts.push_back(JsonText(text_of(node)));
+    return JsonList(texts);
+  };
+  const auto itself = [](NodeNumber node) { return node; };
+  const auto name = [&names](NodeNumber node) { return names.Joined(std::span(&node, 1)); };
+  const Measures measures = MeasuresOf(rule);
+  const std::pair<const char*, std::string> members[] = {{"index", JsonText(number)},
+                                                         {"antecedent", list(rule.antecedent, itself)},
+                                                         {"consequent", list(rule.consequent, itself)},
+                                                         {"antecedent_names", list(rule.antecedent, name)},
+                                                         {"consequent_names", list(rule.consequent, name)},
+                                                         {"support", JsonText(Figure(rule.support))},
+                                                         {"confidence", JsonText(Figure(rule.confidence))},
+                                                         {"pa", JsonText(Figure(rule.pa))},
+                                                         {"pc", JsonText(Figure(rule.pc))},
+                                                         {"aspec", JsonText(rule.aspec)},
+                                                         {"cspec", JsonText(rule.cspec)},
+                                                         {"lift", JsonText(measures.lift)},
+                                                         {"leverage", JsonText(measures.leverage)},
+                                                         {"conviction", JsonText(measures.conviction)}};
+  std::string text;
+  for (const auto& [key, value] : members) {
+    fmt::format_to(std::back_inserter(text), "{}\n  \"{}\": {}", text.empty() ? "" : ",", key, value);
+  }
+  return text;
 }
 
 std::string AsJson(const RuleList& rules, std::span<const ListedRule> listed, NodeNames& names) {
-  auto all = nlohmann::ordered_json::array();
-  const auto named = [&names](const std::vector<NodeNumber>& side) {
-    std::vector<std::string> texts;
-    texts.reserve(side.size());
-    for (const NodeNumber node : side) texts.push_back(names.Joined(std::span(&node, 1)));
-    return texts;
-  };
-  for (const auto& [number, depth] : listed) {
-    const Rule& rule = rules[number];
-    const Measures measures = MeasuresOf(rule);
-    all.push_back({{"index", number},
-                   {"antecedent", rule.antecedent},
-                   {"consequent", rule.consequent},
-                   {"antecedent_names", named(rule.antecedent)},
-                   {"consequent_names", named(rule.consequent)},
-                   {"support", Figure(rule.support)},
-                   {"confidence", Figure(rule.confidence)},
-                   {"pa", Figure(rule.pa)},
-                   {"pc", Figure(rule.pc)},
-                   {"aspec", rule.aspec},
-                   {"cspec", rule.cspec},
-                   {"lift", MeasureJson(measures.lift)},
-                   {"leverage", MeasureJson(measures.leverage)},
-                   {"conviction", MeasureJson(measures.conviction)}});
+  if (listed.empty()) return "[]\n";
+  std::string text = "[";
+  for (const ListedRule& rule : listed) {
+    fmt::format_to(std::back_inserter(text), "{}\n {{{}\n }}", text.size() == 1 ? "" : ",",
+                   RuleAsJson(rule.number, rules[rule.number], names));
   }
-  return all.dump(1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+  return text + "\n]\n";
 }
 
 }  // namespace
