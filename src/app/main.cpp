@@ -5,6 +5,9 @@
 #include <QSettings>
 #include <algorithm>
 #include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <new>
 #include <string_view>
 
 #include "app/application.h"
@@ -34,9 +37,7 @@ bool AsksOnly(int argc, char** argv) {
   });
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
   QCoreApplication::setApplicationVersion(SELVANE_VERSION);
   if (AsksOnly(argc, argv)) FolderArgument(QCoreApplication(argc, argv));
   const QApplication app(argc, argv);
@@ -56,4 +57,15 @@ int main(int argc, char** argv) {
   selvane::MainWindow window(context);
   window.show();
   return QApplication::exec();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::bad_alloc&) {
+    std::fputs("selvane: out of memory; close other programs\n", stderr);
+    return EXIT_FAILURE;
+  }
 }
