@@ -105,7 +105,8 @@ void List(const fs::path& database, bool source, const std::string& under, int d
   if (!under.empty()) {
     code = table.FindPosition(under).value_or("");
     if (code.empty())
-      throw InputError(fmt::format("the taxonomy has no position {}; list it to see which", under));
+      throw InputError(
+          fmt::format("{}: the taxonomy has no position {}; list it to see which", database.string(), under));
   }
   std::string lines;
   table.ForEachBelow(code, depth, [&lines](const TaxonomyNode& node) {
@@ -156,9 +157,9 @@ void AddPrune(CLI::App& group, const CliContext& context) {
       const std::optional<std::string> position = store.working().FindPosition(code);
       if (!position) {
         throw InputError(
-            fmt::format("the taxonomy has no position {}; nothing was pruned. "
+            fmt::format("{}: the taxonomy has no position {}; nothing was pruned. "
                         "taxonomy list shows what there is",
-                        code));
+                        options->database.string(), code));
       }
       for (const NodeNumber node : store.working().NodesAtPosition(*position)) nodes.push_back(node);
     }

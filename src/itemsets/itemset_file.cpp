@@ -42,7 +42,7 @@ EncodedRecord TakeRecord(std::string_view& bytes) {
   const std::optional<std::uint32_t> count = TakeCount(bytes);
   // The support count stands behind the items. Division, as a damaged count times four might overflow.
   if (!count || bytes.size() / 4 < std::size_t{*count} + 1) {
-    throw FileError("a record of itemsets is not whole; the file is damaged");
+    throw FileError("the working file of itemsets is damaged; extract again, and see whether the disk is");
   }
   EncodedRecord record;
   record.item_bytes = bytes.substr(0, std::size_t{*count} * 4);
