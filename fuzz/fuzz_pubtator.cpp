@@ -1,0 +1,6 @@
+#include "literature/pubtator_reader.h"
+#include "literature_fuzzing.h"
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  return FuzzReader(&selvane::ReadPubtator, data, size);
+}
