@@ -134,7 +134,8 @@ void ReportClosedEnd(const ClosedReport& closed, const CliContext& context) {
              run.rules_seconds);
 }
 
-// What was to be replaced is still there when nothing was found: it is not the result of this run.
+// What was to be replaced is still there when nothing was found: it is not the result of this run. Said
+// before the end is reported, whose line is the last one.
 void ReportOldRules(const ExtractionReport& run, const ExtractOptions& options, const CliContext& context) {
   if (!run.output.empty() || !IsTaken(options.output)) return;
   fmt::print(context.err,
@@ -165,13 +166,13 @@ void Extract(ExtractOptions& options, const CliContext& context) {
   if (options.closed) {
     const ClosedRequest closed{.run = request, .covers_only = !options.unreduced};
     const ClosedReport report = ExtractClosedRules(source, taxonomy, hold, closed, hooks, context.progress);
-    ReportClosedEnd(report, context);
-    return ReportOldRules(report.run, options, context);
+    ReportOldRules(report.run, options, context);
+    return ReportClosedEnd(report, context);
   }
   const AprioriRequest apriori{.run = request, .generalize = !options.no_generalize};
   const AprioriReport report = ExtractRules(source, taxonomy, hold, apriori, hooks, context.progress);
-  ReportEnd(report, context);
   ReportOldRules(report.run, options, context);
+  ReportEnd(report, context);
 }
 
 void AddExtract(CLI::App& group, const CliContext& context) {

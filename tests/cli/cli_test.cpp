@@ -239,7 +239,8 @@ TEST_F(CliTest, FaultsHaveAMessageAndAStatusAndLoseNothing) {
       {kExtract + "new.mdb --itemsets Infonew.dat", 1, "the run needs"},
       // Said before the search, which finds nothing.
       {kExtract + "rules.db --min-support 1", 1, "may belong to another rules database"},
-      {kExtract + "rules.mdb --overwrite --min-support 1", 0, "rules of an earlier run are still there"},
+      {kExtract + "rules.mdb --overwrite --min-support 1", 0,
+       "still there, as nothing replaces them\nNo extractable rules"},
       {kExtract + std::string(300, 'x'), 1, "xx: cannot use this name: the name is too long"},
       {"rules extract state/selvane/ItemSets.dat --taxonomy tax.mdb --output new.mdb", 1, "move or name"},
       {"terms list hurt.mdb", 1, "hurt.mdb: the file is damaged"},
