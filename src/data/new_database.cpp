@@ -2,8 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "data/database_error.h"
@@ -12,12 +14,25 @@ namespace selvane {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+// A journal whose beginning is overwritten, or that is empty, holds nothing that is still to be done.
+bool IsFinished(const fs::path& journal) {
+  char first = '\0';
+  return !InputFile(journal).Read({&first, 1}) || first == '\0';
+}
+
+}  // namespace
+
 void CheckSideFiles(const fs::path& path) {
-  for (const char* const suffix : {"-journal", "-wal", "-shm"}) {
-    std::error_code too_long;  // for a file to be there
+  for (const std::string_view suffix : std::initializer_list<std::string_view>{"-journal", "-wal", "-shm"}) {
+    std::error_code error;  // a name that is too long is one of no file
     fs::path side = path;
     side += suffix;
-    if (!fs::exists(fs::symlink_status(side, too_long))) continue;
+    const fs::file_status status = fs::symlink_status(side, error);
+    if (!fs::exists(status)) continue;
+    if (suffix == "-journal" && fs::is_regular_file(status) && IsFinished(side) && fs::remove(side, error))
+      continue;
     throw DatabaseError(
         path,
         fmt::format("beside this name lies {}, which belongs to an older database of that name and would "
