@@ -66,7 +66,7 @@ void NewRulesDatabase::Fill(const std::function<void(RulesStore& store)>& fill) 
 void NewRulesDatabase::Commit(const std::optional<RulesInfo>& info, std::span<NewFile* const> others,
                               const std::function<void()>& last_step) {
   const fs::path info_path = RulesInfoPath(path_);
-  std::vector<NewFile*> files(others.begin(), others.end());
+  std::vector<NewFile*> files;
   std::optional<NewFile> info_file;
   std::string hash;
   if (info) {
@@ -75,6 +75,9 @@ void NewRulesDatabase::Commit(const std::optional<RulesInfo>& info, std::span<Ne
     hash = ContentHash(ReadFile(info_file->temporary()));
     files.push_back(&*info_file);
   }
+  // From the first name to the last the information is not the database's, and whatever a crash in between
+  // leaves is told of.
+  files.insert(files.end(), others.begin(), others.end());
   store_.NoteInfo(hash);
   store_.Close();  // the file is complete before it gets its name
   database_.Commit(files, last_step);

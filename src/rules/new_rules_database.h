@@ -31,7 +31,7 @@ class NewRulesDatabase {
   // Lets the table, which is the store's target, be filled. Errors of the database name the path that it is
   // to have. Throws also what `fill` throws.
   void Fill(const std::function<void(RulesStore& store)>& fill);
-  // Closes the store and gives all files their names: the others, the information file, then the database. A
+  // Closes the store and gives all files their names: the information file, the others, then the database. A
   // database without information leaves none beside it. Throws FileError and DatabaseError. For `last_step`
   // see CommitTogether.
   void Commit(const std::optional<RulesInfo>& info, std::span<NewFile* const> others = {},
