@@ -23,6 +23,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view kPart = ".part";
+// What a database engine may keep beside a file.
+constexpr const char* kSideFiles[] = {"-journal", "-wal", "-shm"};
 
 [[noreturn]] void Fail(const fs::path& path, std::string_view what, int error) {
   throw FileError(fmt::format("{}: {}: {}", path.string(), what, ReasonOf(error)));
@@ -119,7 +121,7 @@ void CheckIsFree(const std::filesystem::path& path, ExistingFile existing) {
   throw FileError(fmt::format("{}: {}", path.string(), kTakenReason));
 }
 
-NewFile::NewFile(const fs::path& path, ExistingFile existing) : existing_(existing) {
+NewFile::NewFile(const fs::path& path, ExistingFile existing) : NewFile(existing) {
   if (path.empty()) throw FileError("No file was named: choose a file and try again");
   // A name that is to be new may not even be a link.
   path_ = existing == ExistingFile::kReplace ? Followed(path) : path;
@@ -130,11 +132,7 @@ NewFile::NewFile(const fs::path& path, ExistingFile existing) : existing_(existi
   const mode_t mode = replaces ? old.st_mode & 0777U : 0666U;
   // Another process may take the file for a stale one before it is locked; then the next name is tried.
   do {
-    temporary_ = path_;
-    temporary_ += fmt::format(".{}{}", RandomPart(), kPart);
-    file_ = OpenExclusively(temporary_, mode);
-    if (!file_.IsOpen()) Fail(path_, "cannot create", errno);
-    if (::flock(file_.get(), LOCK_EX) != 0) Fail(path_, "cannot create", errno);
+    MakeTemporary(path_.string() + fmt::format(".{}{}", RandomPart(), kPart), mode);
   } while (!IsNamed(file_, temporary_));
   if (!replaces) return;
   // Whose it is can be kept by the administrator only; that it stays as closed as it was, by everyone.
@@ -143,8 +141,24 @@ NewFile::NewFile(const fs::path& path, ExistingFile existing) : existing_(existi
   if (::fchmod(file_.get(), mode) != 0) Fail(path_, "cannot create", errno);
 }
 
+void NewFile::MakeTemporary(const fs::path& name, mode_t mode) {
+  side_files_.clear();
+  for (const char* const suffix : kSideFiles) side_files_.emplace_back(name.string() + suffix);
+  fs::path made = name;
+  file_ = OpenExclusively(made, mode);
+  if (!file_.IsOpen()) Fail(path_, "cannot create", errno);
+  temporary_ = std::move(made);
+  if (::flock(file_.get(), LOCK_EX) != 0) Fail(path_, "cannot create", errno);
+}
+
+void NewFile::RemoveTemporary() noexcept {
+  if (!temporary_.empty()) ::unlink(temporary_.c_str());
+}
+
 NewFile::~NewFile() {
-  if (state_ == State::kUnnamed) ::unlink(temporary_.c_str());
+  if (state_ == State::kUnnamed) RemoveTemporary();
+  // One that has its name was closed before; a journal that is still there was only not removed.
+  for (const fs::path& side : side_files_) ::unlink(side.c_str());
 }
 
 void NewFile::CheckTarget() const {
@@ -185,7 +199,14 @@ void NewFile::Name() {
   }
   const bool is_unknown = error == EINVAL || error == ENOSYS;
   if (is_unknown && replaces) {
+    // The same in three steps, where the file system has links.
+    const fs::path& kept = side_files_.front();
+    const bool is_kept = ::link(path_.c_str(), kept.c_str()) == 0;
     error = Rename(temporary_, path_, 0);
+    if (error == 0 && is_kept && ::rename(kept.c_str(), temporary_.c_str()) == 0) {
+      state_ = State::kExchanged;
+      return;
+    }
   } else if (is_unknown && !replaces) {
     error = ::link(temporary_.c_str(), path_.c_str()) == 0 ? 0 : errno;
     if (error == 0) ::unlink(temporary_.c_str());
@@ -195,15 +216,15 @@ void NewFile::Name() {
 }
 
 void NewFile::TakeNameBack() noexcept {
-  if (state_ == State::kExchanged)
-    ::renameat2(AT_FDCWD, temporary_.c_str(), AT_FDCWD, path_.c_str(), RENAME_EXCHANGE);
+  if (state_ == State::kExchanged && Rename(temporary_, path_, RENAME_EXCHANGE) != 0)
+    ::rename(temporary_.c_str(), path_.c_str());
   if (state_ == State::kNamed) ::rename(path_.c_str(), temporary_.c_str());
   if (state_ != State::kFinal) state_ = State::kUnnamed;
 }
 
 // What was replaced is not needed any more.
 void NewFile::Forget() noexcept {
-  if (state_ == State::kExchanged) ::unlink(temporary_.c_str());
+  if (state_ == State::kExchanged) RemoveTemporary();
   state_ = State::kFinal;
   // Closed before the file is opened by its name: closing any descriptor of a database would drop the locks
   // that the process has on it.

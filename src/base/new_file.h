@@ -1,10 +1,13 @@
 // New files that get their names only when they are complete: one alone, or several as one thing.
 #pragma once
 
+#include <sys/types.h>
+
 #include <filesystem>
 #include <functional>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "base/file.h"
 
@@ -48,6 +51,11 @@ class NewFile {
  private:
   friend void CommitTogether(std::span<NewFile* const> files, const std::function<void()>& last_step);
 
+  // Behind this the destructor runs, whatever fails.
+  explicit NewFile(ExistingFile existing) : existing_(existing) {}
+  void MakeTemporary(const std::filesystem::path& name, mode_t mode);
+  void RemoveTemporary() noexcept;
+
   // The steps of a commit. Up to Name nothing is changed but the temporary file.
   void Prepare();
   void Name();
@@ -57,6 +65,8 @@ class NewFile {
 
   std::filesystem::path path_;
   std::filesystem::path temporary_;
+  // What a database engine may leave beside it; made beforehand, as removing must not need memory.
+  std::vector<std::filesystem::path> side_files_;
   ExistingFile existing_;
   FileDescriptor file_;
   enum class State { kUnnamed, kNamed, kExchanged, kFinal } state_ = State::kUnnamed;
