@@ -235,10 +235,14 @@ OutputLock::OutputLock(const std::filesystem::path& output) : path_(output) {
   // The one before may have removed the file between our opening and locking it: then it locks nobody out.
   do {
     file_ = OpenFile(path_, O_RDWR | O_CREAT | O_NOFOLLOW, "create", output);
-    if (::flock(file_.get(), LOCK_EX | LOCK_NB) != 0) {
+    if (::flock(file_.get(), LOCK_EX | LOCK_NB) == 0) continue;
+    if (errno == EWOULDBLOCK) {
       throw FileError(fmt::format(
           "{}: another run is making this file; wait until it has ended, then try again", output.string()));
     }
+    const int error = errno;
+    ::unlink(path_.c_str());  // nobody can hold a lock here
+    Fail("lock", output, error);
   } while (!IsNamed(file_, path_));
 }
 
