@@ -127,7 +127,8 @@ class Walk {
     tried_ = {before_.files()};
     const long count = ExecuteAfresh(calls, Fault::kNone, 0).counter.count;
     const long stride = options_.points > 0 ? std::max(1L, count / options_.points) : 1;
-    for (long chosen = 1;; chosen += stride) {
+    // Where not all are tried, each kind of fault begins at another one.
+    for (long chosen = 1 + stride * static_cast<long>(fault) / 4;; chosen += stride) {
       const Outcome outcome = ExecuteAfresh(calls, fault, chosen);
       if (outcome.Ended() && outcome.counter.count < chosen) break;
       ++tally_.walked;
@@ -167,7 +168,9 @@ class Walk {
       if (!now.HasSame(before_, name)) return Count(tally_.losses, "changed input", outcome, {name});
     }
     // No file system names several files at once. Killed in between, readers must say so.
-    if (killed && !case_.reader.empty() && !Execute(case_.reader).Succeeded()) {
+    const bool is_ahead = !case_.ahead.empty() && now.Is(before_, after_, case_.ahead) &&
+                          now.HasSame(after_, std::string(case_.ahead));
+    if (is_ahead || (killed && !case_.reader.empty() && !Execute(case_.reader).Succeeded())) {
       ++tally_.told;
     } else {
       Count(tally_.mixed, "mixed", outcome, now.NamesSharedWith(after_));

@@ -88,12 +88,12 @@ bool FolderState::HasSame(const FolderState& other, const std::string& name) con
   return Database::IsOne(folder_ / name) && ContentOf(folder_ / name) == ContentOf(other.folder_ / name);
 }
 
-bool FolderState::Is(const FolderState& state, const FolderState& other) const {
+bool FolderState::Is(const FolderState& state, const FolderState& other, std::string_view left_out) const {
   for (const auto& [name, hash] : other.files_) {
     if (files_.contains(name) && !state.files_.contains(name)) return false;
   }
   return std::all_of(state.files_.begin(), state.files_.end(),
-                     [&](const auto& file) { return HasSame(state, file.first); });
+                     [&](const auto& file) { return file.first == left_out || HasSame(state, file.first); });
 }
 
 FolderState::Names FolderState::NamesBeyond(const FolderState& a, const FolderState& b) const {

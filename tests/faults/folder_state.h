@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace selvane::faults {
@@ -35,8 +36,8 @@ class FolderState {
   const Files& files() const { return files_; }
   // Whether a file is the same in both: its bytes, or all rows of a database once its journal is dealt with.
   bool HasSame(const FolderState& other, const std::string& name) const;
-  // Whether all files of `state` are here, and none of those that only `other` has.
-  bool Is(const FolderState& state, const FolderState& other) const;
+  // Whether all files of `state` are here, and none of those that only `other` has; one may be left out.
+  bool Is(const FolderState& state, const FolderState& other, std::string_view left_out = "") const;
   Names NamesBeyond(const FolderState& a, const FolderState& b) const;
   // Names of files here that the other has with the same bytes.
   Names NamesSharedWith(const FolderState& other) const;
