@@ -21,7 +21,7 @@ _selvane_cli_value() {
   local option=$1 cur=$2
   case $option in
     --taxonomy | --output | --terms) _selvane_cli_files "$cur" '*.mdb' ;;
-    --itemsets) _selvane_cli_files "$cur" ;;
+    --itemsets | --supplementary) _selvane_cli_files "$cur" ;;
     --format) _selvane_cli_words "$cur" 'text csv json' ;;
     --sort) _selvane_cli_words "$cur" 'index support confidence pa pc' ;;
     --viewpoint) _selvane_cli_words "$cur" 'dependency surprise' ;;
@@ -57,7 +57,7 @@ _selvane_cli() {
     case $word in
       --taxonomy | --output | --terms | --itemsets | --format | --sort | --under | --depth | --table | \
         --limit | --min-support | --min-confidence | --viewpoint | --behaviour | --threshold | --order | \
-        --on | --clusters | --inclusive | --restrictive | --ground | --pmml-version)
+        --on | --clusters | --inclusive | --restrictive | --ground | --pmml-version | --supplementary)
         [[ ${COMP_WORDS[i + 1]-} == '=' ]] && ((++i))
         ((++i))
         ;;
@@ -78,6 +78,8 @@ _selvane_cli() {
 
   case "$group $command" in
     ' ') options='--help --version' ;;
+    'taxonomy load') options='--supplementary --check-tags --help' ;;
+    'taxonomy find') options='--format --no-guard --help' ;;
     'taxonomy list') options='--source --under --depth --help' ;;
     'taxonomy prune') options='--upward --help' ;;
     'terms build') options='--taxonomy --output --help' ;;
@@ -108,7 +110,7 @@ _selvane_cli() {
 
   case "$group $command" in
     ' ') _selvane_cli_words "$cur" 'taxonomy terms rules pmml tabulate' ;;
-    'taxonomy ') _selvane_cli_words "$cur" 'load list prune restore' ;;
+    'taxonomy ') _selvane_cli_words "$cur" 'load find list prune restore' ;;
     'terms ') _selvane_cli_words "$cur" 'build list' ;;
     'rules ') _selvane_cli_words "$cur" 'extract list show filter' ;;
     'pmml ') _selvane_cli_words "$cur" 'export import' ;;
@@ -122,7 +124,7 @@ _selvane_cli() {
       ;;
     'taxonomy load')
       case $arguments in
-        0) _selvane_cli_files "$cur" '*.[xX][mM][lL]' ;;
+        0) _selvane_cli_files "$cur" ;; # known by their content
         1) _selvane_cli_files "$cur" '*.mdb' ;;
         *) _selvane_cli_words "$cur" "$options" ;;
       esac
@@ -135,11 +137,11 @@ _selvane_cli() {
       fi
       ;;
     'terms build') _selvane_cli_files "$cur" '*.[tT][xX][tT]' ;;
-    'taxonomy list' | 'taxonomy prune' | 'taxonomy restore' | 'terms list' | 'rules extract' | 'rules list' | \
+    'taxonomy find' | 'taxonomy list' | 'taxonomy prune' | 'taxonomy restore' | 'terms list' | 'rules extract' | 'rules list' | \
       'rules show' | 'rules filter '* | 'pmml export')
       if ((arguments == 0)); then
         _selvane_cli_files "$cur" '*.mdb'
-      elif [[ $command != prune ]]; then # what follows there are position codes
+      elif [[ $command != prune && $command != find ]]; then # what follows there are codes or a text
         _selvane_cli_words "$cur" "$options"
       fi
       ;;
