@@ -59,6 +59,10 @@ std::size_t CharacterPlaces::ByteOf(std::size_t character) const {
 }
 
 bool PlaceMark(const CharacterPlaces& places, const Mark& mark, Mention& mention, RecordSink& sink) {
+  if (mention.ids.empty() && mention.name.empty()) {
+    sink.Tell(problems::kNoIdentifier, fmt::format("line {}: it has no words either", mark.line));
+    return false;
+  }
   if (mark.begin > mark.end || mark.end > places.characters()) {
     sink.Tell(problems::kOutside, fmt::format("line {}: \"{}\"", mark.line, mark.words));
     return false;

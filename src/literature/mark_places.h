@@ -36,7 +36,7 @@ struct Mark {
 
 // Gives a mention the place of its mark in the text. Words that stand elsewhere, within some two thousand
 // bytes, are found there, as when the file counts in bytes; that is told. False when the mark has no place in
-// the text, which is told too.
+// the text, or names nothing, which is told too.
 bool PlaceMark(const CharacterPlaces& places, const Mark& mark, Mention& mention, RecordSink& sink);
 
 }  // namespace selvane

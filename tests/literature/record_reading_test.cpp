@@ -92,21 +92,24 @@ TEST(RecordReading, Pubtator) {
       "1|t|\xC3\x84 lead\n1|a|Text of lead.\n1\t2\t6\tlead\tChemical\tMESH:D007854\n"
       "1\t15\t19\tlead\tChemical\tD007854|C000001+OMIM:"
       "12\n1\t10\t14\tText\tDisease\n1\t2\t6\tlead\tGene\t672\n"
-      "1\t2\t6\tlead\tX\t-"
-      "1\n1\t90\t94\tlead\tX\tD007854\n1\t2\t6\tgold\tX\tD007854\n1\tCID\tD007854\tD007854\n"
+      "1\t2\t6\tlead\tX\t-1\n1\t2\t6\t\tX\n"
+      "1\t90\t94\tlead\tX\tD007854\n1\t2\t6\tgold\tX\tD007854\n1\tCID\tD007854\tD007854\n"
       "2\t1\t2\tx\tX\tD000001\n\n\n3|t|\n3|a|B\n3|a|C\n";
   EXPECT_EQ(
       ToldOf("a.pubtator", bytes),
-      (Texts{"marks whose words stand elsewhere in the text, and count there: a.pubtator: line 5: \"Text\"",
-             "marks with identifiers of other vocabularies: a.pubtator: line 6: Gene, 672",
-             "marks for which the file says that they have no identifier: a.pubtator: line 7: X, -1",
-             "marks outside of the text, which are left out: a.pubtator: line 8: \"lead\"",
-             "marks whose words are not in the text, which are left out: a.pubtator: line 9: \"gold\"",
-             "relations, which are not read: a.pubtator: line 10",
-             "1|\xC3\x84 lead|Text of lead.||0| D007854=lead D007854+C000001+OMIM:12=lead (Text)=Text",
-             "lines that belong to no record: a.pubtator: line 11",
-             "lines that belong to no record: a.pubtator: line 16",
-             "records with neither headings nor marks: a.pubtator: PMID 3", "3||B||0|"}));
+      (Texts{
+          "marks whose words stand elsewhere in the text, and count there: a.pubtator: line 5: \"Text\"",
+          "marks with identifiers of other vocabularies: a.pubtator: line 6: Gene, 672",
+          "marks for which the file says that they have no identifier: a.pubtator: line 7: X, -1",
+          "marks for which the file says that they have no identifier: a.pubtator: line 8: it has no words "
+          "either",
+          "marks outside of the text, which are left out: a.pubtator: line 9: \"lead\"",
+          "marks whose words are not in the text, which are left out: a.pubtator: line 10: \"gold\"",
+          "relations, which are not read: a.pubtator: line 11",
+          "1|\xC3\x84 lead|Text of lead.||0| D007854=lead D007854+C000001+OMIM:12=lead (Text)=Text",
+          "lines that belong to no record: a.pubtator: line 12",
+          "lines that belong to no record: a.pubtator: line 17",
+          "records with neither headings nor marks: a.pubtator: PMID 3", "3||B||0|"}));
 }
 
 // A place far into a text is found by steps.
