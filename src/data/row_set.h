@@ -12,6 +12,9 @@ namespace selvane {
 // Row numbers of 32 bits, in blocks: the high 16 bits are the number of the block.
 inline constexpr std::uint32_t kRowsOfBlock = 65536;
 
+// The most rows of a table of sets. Searches count one more, and need 500 MB for each frequent item then.
+inline constexpr std::uint32_t kMostSetRows = 4'000'000'000;
+
 // Rows of one block, ascending and at least one, as a Roaring set in its portable format: a list, a bitset or
 // runs, whichever is shortest.
 // D. Lemire et al., Roaring Bitmaps: Implementation of an Optimized Software Library, 2018.

@@ -40,8 +40,10 @@ SetTableWriter::SetTableWriter(Database& database, std::string_view table, std::
       insert_(MakeTable(database, table_)) {}
 
 void SetTableWriter::AddRow(std::span<const std::uint32_t> terms) {
-  if (rows_ == UINT32_MAX)
-    throw InputError(fmt::format("a table of sets holds {} rows; choose fewer files", UINT32_MAX));
+  if (rows_ == kMostSetRows) {
+    throw InputError(fmt::format(
+        "a term table of sets holds {} rows; choose fewer files, or build several databases", kMostSetRows));
+  }
   if (++rows_ % kRowsOfBlock == 0) WriteBlock();
   for (const std::uint32_t term : terms) {
     std::vector<std::uint32_t>& rows = block_[term];

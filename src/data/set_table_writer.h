@@ -23,7 +23,7 @@ class SetTableWriter {
   SetTableWriter(Database& database, std::string_view table, std::span<const std::string> terms);
 
   // Adds the row 1, 2, 3, ...: the places in the list of terms, from 0, of those that it holds, in any order.
-  // Throws InputError when the 32 bits of row numbers are used up.
+  // Throws InputError where there are more than kMostSetRows.
   void AddRow(std::span<const std::uint32_t> terms);
   // Writes what is left, and the names and counts, without which the table is none.
   void Finish();
