@@ -82,7 +82,7 @@ void AddList(CLI::App& group, const CliContext& context) {
     std::vector<std::string> terms;
     source.ListItemFields(table, terms);
     std::string lines;
-    std::vector<std::uint16_t> ids;
+    std::vector<std::uint32_t> ids;
     std::string name;
     for (int position = 1; position <= static_cast<int>(terms.size()); ++position) {
       source.ItemRowIds(table, position, ids, name);

@@ -76,14 +76,14 @@ class ItemCollector {
  public:
   // Two columns of one node are one item: returns false for the second. Bits of a set are set, so it does not
   // matter that rows of both stand twice.
-  bool Add(NamedNode item, const std::vector<std::uint16_t>& ids) {
+  bool Add(NamedNode item, const std::vector<std::uint32_t>& ids) {
     const auto [found, is_new] = of_node_.emplace(item.node, rows_.size());
     if (is_new) {
       items_.push_back(std::move(item));
       rows_.emplace_back();
     }
-    std::vector<std::uint16_t>& rows = rows_[found->second];
-    for (const std::uint16_t id : ids) rows.push_back(static_cast<std::uint16_t>(places_.PlaceOf(id)));
+    std::vector<std::uint32_t>& rows = rows_[found->second];
+    for (const std::uint32_t id : ids) rows.push_back(static_cast<std::uint32_t>(places_.PlaceOf(id)));
     return is_new;
   }
 
@@ -99,14 +99,14 @@ class ItemCollector {
       result.nodes.push_back(items_[order[i]].node);
       result.names.push_back(std::move(items_[order[i]].name));
       result.codes.push_back(std::move(items_[order[i]].code));
-      for (const std::uint16_t row : rows_[order[i]]) result.rows.Set(i, row);
+      for (const std::uint32_t row : rows_[order[i]]) result.rows.Set(i, row);
     }
   }
 
  private:
   RowPlaces places_;
   std::vector<NamedNode> items_;
-  std::vector<std::vector<std::uint16_t>> rows_;
+  std::vector<std::vector<std::uint32_t>> rows_;
   std::unordered_map<NodeNumber, std::size_t> of_node_;
 };
 
@@ -122,7 +122,7 @@ ColumnItems ReadColumnItems(const TransactionSource& source, std::string_view ta
   progress.SetPosition(0);
   const NodeFinder finder(taxonomy);
   ItemCollector collector;
-  std::vector<std::uint16_t> ids;
+  std::vector<std::uint32_t> ids;
   std::string name;
   for (std::size_t i = 0; i < columns.size(); ++i) {
     if (std::optional<NamedNode> item = finder.Find(columns[i])) {

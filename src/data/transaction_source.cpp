@@ -23,9 +23,12 @@ void TransactionSource::Open(const std::filesystem::path& path) {
   file_name_ = path;
 }
 
-// In this order: a cursor keeps the file open.
+// In this order: cursors and sets keep the file open.
 void TransactionSource::Close() {
   cursor_.reset();
+  set_rows_.reset();
+  sets_.reset();
+  known_table_.clear();
   ahead_ = {};
   database_.reset();
 }
@@ -37,6 +40,10 @@ void TransactionSource::ListTables(std::vector<std::string>& names) const {
 }
 
 void TransactionSource::ListItemFields(std::string_view table, std::vector<std::string>& names) const {
+  if (const auto sets = Sets(table)) {
+    names = sets->names();
+    return;
+  }
   std::vector<Field> fields = database().Fields(table);
   names.clear();
   for (std::size_t i = 1; i < fields.size(); ++i) names.push_back(std::move(fields[i].name));
@@ -44,6 +51,7 @@ void TransactionSource::ListItemFields(std::string_view table, std::vector<std::
 
 int TransactionSource::FieldCount(std::string_view table) const {
   try {
+    if (const auto sets = Sets(table)) return static_cast<int>(sets->names().size()) + 1;
     return static_cast<int>(database().Fields(table).size());
   } catch (const DatabaseError&) {
     throw SilentAbort();
@@ -53,6 +61,7 @@ int TransactionSource::FieldCount(std::string_view table) const {
 }
 
 long TransactionSource::CountRows(std::string_view table) const {
+  if (const auto sets = Sets(table)) return static_cast<long>(sets->rows());
   return database().RecordCount(table);
 }
 
@@ -75,16 +84,38 @@ void TransactionSource::CheckTableName(std::string_view table) const {
                                   table));
 }
 
+std::shared_ptr<const SetTable> TransactionSource::Sets(std::string_view table) const {
+  if (known_table_ != table || table.empty()) {
+    known_table_.clear();
+    sets_.reset();
+    if (SetTable::IsOne(database(), table)) sets_ = std::make_shared<SetTable>(database(), table);
+    known_table_ = table;
+  }
+  return sets_;
+}
+
 bool TransactionSource::OpenReader(std::string_view table, RowValues& row) {
   CheckTableName(table);
+  cursor_.reset();
+  set_rows_.reset();
+  if (const auto sets = Sets(table)) {
+    set_rows_.emplace(sets);
+    if (!set_rows_->Next(row)) throw DatabaseError(file_name_, "there is no current row");
+    return true;
+  }
   cursor_.emplace(database().OpenRecordset(fmt::format("SELECT * from {}", table)));
   cursor_->Int16Row(row);
   return true;
 }
 
 bool TransactionSource::NextRow(RowValues& row) {
-  if (!cursor_) throw DatabaseError(file_name_, "no reading is open");
+  if (!cursor_ && !set_rows_) throw DatabaseError(file_name_, "no reading is open");
   row.clear();
+  if (set_rows_) {
+    if (set_rows_->Next(row)) return true;
+    set_rows_.reset();
+    return false;
+  }
   cursor_->MoveNext();
   if (cursor_->AtEnd()) {
     cursor_.reset();
@@ -141,10 +172,18 @@ void TransactionSource::ReadAhead(int first) const {
   ahead_.ids = std::move(ids);
 }
 
-void TransactionSource::ItemRowIds(std::string_view table, int position, std::vector<std::uint16_t>& ids,
+void TransactionSource::ItemRowIds(std::string_view table, int position, std::vector<std::uint32_t>& ids,
                                    std::string& field_name) const {
   CheckTableName(table);
   ids.clear();
+  if (const auto sets = Sets(table)) {
+    if (position < 1 || position > static_cast<int>(sets->names().size())) {
+      throw DatabaseError(file_name_, fmt::format("table {} has no term {}", table, position));
+    }
+    field_name = sets->names()[static_cast<std::size_t>(position) - 1];
+    sets->RowsOf(static_cast<std::uint32_t>(position), ids);
+    return;
+  }
   if (ahead_.table != table) {
     std::vector<Field> fields = database().Fields(table);
     ahead_ = {};
@@ -175,7 +214,8 @@ void TransactionSource::ItemRowIds(std::string_view table, int position, std::ve
   // Reading ahead pays only for callers that go through the columns; any other is answered one by one.
   if (position > std::exchange(ahead_.last_asked, position) && !is_ahead()) ReadAhead(position);
   if (is_ahead()) {
-    ids = ahead_.ids[static_cast<std::size_t>(position - ahead_.first)];
+    const std::vector<std::uint16_t>& known = ahead_.ids[static_cast<std::size_t>(position - ahead_.first)];
+    ids.assign(known.begin(), known.end());
     return;
   }
   Recordset rows = database().OpenRecordset(

@@ -47,7 +47,7 @@ class Columns {
   std::string_view table_;
   std::size_t rows_;
   std::vector<std::string> names_;
-  mutable std::vector<std::uint16_t> ids_;
+  mutable std::vector<std::uint32_t> ids_;
 };
 
 void Keep(RowMask& rows, const RowMask& others, bool inside) {

@@ -54,7 +54,7 @@ TEST_F(TransactionSourceTest, ListsTablesAndItems) {
 }
 
 TEST_F(TransactionSourceTest, FindsTheRowsOfOneItem) {
-  using Ids = std::vector<std::uint16_t>;
+  using Ids = std::vector<std::uint32_t>;
   const auto ask = [this](std::string_view table, int position) {
     std::pair<std::string, Ids> found = {"", {99}};
     source_.ItemRowIds(table, position, found.second, found.first);
@@ -89,7 +89,7 @@ TEST_F(TransactionSourceTest, ColumnsInARowGiveWhatEachGivesAlone) {
     const std::string path = has_bad_row ? "bad.mdb" : "good.mdb";
     MakeForeignDatabase(path, sql);
     const auto ask = [this](int position) {
-      std::vector<std::uint16_t> ids;
+      std::vector<std::uint32_t> ids;
       std::string name;
       try {
         source_.ItemRowIds("T", position, ids, name);
@@ -98,7 +98,7 @@ TEST_F(TransactionSourceTest, ColumnsInARowGiveWhatEachGivesAlone) {
       }
       return std::pair(name, ids);
     };
-    std::map<int, std::pair<std::string, std::vector<std::uint16_t>>> alone;
+    std::map<int, std::pair<std::string, std::vector<std::uint32_t>>> alone;
     source_.Open(path);
     for (int i = 150; i >= 1; --i) alone[i] = ask(i);
     EXPECT_EQ(alone[70].first == "c]70", !has_bad_row);
