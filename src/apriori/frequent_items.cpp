@@ -1,21 +1,15 @@
 #include "apriori/frequent_items.h"
 
 #include <algorithm>
-#include <bit>
 #include <numeric>
 #include <string>
+#include <utility>
 
 #include "itemsets/least_rows.h"
 
 namespace selvane {
 
 namespace {
-
-std::uint32_t CountOf(std::span<const RowWord> rows) {
-  return std::accumulate(rows.begin(), rows.end(), 0U, [](std::uint32_t sum, RowWord word) {
-    return sum + static_cast<std::uint32_t>(std::popcount(word));
-  });
-}
 
 std::vector<std::uint32_t> CanonicalRanks(std::span<const NodeNumber> nodes, const TaxonomyStore& taxonomy) {
   std::vector<std::string> terms;
@@ -36,24 +30,16 @@ std::vector<std::uint32_t> CanonicalRanks(std::span<const NodeNumber> nodes, con
 
 }  // namespace
 
-FrequentItems SelectFrequentItems(const ItemRegistry& registry, float minimum_support,
+FrequentItems SelectFrequentItems(ItemRegistry& registry, float minimum_support,
                                   const TaxonomyStore& taxonomy) {
   FrequentItems items;
   items.level.least_rows = std::max(1U, LeastRows(minimum_support, registry.row_count));
-  const std::size_t words = registry.rows.words();
-  std::vector<std::size_t> chosen;
-  for (std::size_t i = 0; i < registry.nodes.size(); ++i) {
-    const std::uint32_t count = CountOf({registry.rows[i], words});
-    if (count < items.level.least_rows) continue;
-    chosen.push_back(i);
-    items.nodes.push_back(registry.nodes[i]);
-    items.support_counts.push_back(count);
-  }
-  items.level.rows = RowBits(chosen.size(), words * 64);
-  for (std::size_t i = 0; i < chosen.size(); ++i) {
-    std::copy_n(registry.rows[chosen[i]], words, items.level.rows[i]);
-    // The row whose id is 0 gets lost in every intersection.
-    if (registry.zero_row != SIZE_MAX) items.level.rows.Clear(i, registry.zero_row);
+  for (const std::size_t place : registry.frequent) items.nodes.push_back(registry.nodes[place]);
+  items.support_counts = std::move(registry.support_counts);
+  items.level.rows = std::move(registry.rows);
+  // The row whose id is 0 gets lost in every intersection.
+  for (std::size_t i = 0; i < items.nodes.size() && registry.zero_row != SIZE_MAX; ++i) {
+    items.level.rows.Clear(i, registry.zero_row);
   }
   items.level.rank = CanonicalRanks(items.nodes, taxonomy);
   return items;

@@ -16,9 +16,10 @@ struct FrequentItems {
   LevelItems level;                           // what joining them needs
 };
 
-// Picks the registry's nodes that stand in at least this fraction of its rows, and ranks them in canonical
-// order: by the bytes of their terms, of equal ones the node met later first. Throws DatabaseError.
-FrequentItems SelectFrequentItems(const ItemRegistry& registry, float minimum_support,
+// Takes the nodes that stand in at least this fraction of the rows, for which the registry must have been
+// read, with their rows out of it, and ranks them in canonical order: by the bytes of their terms, of equal
+// ones the node met later first. Throws DatabaseError.
+FrequentItems SelectFrequentItems(ItemRegistry& registry, float minimum_support,
                                   const TaxonomyStore& taxonomy);
 
 // The pairs of items that may stand together in one itemset when generalizing: those of which neither

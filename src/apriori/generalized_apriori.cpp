@@ -57,9 +57,9 @@ AprioriSummary GeneralizedApriori::Run(Progress& progress) {
   std::ofstream("frequentItemset2.dat", std::ios::app).close();  // made when missing, never written to
   progress.SetRange(0, 100);
   progress.SetPosition(0);
-  ItemRegistry registry = ReadItems(source_, table_, item_names_, taxonomy_, generalize_, progress);
+  ItemRegistry registry =
+      ReadItems(source_, table_, item_names_, taxonomy_, generalize_, minimum_support_, progress);
   const FrequentItems items = SelectFrequentItems(registry, minimum_support_, taxonomy_);
-  registry.rows = RowBits();  // the search has those of the frequent items
   progress.SetPosition(10);
   LevelWriter writer(itemset_path_, items.nodes);
   std::optional<PairTable> unrelated;

@@ -35,7 +35,8 @@ struct Candidate {
 }  // namespace
 
 CoverFilter::CoverFilter(const RuleList& rules, const ItemRegistry& items) : rules_(rules), items_(items) {
-  for (std::size_t place = 0; place < items.nodes.size(); ++place) places_.emplace(items.nodes[place], place);
+  for (std::size_t set = 0; set < items.frequent.size(); ++set)
+    places_.emplace(items.nodes[items.frequent[set]], set);
 }
 
 bool CoverFilter::MatchedRows(const Rule& rule, std::vector<RowWord>& rows) const {

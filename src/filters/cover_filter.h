@@ -47,7 +47,7 @@ class CoverFilter {
 
   const RuleList& rules_;
   const ItemRegistry& items_;
-  std::unordered_map<NodeNumber, std::size_t> places_;  // of the items in the registry
+  std::unordered_map<NodeNumber, std::size_t> places_;  // of the sets of rows of items
   RowBitsOperations operations_ = FastRowBitsOperations();
 };
 

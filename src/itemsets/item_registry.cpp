@@ -3,22 +3,101 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <limits>
+#include <bit>
+#include <numeric>
 #include <unordered_map>
+#include <utility>
 
 #include "data/database_error.h"
+#include "itemsets/least_rows.h"
 #include "itemsets/row_places.h"
 
 namespace selvane {
 
 namespace {
 
+// The rows of each column while a table is read: bitsets where rows are few, lists of places otherwise.
+class ColumnRows {
+ public:
+  ColumnRows(std::size_t columns, std::size_t rows) : bits_(columns, rows), counts_(columns, 0) {}
+  explicit ColumnRows(std::vector<std::vector<std::uint32_t>> lists) : lists_(std::move(lists)) {}
+
+  void Set(std::size_t column, std::size_t row) {
+    bits_.Set(column, row);
+    ++counts_[column];
+  }
+  // At least as many as the column has.
+  std::uint64_t MostRows(std::size_t column) const {
+    return lists_.empty() ? counts_[column] : lists_[column].size();
+  }
+  void AddTo(RowWord* target, std::size_t column) const {
+    if (lists_.empty()) {
+      const RowWord* const source = bits_[column];
+      for (std::size_t i = 0; i < bits_.words(); ++i) target[i] |= source[i];
+      return;
+    }
+    for (const std::uint32_t row : lists_[column]) target[row / 64] |= RowWord{1} << (row % 64);
+  }
+
+ private:
+  RowBits bits_;
+  std::vector<std::uint64_t> counts_;
+  std::vector<std::vector<std::uint32_t>> lists_;
+};
+
 // Registers nodes and remembers which columns give each of them.
 class NodeColumns {
  public:
-  explicit NodeColumns(ItemRegistry& registry) : registry_(registry) {}
+  NodeColumns(ItemRegistry& registry, const TaxonomyStore& taxonomy, std::span<const std::string> names,
+              bool generalize)
+      : registry_(registry), taxonomy_(taxonomy), names_(names), generalize_(generalize) {}
 
-  // A node that is a term of one row and an ancestor in another belongs to what it was met as first.
+  // Takes the columns that a row is the first to have. Nodes that a column gives are registered with that
+  // row; later rows add nothing new. All terms of the row come before all ancestors, as asking for items and
+  // then for ancestors of each row gives it.
+  void AddFirstRow(std::span<const std::size_t> columns) {
+    for (const std::size_t column : columns) {
+      for (const NodeNumber node : taxonomy_.working().NodesOfTerm(names_[column]))
+        Add(node, column, registry_.direct);
+    }
+    if (!generalize_) return;
+    for (const std::size_t column : columns) {
+      for (const NodeNumber node : taxonomy_.AncestorsOfTerm(names_[column]))
+        Add(node, column, registry_.generalized);
+    }
+  }
+
+  // The rows of a node are those of any of its columns.
+  void FillRows(const ColumnRows& column_rows, std::size_t rows, float minimum_support) {
+    const std::uint32_t least = std::max(1U, LeastRows(minimum_support, registry_.row_count));
+    std::vector<std::size_t> candidates;
+    for (std::size_t node = 0; node < columns_.size(); ++node) {
+      std::uint64_t most = 0;
+      for (const std::size_t column : columns_[node]) most += column_rows.MostRows(column);
+      if (most >= least) candidates.push_back(node);
+    }
+    registry_.rows = RowBits(candidates.size(), rows);
+    for (const std::size_t node : candidates) {
+      RowWord* const target = registry_.rows[registry_.frequent.size()];
+      std::fill_n(target, registry_.rows.words(), RowWord{0});  // of a candidate that was none
+      for (const std::size_t column : columns_[node]) column_rows.AddTo(target, column);
+      const std::uint32_t count = CountOf({target, registry_.rows.words()});
+      if (count < least) continue;
+      registry_.frequent.push_back(node);
+      registry_.support_counts.push_back(count);
+    }
+    registry_.rows.Shrink(registry_.frequent.size());
+  }
+
+ private:
+  static std::uint32_t CountOf(std::span<const RowWord> rows) {
+    return std::accumulate(rows.begin(), rows.end(), 0U, [](std::uint32_t sum, RowWord word) {
+      return sum + static_cast<std::uint32_t>(std::popcount(word));
+    });
+  }
+
+  // A node that is a term of one row and an ancestor in another belongs to what it was met as first. That a
+  // column may stand twice for a node does no harm; looking for it would take long under nodes near the root.
   void Add(NodeNumber node, std::size_t column, std::vector<NodeNumber>& added) {
     const auto [found, is_new] = places_.emplace(node, registry_.nodes.size());
     if (is_new) {
@@ -26,46 +105,28 @@ class NodeColumns {
       added.push_back(node);
       columns_.emplace_back();
     }
-    std::vector<std::size_t>& columns = columns_[found->second];
-    if (std::find(columns.begin(), columns.end(), column) == columns.end()) columns.push_back(column);
+    columns_[found->second].push_back(column);
   }
 
-  // The rows of a node are those of any of its columns.
-  void FillRows(const RowBits& column_rows, std::size_t rows) {
-    registry_.rows = RowBits(registry_.nodes.size(), rows);
-    for (std::size_t node = 0; node < columns_.size(); ++node) {
-      RowWord* const target = registry_.rows[node];
-      for (const std::size_t column : columns_[node]) {
-        const RowWord* const source = column_rows[column];
-        for (std::size_t i = 0; i < registry_.rows.words(); ++i) target[i] |= source[i];
-      }
-    }
-  }
-
- private:
   ItemRegistry& registry_;
+  const TaxonomyStore& taxonomy_;
+  std::span<const std::string> names_;
+  bool generalize_;
   std::unordered_map<NodeNumber, std::size_t> places_;
   std::vector<std::vector<std::size_t>> columns_;
 };
 
-}  // namespace
-
-ItemRegistry ReadItems(TransactionSource& source, std::string_view table,
-                       std::span<const std::string> item_names, const TaxonomyStore& taxonomy,
-                       bool generalize, Progress& progress) {
-  ItemRegistry registry;
-  const long records = source.CountRows(table);
-  if (records == 0) return registry;
+ColumnRows ReadRows(TransactionSource& source, std::string_view table, std::size_t columns,
+                    std::size_t records, NodeColumns& nodes, ItemRegistry& registry, Progress& progress) {
   RowPlaces places;
-  NodeColumns nodes(registry);
-  RowBits column_rows(item_names.size(), static_cast<std::size_t>(records));
-  std::vector<bool> met(item_names.size(), false);
+  ColumnRows column_rows(columns, records);
+  std::vector<bool> met(columns, false);
   std::vector<std::size_t> new_columns;
   RowValues row;
   for (bool more = source.OpenReader(table, row); more; more = source.NextRow(row)) {
     // Places are given in order of first appearance, so there are never more of them than rows.
     const std::size_t place = places.PlaceOf(row[0]);
-    if (row.size() != item_names.size() + 1 || place >= static_cast<std::size_t>(records)) {
+    if (row.size() != columns + 1 || place >= records) {
       throw DatabaseError(source.file_name(),
                           fmt::format("table {} does not hold what it says it holds", table));
     }
@@ -74,24 +135,62 @@ ItemRegistry ReadItems(TransactionSource& source, std::string_view table,
     for (std::size_t j = 1; j < row.size(); ++j) {
       if (row[j] != 1) continue;
       column_rows.Set(j - 1, place);
-      if (!met[j - 1]) new_columns.push_back(j - 1);
+      if (met[j - 1]) continue;
+      met[j - 1] = true;
+      new_columns.push_back(j - 1);
     }
-    // Nodes that a column gives are registered with its first row; later rows add nothing new. All terms of
-    // the row come before all ancestors, as asking for items and then for ancestors of each row gives it.
-    for (const std::size_t column : new_columns) {
-      met[column] = true;
-      for (const NodeNumber node : taxonomy.working().NodesOfTerm(item_names[column]))
-        nodes.Add(node, column, registry.direct);
-    }
-    for (const std::size_t column : new_columns) {
-      if (!generalize) break;
-      for (const NodeNumber node : taxonomy.AncestorsOfTerm(item_names[column])) {
-        nodes.Add(node, column, registry.generalized);
-      }
-    }
+    nodes.AddFirstRow(new_columns);
     if (++registry.row_count % 1024 == 0) progress.Pulse();
   }
-  nodes.FillRows(column_rows, static_cast<std::size_t>(records));
+  return column_rows;
+}
+
+// Rows without any item get no place: `rows` is how many have one.
+ColumnRows ReadSets(const TransactionSource& source, std::string_view table, std::size_t columns,
+                    std::size_t& rows, NodeColumns& nodes, Progress& progress) {
+  RowPlaces places;
+  std::vector<std::vector<std::uint32_t>> lists(columns);
+  std::vector<std::pair<std::uint32_t, std::size_t>> first_rows;  // and the columns
+  std::string name;
+  for (std::size_t column = 0; column < columns; ++column) {
+    std::vector<std::uint32_t>& list = lists[column];
+    source.ItemRowIds(table, static_cast<int>(column) + 1, list, name);
+    if (!list.empty()) first_rows.emplace_back(list.front(), column);
+    for (std::uint32_t& row : list) row = static_cast<std::uint32_t>(places.PlaceOf(row));
+    progress.Pulse();
+  }
+  // As if read row by row.
+  std::sort(first_rows.begin(), first_rows.end());
+  std::vector<std::size_t> new_columns;
+  for (std::size_t i = 0; i < first_rows.size(); ++i) {
+    new_columns.push_back(first_rows[i].second);
+    if (i + 1 < first_rows.size() && first_rows[i + 1].first == first_rows[i].first) continue;
+    nodes.AddFirstRow(new_columns);
+    new_columns.clear();
+    progress.Pulse();
+  }
+  rows = places.size();
+  return ColumnRows(std::move(lists));
+}
+
+}  // namespace
+
+ItemRegistry ReadItems(TransactionSource& source, std::string_view table,
+                       std::span<const std::string> item_names, const TaxonomyStore& taxonomy,
+                       bool generalize, float minimum_support, Progress& progress) {
+  ItemRegistry registry;
+  auto rows = static_cast<std::size_t>(source.CountRows(table));
+  if (rows == 0) return registry;
+  NodeColumns nodes(registry, taxonomy, item_names, generalize);
+  if (source.IsOfSets(table)) {
+    registry.row_count = static_cast<std::uint32_t>(rows);
+    const ColumnRows column_rows = ReadSets(source, table, item_names.size(), rows, nodes, progress);
+    nodes.FillRows(column_rows, rows, minimum_support);
+  } else {
+    const ColumnRows column_rows =
+        ReadRows(source, table, item_names.size(), rows, nodes, registry, progress);
+    nodes.FillRows(column_rows, rows, minimum_support);
+  }
   return registry;
 }
 

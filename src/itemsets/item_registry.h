@@ -19,17 +19,21 @@ namespace selvane {
 // each counts in `row_count`.
 struct ItemRegistry {
   std::vector<NodeNumber> nodes;
-  std::vector<NodeNumber> direct;       // those first met as the node of a term
-  std::vector<NodeNumber> generalized;  // those first met as an ancestor
-  RowBits rows;                         // for each of `nodes`, the rows that hold it
+  std::vector<NodeNumber> direct;             // those first met as the node of a term
+  std::vector<NodeNumber> generalized;        // those first met as an ancestor
+  std::vector<std::size_t> frequent;          // the places in `nodes` of those in enough rows, ascending
+  std::vector<std::uint32_t> support_counts;  // of the same
+  RowBits rows;                               // of the same: those that hold it
   std::uint32_t row_count = 0;
   std::size_t zero_row = SIZE_MAX;  // the bit of the row whose id is 0, if there is one
 };
 
 // Reads the table once. The taxonomy is asked once for each column that is 1 somewhere; the result is that of
-// TaxonomyStore::RecordItems and RecordAncestors for every row. Throws DatabaseError.
+// TaxonomyStore::RecordItems and RecordAncestors for every row. Only of nodes that reach the minimum support,
+// a fraction of the rows, the rows are kept; 0 keeps those of all. Of a table of sets no rows are made; each
+// term of each row takes four bytes meanwhile. Throws DatabaseError.
 ItemRegistry ReadItems(TransactionSource& source, std::string_view table,
                        std::span<const std::string> item_names, const TaxonomyStore& taxonomy,
-                       bool generalize, Progress& progress);
+                       bool generalize, float minimum_support, Progress& progress);
 
 }  // namespace selvane

@@ -21,6 +21,11 @@ class RowBits {
   std::size_t size() const { return words_ == 0 ? 0 : bits_.size() / words_; }
   const RowWord* operator[](std::size_t set) const { return bits_.data() + set * words_; }
   RowWord* operator[](std::size_t set) { return bits_.data() + set * words_; }
+  // Leaves the first sets only.
+  void Shrink(std::size_t sets) {
+    bits_.resize(sets * words_);
+    bits_.shrink_to_fit();
+  }
   void Set(std::size_t set, std::size_t row) { (*this)[set][row / 64] |= RowWord{1} << (row % 64); }
   void Clear(std::size_t set, std::size_t row) { (*this)[set][row / 64] &= ~(RowWord{1} << (row % 64)); }
 

@@ -46,7 +46,7 @@ void CheckRequest(const TransactionSource& source, const ExtractionRequest& requ
   if (!IsFraction(request.min_confidence))
     throw InputError("the minimum confidence must be above 0 and at most 1");
   const long rows = source.CountRows(request.table);
-  if (rows > kMostNumberedRows) {
+  if (rows > kMostNumberedRows && !source.IsOfSets(request.table)) {
     throw InputError(
         fmt::format("table {} has {} rows, and at most {} can be mined; divide it into several tables",
                     request.table, rows, kMostNumberedRows));
