@@ -161,6 +161,15 @@ NewFile::~NewFile() {
   for (const fs::path& side : side_files_) ::unlink(side.c_str());
 }
 
+std::string NewFile::Content() const {
+  try {
+    return ReadFile(temporary_);
+  } catch (const FileError&) {
+    throw FileError(fmt::format("{}: what was written cannot be read again; check the disk and try again",
+                                path_.string()));
+  }
+}
+
 void NewFile::CheckTarget() const {
   struct stat old {};
   if (::lstat(path_.c_str(), &old) != 0) {

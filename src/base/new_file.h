@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <functional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -44,6 +45,8 @@ class NewFile {
   const std::filesystem::path& path() const { return path_; }
   // Where to write until the commit.
   const std::filesystem::path& temporary() const { return temporary_; }
+  // What has been written there. Throws FileError.
+  std::string Content() const;
   // Gives the complete, closed file its name: the disk has it before it is named, and its name when this
   // returns. Throws FileError.
   void Commit();

@@ -72,14 +72,16 @@ void NewRulesDatabase::Commit(const std::optional<RulesInfo>& info, std::span<Ne
   if (info) {
     info_file.emplace(info_path, ExistingFile::kReplace);
     WriteRulesInfo(*info, *info_file);
-    hash = ContentHash(ReadFile(info_file->temporary()));
+    hash = ContentHash(info_file->Content());
     files.push_back(&*info_file);
   }
   // From the first name to the last the information is not the database's, and whatever a crash in between
   // leaves is told of.
   files.insert(files.end(), others.begin(), others.end());
-  store_.NoteInfo(hash);
-  store_.Close();  // the file is complete before it gets its name
+  Fill([&](RulesStore& store) {
+    store.NoteInfo(hash);
+    store.Close();  // the file is complete before it gets its name
+  });
   database_.Commit(files, last_step);
   // What a replaced database was made of says nothing of the new one.
   std::error_code not_there;
