@@ -154,12 +154,11 @@ class Walk {
     if (tried_.insert(now.files()).second || options_.again) JudgeNext(outcome, is_old, is_new);
   }
 
-  // What cannot be removed stays, and on a full disk the journal without which an input would be lost.
+  // What cannot be removed stays, and so does the journal without which an input would be lost.
   bool MayLeave(const Outcome& outcome, const Names& extra) const {
     const std::string_view call = outcome.counter.call;
     if (call.starts_with("unlink") || call.starts_with("remove")) return true;
-    const bool is_full = outcome.counter.calls == Calls::kFiles && outcome.counter.fault == Fault::kOnward;
-    return is_full && extra.size() == 1 && extra[0].ends_with("-journal") &&
+    return extra.size() == 1 && extra[0].ends_with("-journal") &&
            before_.files().contains(extra[0].substr(0, extra[0].rfind('-')));
   }
 
