@@ -104,6 +104,7 @@ RecordFormat ReadSource(ByteSource& source, RecordVisitor& visitor, Progress& pr
   RecordFormat format = RecordFormat::kUnknown;
   try {
     format = RecognizeFormat(source.Head(), source.path());
+    visitor.OnFormat(format);
     ReadAs(format, source, sink);
     if (sink.records() == 0 && format != RecordFormat::kUnknown) sink.Tell(problems::kNoRecords, "");
   } catch (const Error& error) {

@@ -26,6 +26,8 @@ enum class RecordFormat {
 class RecordVisitor {
  public:
   virtual ~RecordVisitor() = default;
+  // The format of what comes now, before its first record.
+  virtual void OnFormat(RecordFormat) {}
   virtual void OnRecord(Record&& record) = 0;
   // Something that gives less than it seems to, or nothing. `kind` is one of the texts below; `example` names
   // the file and the place. It comes once for each, to be counted by kind.
