@@ -1,11 +1,14 @@
 #include "cli/cli.h"
 
+#include <cmath>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "rules/rule_list.h"
 #include "rules/rules_info.h"
 #include "taxonomy/taxonomy_files.h"
+#include "termdb/rows_by_term.h"
 
 namespace selvane::tests {
 
@@ -93,6 +96,68 @@ TEST_F(CliTest, ShowsRulesByEachFigure) {
             nlohmann::json::parse(R"({"index":1,"antecedent":[2],"consequent":[3],"antecedent_names":["A"],
                 "consequent_names":["B"],"support":0.25,"confidence":0.5,"pa":0.5,"pc":0,"aspec":1,"cspec":1,
                 "lift":null,"leverage":0.25,"conviction":2.0})"));
+}
+
+// Whatever the rules say of support and confidence, their documents can be counted.
+TEST_F(CliTest, DocumentsAgreeWithTheFiguresOfRules) {
+  MakeSampleRules();
+  ASSERT_EQ(Run(kExtract + "plain.mdb --no-generalize --min-support 0.05 --min-confidence 0.2"), 0) << err_;
+  for (const auto& [database, generalized] : {std::pair("rules.mdb", true), std::pair("plain.mdb", false)}) {
+    SilentProgress progress;
+    RulesStore store;
+    store.OpenRulesDatabase(database);
+    store.OpenRulesTable("Extracted");
+    const RuleList rules(store, progress);
+    ASSERT_GT(rules.size(), 20);
+    const TaxonomyStore taxonomy("tax.mdb");
+    TransactionSource source;
+    source.Open("terms.mdb");
+    for (RuleNumber number = 1; number <= rules.size(); ++number) {
+      const Rule& rule = rules[number];
+      const RuleRows rows = RowsOfRule(source, "14_05_23_11_MESHTERMS", taxonomy, rule.antecedent,
+                                       rule.consequent, generalized);
+      EXPECT_EQ(static_cast<float>(rows.holding.size()), std::round(rule.support * 30)) << number;
+      EXPECT_EQ(static_cast<float>(rows.holding.size() + rows.exceptions.size()), std::round(rule.pa * 30));
+    }
+  }
+}
+
+TEST_F(CliTest, GoesFromASearchToTheDocumentsOfARule) {
+  ASSERT_EQ(Run("taxonomy load " + kSamples + "/headings.txt tax.mdb"), 0) << err_;
+  const std::string build = "terms build --taxonomy tax.mdb --output terms.mdb ";
+  ASSERT_EQ(
+      Run(build + "--terms all --leave-out B01 " + kSamples + "/search.nbib " + kSamples + "/marks.pubtator"),
+      0);
+  EXPECT_NE(err_.find("9 rows of 11 records, 10 of 11 terms; 2 files read"), std::string::npos) << err_;
+  ASSERT_EQ(Run(kExtract + "rules.mdb --min-support 0.3 --min-confidence 0.8"), 0) << err_;
+  const std::string documents = "rules documents rules.mdb --taxonomy tax.mdb --terms terms.mdb --rule 8 ";
+  EXPECT_EQ(Run(documents + "--exceptions"), 0);
+  EXPECT_EQ(out_, "    4  90000104  2018  One puff before the stairs.\n");
+  EXPECT_EQ(err_, "rule 8: Ethanolamines => Asthma: 4 of 9 rows hold it, 1 its left side only\n");
+  EXPECT_EQ(Run(documents + "--format json"), 0);
+  EXPECT_EQ(
+      nlohmann::json::parse(out_)[3]["marks"][1],
+      nlohmann::json::parse(R"({"term":"Asthma","place":"text","offset":43,"length":6,"words":"asthma"})"));
+  EXPECT_EQ(
+      Run("terms documents --with Smoking --without Hypertension --with albuterol terms.mdb --format csv"),
+      0);
+  EXPECT_EQ(out_,
+            "ROW,PMID,YEAR,JOURNAL,TITLE,TERMS,TEXT\n4,\"90000104\",2018,\"J Invent Samp\",\"One puff before "
+            "the stairs.\",\"Albuterol; Humans; Pulmonary Disease, Chronic Obstructive; Smoking\",\"Patients "
+            "took salbutamol, or nothing, before climbing four flights of stairs.\"\n");
+  // A taxonomy that has changed since gives other rows, and that is said.
+  EXPECT_EQ(Run("taxonomy prune tax.mdb D.02.033.100.291.057"), 0);
+  EXPECT_EQ(Run(documents), 0);
+  EXPECT_NE(err_.find("its support stands for 4 rows: since"), std::string::npos) << err_;
+  for (const auto& [command, status, part] :
+       {std::tuple(documents + "--table Filtered", 1, "no table Filtered"),
+        {"rules documents rules.mdb --taxonomy tax.mdb --terms terms.mdb --rule 999", 1, "has no rule 999"},
+        {build + "--terms 0 x", 2, "not 0"},
+        {build + "--form both x", 2, "both"},
+        {build + "x", 1, "no such file"}}) {
+    EXPECT_EQ(Run(command), status) << command;
+    EXPECT_NE(err_.find(part), std::string::npos) << err_;
+  }
 }
 
 TEST_F(CliTest, ExtractsBasesThatCanBeFilteredAndExchanged) {
@@ -223,7 +288,7 @@ TEST_F(CliTest, FaultsHaveAMessageAndAStatusAndLoseNothing) {
       {"taxonomy load bad.xml", 2, "TAXDB"},
       {"taxonomy restore text.mdb", 1, "not a database"},
       {"taxonomy restore rules.mdb", 1, "no taxonomy database"},
-      {"terms build --taxonomy tax.mdb --output new.mdb empty", 1, "holds no text files"},
+      {"terms build --taxonomy tax.mdb --output new.mdb empty", 1, "holds no files"},
       {"terms build --taxonomy tax.mdb --output new.mdb tax.txt", 1, "no file holds a term"},
       {"terms list two.mdb", 1, "--table; there are: a, b"},
       {"terms list two.mdb --table z", 1, "no table z"},

@@ -138,7 +138,7 @@ class Walk {
 
   void Judge(const Outcome& outcome) {
     // A file that cannot be read is passed over, with a word.
-    if (outcome.Succeeded() && outcome.message.find("is passed over") != std::string::npos) return;
+    if (outcome.Succeeded() && outcome.message.find("could not be read") != std::string::npos) return;
     const FolderState now(work_);
     const bool killed = outcome.counter.fault == Fault::kKill && outcome.status == SIGKILL;
     const bool is_old = now.Is(before_, after_);
