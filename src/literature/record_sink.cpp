@@ -41,7 +41,7 @@ void RecordSink::TellRecoded(std::uint64_t bytes) {
 }
 
 void RecordSink::TellUnreadable(const Error& error) {
-  const std::string what = fmt::format("{} ({} records were read before)", error.what(), records_);
+  const std::string what = fmt::format("{} (records read before: {})", error.what(), records_);
   Guarded([&] { visitor_.OnProblem(problems::kUnreadable, what); });
 }
 

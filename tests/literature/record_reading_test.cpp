@@ -160,7 +160,7 @@ TEST(RecordReading, PubmedXml) {
           "records without a PMID: a.xml: line 4", "records with neither headings nor marks: a.xml: record 3",
           "||||0|",
           "files that could not be read to their end: a.xml: line 4: this is no well-formed XML (mismatched "
-          "tag) (3 records were read before)"}));
+          "tag) (records read before: 3)"}));
   const std::string large =
       "<PubmedArticleSet><PubmedArticle><MedlineCitation><PMID>1</PMID><Abstract><AbstractText>" +
       std::string(std::size_t{17} << 20U, 'x') +
