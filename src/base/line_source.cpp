@@ -6,6 +6,7 @@ namespace selvane {
 
 bool LineSource::Next(std::string_view& line) {
   was_cut_ = false;
+  // Nearly all lines lie whole in a piece, and are handed out where they lie.
   const std::size_t end = rest_.find('\n');
   if (end == std::string_view::npos) return Join(line);
   line = Ended(rest_.substr(0, end));
@@ -21,6 +22,7 @@ bool LineSource::Join(std::string_view& line) {
     is_there = is_there || !rest_.empty();
     const std::size_t end = rest_.find('\n');
     const std::string_view part = rest_.substr(0, end);
+    // One byte beyond the limit is kept: it tells that the line was longer. The rest needs no memory.
     const std::size_t taken = std::min(part.size(), longest_line_ + 1 - joined_.size());
     joined_ += part.substr(0, taken);
     if (end != std::string_view::npos) {

@@ -37,6 +37,7 @@ std::string_view Utf8Source::Next() {
     if (form_ == Form::kUnknown) DropMark(piece);
     text_.clear();
     const std::string_view text = form_ == Form::kBytes ? FromUtf8(piece, is_last) : FromUtf16(piece);
+    // A piece may hold nothing but the beginning of a character; an empty text would mean the end.
     if (is_last || !text.empty()) return text;
   }
 }
@@ -47,6 +48,7 @@ void Utf8Source::DropMark(std::string_view& piece) {
     if (found) piece.remove_prefix(mark.size());
     return found;
   };
+  // No text of UTF-8 begins with the bytes of either mark.
   form_ = drop("\xFF\xFE") ? Form::kUtf16Low : drop("\xFE\xFF") ? Form::kUtf16High : Form::kBytes;
   if (form_ == Form::kBytes && drop("\xEF\xBB\xBF")) encoding_ = Encoding::kUtf8;
 }
@@ -86,6 +88,7 @@ void Utf8Source::AppendMixed(std::string_view bytes, bool is_end) {
       begun_ = bytes;
       return;
     }
+    // By itself: the bytes behind it may well be UTF-8.
     text_ += FromCodePage1252(bytes.substr(0, 1));
     bytes.remove_prefix(1);
     ++bytes_recoded_;

@@ -97,6 +97,7 @@ class XmlStream::Parser {
   template <typename Call>
   static void Guarded(void* data, const Call& call) noexcept {
     Parser& self = *static_cast<Parser*>(data);
+    // The parser still tells of the end of an empty element in which it was stopped.
     if (self.stopped_) return;
     try {
       call(self);
@@ -129,6 +130,7 @@ class XmlStream::Parser {
   }
 
   static void OnUnknownEntity(void* data, const char* name, int is_parameter) {
+    // A parameter entity stands in the document type, whose content nobody wants.
     if (is_parameter != 0) return;
     Guarded(data, [=](Parser& self) { self.TakeText(fmt::format("&{};", name)); });
   }
@@ -151,7 +153,8 @@ class XmlStream::Parser {
     handler_.OnText(text);
   }
 
-  // A tag is kept by the parser until its end comes.
+  // A tag is kept by the parser until its end comes, and looked through again with each piece: without a
+  // limit a file that is one tag would take the square of its length.
   void CheckTag() {
     const auto parsed = ::XML_GetCurrentByteIndex(parser_.get());
     if (parsed < 0 || fed_ - static_cast<std::uint64_t>(parsed) <= limits_.tag) return;
@@ -161,6 +164,7 @@ class XmlStream::Parser {
   [[noreturn]] void FailAsNoXml(bool is_last) {
     const XML_Error error = ::XML_GetErrorCode(parser_.get());
     if (error == XML_ERROR_NO_MEMORY) throw std::bad_alloc();
+    // All that is there was well-formed: it is the rest that is missing.
     if (is_last) Fail("the file ends too early; get it again");
     Fail(fmt::format("this is no well-formed XML ({})", ::XML_ErrorString(error)));
   }

@@ -60,6 +60,7 @@ Record BiocDocument::ToRecord(RecordSink& sink) {
   Record record;
   record.pmid = std::move(id);
   record.year = YearOf(year);
+  // "Nature; 2003 Jan 1; 23(4)" is how one exporter writes it.
   record.journal = Trimmed(std::string_view(journal).substr(0, journal.find(';')));
   std::vector<Placed> placed;
   record.title = Joined(texts, BiocText::Kind::kTitle, 0, placed);
@@ -67,6 +68,7 @@ Record BiocDocument::ToRecord(RecordSink& sink) {
   for (const BiocText& text : texts) {
     if (text.kind == BiocText::Kind::kOther) sink.Tell(problems::kPassage, "document " + record.pmid);
   }
+  // They nearly always are in order; looking for each mark among all texts could take the square of both.
   std::stable_sort(placed.begin(), placed.end(),
                    [](const Placed& a, const Placed& b) { return a.offset < b.offset; });
   const std::string document = DocumentText(record);

@@ -74,6 +74,7 @@ class BiocReader final : public XmlHandler {
     const Element element = kNames.Find(name);
     if (element == Element::kDocument) Begin();
     if (element == Element::kRelation) ++relations_;
+    // Tags count too: what they hold is kept until the document ends.
     size_ += name.size();
     // Relations have infons too; and the rest of a huge document is passed over.
     if (!is_open_ || relations_ > 0 || size_ >= kLargestRecord) return;
@@ -145,6 +146,7 @@ class BiocReader final : public XmlHandler {
 
   void TakeLocation(const XmlAttributes& attributes) {
     BiocAnnotation& annotation = document_.annotations.back();
+    // The first place of words that lie apart is the one to show.
     if (annotation.locations++ > 0) return;
     annotation.offset = NumberIn(attributes["offset"]);
     annotation.length = NumberIn(attributes["length"]);
@@ -180,6 +182,7 @@ class BiocReader final : public XmlHandler {
 
   void TakeIdentifiers() {
     Identifiers& found = document_.annotations.back().identifiers;
+    // Older files name the vocabulary by the key, newer ones by a prefix of the value.
     if (key_ == "mesh" || key_ == "identifier") {
       Identifiers more = IdentifiersOf(value_);
       std::move(more.ids.begin(), more.ids.end(), std::back_inserter(found.ids));
@@ -197,7 +200,9 @@ class BiocReader final : public XmlHandler {
     if (key_ == "year" && document_.year.empty()) document_.year = value_;
     if (key_ == "journal" && document_.journal.empty()) document_.journal = value_;
     if (key_ != "type" && key_ != "section_type") return;
+    // Full texts have both infons, and one of them says it.
     is_typed_ = true;
+    // The titles of sections are called title_1 and so on.
     if (value == "title" || value == "front") kind_ = BiocText::Kind::kTitle;
     if (value.starts_with("abstract")) kind_ = BiocText::Kind::kAbstract;
   }

@@ -36,6 +36,7 @@ bool DropPrefix(std::string_view& text, std::string_view lower_prefix) {
 void AddIdentifier(std::string_view text, Identifiers& found) {
   std::string_view part = Trimmed(text);
   if (part.empty()) return;
+  // Taggers write it with the prefix, older corpora without.
   DropPrefix(part, "mesh:");
   if (part.empty()) return;
   if (IsMesh(part)) {
@@ -60,6 +61,7 @@ int YearOf(std::string_view text) {
     }
     std::size_t end = at;
     while (end < text.size() && IsDigit(text[end])) ++end;
+    // Volumes and pages have numbers too, but dates begin with the year.
     if (end - at == 4 && (text[at] == '1' || text[at] == '2')) return *Int32Of(text.substr(at, 4));
     at = end;
   }

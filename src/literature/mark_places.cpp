@@ -42,6 +42,7 @@ void CharacterPlaces::Begin(std::string_view text) {
   text_ = text;
   characters_ = CharacterCount(text);
   marks_.clear();
+  // Most abstracts are ASCII, where characters are bytes.
   if (characters_ == text.size()) return;
   std::size_t character = 0;
   for (std::size_t at = 0; at < text.size(); ++at) {
@@ -70,6 +71,7 @@ bool PlaceMark(const CharacterPlaces& places, const Mark& mark, Mention& mention
   std::size_t at = places.ByteOf(mark.begin);
   std::size_t length = places.ByteOf(mark.end) - at;
   if (!mark.words.empty() && places.text().substr(at, length) != mark.words) {
+    // The identifier belongs to the words, so they count; and it is the words that a reader wants to see.
     const std::size_t found = NearestWords(places.text(), mark.words, at);
     sink.Tell(found == kNone ? problems::kNotFound : problems::kMisplaced,
               fmt::format("line {}: \"{}\"", mark.line, mark.words));

@@ -41,6 +41,7 @@ bool IsFieldCharacter(char c) {
 
 void FinishRecord(MedlineFields& fields, RecordSink& sink) {
   if (fields.IsEmpty()) return;
+  // Asked before, since finishing begins anew.
   const bool is_too_large = fields.IsTooLarge();
   const bool has_pmid = fields.HasPmid();
   Record record = fields.Finish(sink);
@@ -73,6 +74,7 @@ bool MedlineFields::TakeLine(std::string_view line) {
   }
   if (target_ == nullptr) return true;
   const std::string_view text = Trimmed(line);
+  // Headings without a text need memory as well.
   size_ += text.size() + sizeof(Mention);
   if (text.empty() || IsTooLarge()) return true;
   if (!target_->empty()) *target_ += ' ';
@@ -83,6 +85,7 @@ bool MedlineFields::TakeLine(std::string_view line) {
 std::string* MedlineFields::Target(std::string_view field) {
   // A field that stands twice, as that of a second title, counts once.
   const auto first = [](std::string& text) { return text.empty() ? &text : nullptr; };
+  // The field of headings first: there are most of them.
   if (field == "MH  ") return &headings_.emplace_back();
   if (field == "RN  " || field == "NM  ") return &substances_.emplace_back();
   if (field == "AB  ") return first(record_.text);
@@ -97,6 +100,7 @@ std::string* MedlineFields::Target(std::string_view field) {
 
 Record MedlineFields::Finish(RecordSink& sink) {
   Record record = std::move(record_);
+  // Books have their title in a field of its own, and chapters have both.
   if (record.title.empty()) record.title = std::move(book_title_);
   if (record.journal.empty()) record.journal = std::move(short_journal_);
   record.year = YearOf(date_);
@@ -125,6 +129,7 @@ void ReadMedline(ByteSource& source, RecordSink& sink) {
       FinishRecord(fields, sink);
       continue;
     }
+    // Files put together by hand lack the empty line between records.
     if (fields.HasPmid() && MedlineField(line) == "PMID") FinishRecord(fields, sink);
     if (!fields.TakeLine(line))
       sink.Tell(problems::kUnknownLine, fmt::format("line {}", lines.line_number()));

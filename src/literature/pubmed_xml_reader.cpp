@@ -92,6 +92,7 @@ class PubmedXmlReader final : public XmlHandler {
       passed_over_ = 1;
       return;
     }
+    // Above what is asked in Begin is the parent.
     Begin(element, attributes);
     above_.push_back(element);
   }
@@ -118,6 +119,7 @@ class PubmedXmlReader final : public XmlHandler {
  private:
   Element Parent() const { return above_.empty() ? Element::kOther : above_.back(); }
 
+  // Texts are told only while one is wanted: half of what the parser would tell is blanks between tags.
   void BeginText(std::string& target) {
     target_ = &target;
     stream_->WantText(true);
@@ -141,6 +143,7 @@ class PubmedXmlReader final : public XmlHandler {
     }
     switch (element) {
       case Element::kPmid:
+        // Comments and corrections name other articles.
         if (Parent() == Element::kCitation) BeginFirst(record_.pmid);
         return;
       case Element::kTitle:
@@ -154,6 +157,7 @@ class PubmedXmlReader final : public XmlHandler {
         return BeginFirst(record_.title);
       case Element::kYear:
       case Element::kMedlineDate:
+        // A record has many dates, and one on which it was published.
         if (Parent() == Element::kPubDate) BeginFirst(date_);
         return;
       case Element::kAbstractText:
@@ -168,6 +172,7 @@ class PubmedXmlReader final : public XmlHandler {
     const bool is_major = attributes["MajorTopicYN"] == "Y";
     if (element == Element::kDescriptor || element == Element::kSubstance) {
       size_ += sizeof(Mention);
+      // The record will be left out; its texts are not even looked at any more.
       if (size_ >= kLargestRecord) return;
       Mention& mention = record_.mentions.emplace_back();
       mention.is_heading = element == Element::kDescriptor;
@@ -183,6 +188,7 @@ class PubmedXmlReader final : public XmlHandler {
 
   void BeginParagraph(std::string_view label) {
     if (!record_.text.empty()) record_.text += ' ';
+    // As PubMed shows it, and as MEDLINE layout has it in one text.
     if (!label.empty() && label != "UNLABELLED") {
       AppendFolded(record_.text, label);
       record_.text += ": ";

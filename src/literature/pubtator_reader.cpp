@@ -43,9 +43,11 @@ class PubtatorReader {
   PubtatorReader(LineSource& lines, RecordSink& sink) : lines_(lines), sink_(sink) {}
 
   void TakeLine(std::string_view line) {
+    // Texts have bars behind their number, rows have tabs; texts may hold tabs, and rows bars.
     const std::size_t end = line.find_first_of("|\t");
     if (end == std::string_view::npos) return Tell(problems::kUnknownLine);
     const std::string_view pmid = line.substr(0, end);
+    // Some files have no empty lines between documents.
     if (pmid != record_.pmid) Finish();
     size_ += line.size() + sizeof(Mention);
     if (IsPubtatorText(line)) return TakeText(pmid, line[end + 1], line.substr(end + 3));
@@ -91,6 +93,7 @@ class PubtatorReader {
     }
     Mention mention;
     mention.ids = std::move(found.ids);
+    // Words are a name only where there is nothing better: they are what the author wrote.
     if (mention.ids.empty()) mention.name = words;
     const auto [from, to] = std::pair(OffsetOf(begin), OffsetOf(end));
     if (!from || !to) return Tell(problems::kOutside);
@@ -100,6 +103,7 @@ class PubtatorReader {
   }
 
   void Index() {
+    // Once for all rows, which stand behind both texts.
     if (std::exchange(is_indexed_, true)) return;
     document_ = DocumentText(record_);
     places_.Begin(document_);

@@ -73,6 +73,7 @@ RecordFormat FormatOfXml(std::string_view text) {
 }
 
 RecordFormat FormatOfText(std::string_view text, const fs::path& name) {
+  // The layouts share lines, so the order matters: a tagged text is MEDLINE layout too.
   const std::string_view first = FirstLine(text);
   if (first.starts_with('<')) return FormatOfXml(text);
   if (HasLine(text, "AB  - ") && text.find("<DictTerm") != std::string_view::npos) {
@@ -108,6 +109,7 @@ RecordFormat ReadSource(ByteSource& source, RecordVisitor& visitor, Progress& pr
     ReadAs(format, source, sink);
     if (sink.records() == 0 && format != RecordFormat::kUnknown) sink.Tell(problems::kNoRecords, "");
   } catch (const Error& error) {
+    // Only the file's own faults come here: those of the visitor travel as VisitorFault.
     sink.TellUnreadable(error);
   }
   sink.Finish();
@@ -117,6 +119,7 @@ RecordFormat ReadSource(ByteSource& source, RecordVisitor& visitor, Progress& pr
 }  // namespace
 
 RecordFormat RecognizeFormat(std::string_view first_bytes, const fs::path& name) {
+  // Decoded as a whole, so that a byte order mark is not cut.
   ByteSource head(name, first_bytes, first_bytes.size() + 1);
   return FormatOfText(Utf8Source(head).Next(), name);
 }
@@ -152,6 +155,7 @@ std::vector<fs::path> LiteratureFiles(std::span<const fs::path> names) {
     }
     const auto before = static_cast<std::ptrdiff_t>(files.size());
     for (const fs::directory_entry& entry : fs::directory_iterator(name)) {
+      // What programs of the desktop leave in folders is nobody's literature.
       const bool is_hidden = entry.path().filename().native().starts_with('.');
       if (!is_hidden && entry.is_regular_file()) files.push_back(entry.path());
     }

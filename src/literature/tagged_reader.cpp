@@ -27,6 +27,8 @@ std::string FileBytes(ByteSource& source) {
   for (std::string_view piece = next(); !piece.empty() && bytes.size() <= kLargestRecord; piece = next()) {
     bytes += piece;
   }
+  // The marks are looked for in the bytes, and each text is decoded when it is taken, as the term table has
+  // always done it: a form in the middle of a wrong byte stays what it was.
   if (bytes.starts_with("\xEF\xBB\xBF")) bytes.erase(0, 3);
   return bytes;
 }
@@ -59,6 +61,7 @@ class TaggedReader {
     Append(text, at, end);
     TrimEnd(text);
     Record record = Fields(begin, end, sink);
+    // Offsets were counted in the abstract; the title is known only now.
     for (Mention& mention : mentions) mention.offset += static_cast<std::uint32_t>(record.title.size() + 1);
     record.text = std::move(text);
     record.mentions = std::move(mentions);
@@ -80,6 +83,7 @@ class TaggedReader {
     const std::string decoded = Decoded(mark.words, mark.words_end);
     const std::string_view words = Trimmed(decoded);
     const auto leading = static_cast<std::size_t>(words.data() - decoded.data());
+    // A mark without blanks around it stands close to the words beside it.
     if (!words.empty() && leading > 0) AppendFolded(text, " ");
     Mention mention;
     mention.name = mark.form;
@@ -99,6 +103,7 @@ class TaggedReader {
     for (std::string_view rest = behind; !rest.empty();) {
       const std::string_view line = NextLine(rest);
       if (fields.HasPmid() && MedlineField(line) == "PMID") break;
+      // What is marked counts, and nothing else, or tables would change that people know.
       const bool is_substance = MedlineField(line) == "RN  " || MedlineField(line) == "NM  ";
       if (!is_substance) fields.TakeLine(line);
     }
