@@ -35,7 +35,7 @@ class RowMaker {
   explicit RowMaker(std::size_t terms) : terms_(static_cast<double>(terms)) {}
   const std::vector<std::uint32_t>& Next() {
     row_.clear();
-    for (std::uint32_t count = 20 + random_() % 21; count > 0; --count) {
+    for (auto count = 20 + random_() % 21; count > 0; --count) {
       row_.push_back(static_cast<std::uint32_t>(terms_ * std::pow(chance_(random_), 3.0)));
     }
     return row_;
