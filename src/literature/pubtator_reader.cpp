@@ -74,9 +74,9 @@ class PubtatorReader {
 
   void TakeText(std::string_view pmid, char part, std::string_view text) {
     bool& has_part = part == 't' ? has_title_ : has_text_;
-    if (std::exchange(has_part, true)) return Tell(problems::kUnknownLine);
+    // Behind a row it would move the places of the marks before it.
+    if (is_indexed_ || std::exchange(has_part, true)) return Tell(problems::kUnknownLine);
     record_.pmid = pmid;
-    is_indexed_ = false;
     // As they stand, blanks at the ends too: offsets count them.
     if (size_ < kLargestRecord) (part == 't' ? record_.title : record_.text) = text;
   }

@@ -94,7 +94,7 @@ TEST(RecordReading, Pubtator) {
       "12\n1\t10\t14\tText\tDisease\n1\t2\t6\tlead\tGene\t672\n"
       "1\t2\t6\tlead\tX\t-1\n1\t2\t6\t\tX\n"
       "1\t90\t94\tlead\tX\tD007854\n1\t2\t6\tgold\tX\tD007854\n1\tCID\tD007854\tD007854\n"
-      "2\t1\t2\tx\tX\tD000001\n\n\n3|t|\n3|a|B\n3|a|C\n";
+      "2\t1\t2\tx\tX\tD000001\n\n4|a|lead\n4\t1\t5\tlead\tX\tD007854\n4|t|T\n\n3|t|\n3|a|B\n3|a|C\n";
   EXPECT_EQ(
       ToldOf("a.pubtator", bytes),
       (Texts{
@@ -108,7 +108,8 @@ TEST(RecordReading, Pubtator) {
           "relations, which are not read: a.pubtator: line 11",
           "1|\xC3\x84 lead|Text of lead.||0| D007854=lead D007854+C000001+OMIM:12=lead (Text)=Text",
           "lines that belong to no record: a.pubtator: line 12",
-          "lines that belong to no record: a.pubtator: line 17",
+          "lines that belong to no record: a.pubtator: line 16", "4||lead||0| D007854=lead",
+          "lines that belong to no record: a.pubtator: line 20",
           "records with neither headings nor marks: a.pubtator: PMID 3", "3||B||0|"}));
 }
 
