@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <string>
+#include <system_error>
 
 #include "base/error.h"
+#include "base/file.h"
 #include "base/text.h"
 #include "base/utf8_source.h"
 #include "literature/bioc_reader.h"
@@ -146,18 +148,18 @@ RecordFormat ReadRecords(const fs::path& file, RecordVisitor& visitor, Progress&
 std::vector<fs::path> LiteratureFiles(std::span<const fs::path> names) {
   std::vector<fs::path> files;
   for (const fs::path& name : names) {
-    if (!fs::exists(name)) {
+    std::error_code error;
+    if (!fs::exists(name, error)) {
       throw InputError(fmt::format("{}: there is no such file or folder", name.string()));
     }
-    if (!fs::is_directory(name)) {
+    if (!fs::is_directory(name, error)) {
       files.push_back(name);
       continue;
     }
     const auto before = static_cast<std::ptrdiff_t>(files.size());
-    for (const fs::directory_entry& entry : fs::directory_iterator(name)) {
+    for (const std::string& entry : NamesInFolder(name)) {
       // What programs of the desktop leave in folders is nobody's literature.
-      const bool is_hidden = entry.path().filename().native().starts_with('.');
-      if (!is_hidden && entry.is_regular_file()) files.push_back(entry.path());
+      if (!entry.starts_with('.') && fs::is_regular_file(name / entry, error)) files.push_back(name / entry);
     }
     if (files.begin() + before == files.end()) {
       throw InputError(fmt::format("{}: the folder holds no files", name.string()));
