@@ -6,7 +6,7 @@
 #include <array>
 
 #include "base/error.h"
-#include "base/excerpt.h"
+#include "base/shown_text.h"
 #include "base/text.h"
 
 namespace selvane {
@@ -165,7 +165,7 @@ class Translator {
     while (end < sql_.size() && IsNameByte(sql_[end])) ++end;
     const std::string_view word = sql_.substr(at_, end - at_);
     if (word.empty())
-      throw InputError(fmt::format("the SQL text cannot be read at \"{}\"", Excerpt(sql_.substr(at_))));
+      throw InputError(fmt::format("the SQL text cannot be read at \"{}\"", Shortened(sql_.substr(at_))));
     const bool table = ExpectsTable();
     at_ = end;
     const std::string_view keyword = KeywordOf(word);
@@ -222,6 +222,21 @@ std::string SqlDialect::NameText(std::string_view name) {
   std::string text = "[";
   for (const char c : name) text.append(c == ']' ? 2 : 1, c);
   return text + ']';
+}
+
+std::string SqlDialect::ValueText(std::string_view value) {
+  std::string text = "'";
+  for (const char c : value) text.append(c == '\'' ? 2 : 1, c);
+  return text + '\'';
+}
+
+std::string SqlDialect::BeginningText(std::string_view value) {
+  std::string pattern;
+  for (const char c : value) {
+    const bool is_wildcard = c == '*' || c == '?' || c == '#' || c == '[';
+    is_wildcard ? pattern.append({'[', c, ']'}) : pattern.append(1, c);
+  }
+  return ValueText(pattern + '*');
 }
 
 TranslatedSql SqlDialect::Translate(std::string_view sql) {

@@ -30,6 +30,10 @@ class SqlDialect {
   static bool IsPlainName(std::string_view name);
   // The name as it stands in an SQL text: in brackets unless it is plain and no word of the language.
   static std::string NameText(std::string_view name);
+  // The value between single quotes, with those inside it doubled.
+  static std::string ValueText(std::string_view value);
+  // The pattern, between quotes, of the texts that begin with the value, whatever signs it holds.
+  static std::string BeginningText(std::string_view value);
 };
 
 }  // namespace selvane

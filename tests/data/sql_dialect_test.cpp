@@ -35,6 +35,11 @@ TEST(SqlDialect, Translates) {
     for (const Variant& value : translated.values) found += value.ToText() + ";";
     EXPECT_EQ(translated.text + " " + found, std::string(text) + " " + values);
   }
+  const std::string value = "C'1*?#[";
+  const TranslatedSql quoted =
+      SqlDialect::Translate("SELECT a FROM T WHERE b=" + SqlDialect::ValueText(value) + " AND c Like " +
+                            SqlDialect::BeginningText(value));
+  EXPECT_EQ(quoted.values.front().ToText() + " " + quoted.values.back().ToText(), "C'1*?#[ C'1[*][?][#][[]*");
   for (const char* bad : {"SELECT 'a", "SELECT [a", "it's", "SELECT ?"})
     EXPECT_THROW(SqlDialect::Translate(bad), InputError) << bad;
 }
