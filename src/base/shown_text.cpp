@@ -41,10 +41,9 @@ std::string Guarded(std::string_view text) {
   return number && std::isfinite(*number) ? std::string(text) : "'" + std::string(text);
 }
 
-std::string Shortened(std::string_view text) {
-  constexpr std::size_t kMostShown = 120;
-  if (text.size() <= kMostShown) return std::string(text);
-  std::size_t end = kMostShown;
+std::string Shortened(std::string_view text, std::size_t most) {
+  if (text.size() <= most) return std::string(text);
+  std::size_t end = most;
   // A character is not cut in two.
   while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
   return std::string(text.substr(0, end)) + "...";

@@ -2,6 +2,7 @@
 // shows it, nor fill the screen.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -15,7 +16,8 @@ std::string Visible(std::string_view text);
 // =, +, -, @, a tab or a line end and is no number.
 std::string Guarded(std::string_view text);
 
-// The beginning of a text that is too long for a message, with "..." behind it; any other as it is.
-std::string Shortened(std::string_view text);
+// The beginning of a text of more than so many bytes, too long for a message, with "..." behind it; any other
+// as it is.
+std::string Shortened(std::string_view text, std::size_t most = 120);
 
 }  // namespace selvane

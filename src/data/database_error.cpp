@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "base/excerpt.h"
+#include "base/shown_text.h"
 
 namespace selvane {
 
@@ -22,6 +22,6 @@ DatabaseError::DatabaseError(const std::filesystem::path& file, std::string_view
     : Error(Describe(file, reason)),
       file_(file),
       reason_(reason),
-      statement_(Excerpt(statement, kLongestStatement)) {}
+      statement_(Shortened(statement, kLongestStatement)) {}
 
 }  // namespace selvane

@@ -108,7 +108,8 @@ std::vector<Field> Database::Fields(std::string_view table) const {
 }
 
 long Database::RecordCount(std::string_view table) const {
-  Statement count(connection_, fmt::format("SELECT count(*) FROM {}", DoubleQuoted(table)));
+  // With a condition, as the engine's counting without one cannot be stopped.
+  Statement count(connection_, fmt::format("SELECT count(*) FROM {} WHERE 1", DoubleQuoted(table)));
   count.Step();
   return static_cast<long>(count.ColumnInteger(0));
 }

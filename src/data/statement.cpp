@@ -4,8 +4,9 @@
 
 #include <new>
 #include <system_error>
+#include <utility>
 
-#include "base/excerpt.h"
+#include "base/shown_text.h"
 #include "data/database_error.h"
 
 namespace selvane {
@@ -64,14 +65,14 @@ std::string ReasonOfConstraint(std::string_view words) {
   constexpr std::string_view kFailed = "failed: ";
   const std::size_t found = words.find(kFailed);
   const std::string column =
-      found == std::string_view::npos ? "" : " for " + Excerpt(words.substr(found + kFailed.size()));
+      found == std::string_view::npos ? "" : " for " + Shortened(words.substr(found + kFailed.size()));
   return "a value" + column + " is too long, out of range or there already; correct it and try again";
 }
 
 // What is wrong and what to do about it. The engine's own words stay for what a user cannot do anything
 // about.
 std::string ReasonOf(sqlite3* connection) {
-  const std::string words = Excerpt(sqlite3_errmsg(connection));
+  const std::string words = Shortened(sqlite3_errmsg(connection));
   switch (sqlite3_errcode(connection) & 0xFF) {
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
@@ -83,6 +84,10 @@ std::string ReasonOf(sqlite3* connection) {
     case SQLITE_FULL:
       return "the disk is full; make room and try again";
     case SQLITE_READONLY:
+      if (sqlite3_extended_errcode(connection) == SQLITE_READONLY_ROLLBACK) {
+        return "a program was stopped while it changed the file; let somebody open it once who may write to "
+               "it";
+      }
       return "the file or its folder is write-protected; copy the file to a folder of your own";
     case SQLITE_CANTOPEN:
       return "the file, or the journal beside it, cannot be opened" + SystemWords(connection) +
@@ -104,7 +109,8 @@ std::string ReasonOf(sqlite3* connection) {
 
 }  // namespace
 
-void Connection::Fail(std::string_view statement) const {
+void Connection::Fail(std::string_view statement) {
+  if (stopped_by) std::rethrow_exception(std::exchange(stopped_by, nullptr));
   const int code = sqlite3_extended_errcode(handle.get());
   if (code == SQLITE_IOERR_NOMEM || (code & 0xFF) == SQLITE_NOMEM) throw std::bad_alloc();
   throw DatabaseError(path, ReasonOf(handle.get()), statement);

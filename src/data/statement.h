@@ -1,6 +1,8 @@
 // Compiled statements and the cache that keeps them. Used by this folder only.
 #pragma once
 
+#include <chrono>
+#include <exception>
 #include <filesystem>
 #include <list>
 #include <memory>
@@ -8,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/progress.h"
 #include "base/text.h"
 #include "data/variant.h"
 
@@ -49,10 +52,15 @@ struct Connection {
   std::filesystem::path path;
   ConnectionHandle handle;
   StatementCache cache;
+  // Of the innermost PulseScope: whom to ask, when that was done last, and what it threw in answer.
+  Progress* progress = nullptr;
+  std::chrono::steady_clock::time_point last_pulse;
+  std::exception_ptr stopped_by;
 
   ~Connection() { cache.Clear(); }
-  // Throws DatabaseError for the engine's latest failure; std::bad_alloc when it had no memory.
-  [[noreturn]] void Fail(std::string_view statement) const;
+  // Throws what a Progress has stopped a statement by, or else DatabaseError for the engine's latest failure;
+  // std::bad_alloc when it had no memory.
+  [[noreturn]] void Fail(std::string_view statement);
   // Runs SQL of the engine's own dialect, any number of statements. Throws DatabaseError.
   void Run(const char* sql) { Run(sql, sql); }
   // The same with another text, or none, for the message: what the user did not ask for is not shown.

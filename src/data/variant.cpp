@@ -6,7 +6,7 @@
 #include <limits>
 
 #include "base/error.h"
-#include "base/excerpt.h"
+#include "base/shown_text.h"
 #include "base/text.h"
 
 namespace selvane {
@@ -28,11 +28,11 @@ std::int64_t Variant::ToInteger(std::int64_t lowest, std::int64_t greatest) cons
                                        : AsReal() != nullptr
                                            ? std::optional<double>(*AsReal())
                                            : std::optional<double>(static_cast<double>(*AsInteger()));
-  if (!parsed) throw InputError(fmt::format("the value \"{}\" is not a number", Excerpt(ToText())));
+  if (!parsed) throw InputError(fmt::format("the value \"{}\" is not a number", Shortened(ToText())));
   const double rounded = std::nearbyint(*parsed);
   // Written so that not-a-number is outside too.
   if (!(rounded >= static_cast<double>(lowest) && rounded <= static_cast<double>(greatest))) {
-    throw InputError(fmt::format("the value {} is outside {}..{}", Excerpt(ToText()), lowest, greatest));
+    throw InputError(fmt::format("the value {} is outside {}..{}", Shortened(ToText()), lowest, greatest));
   }
   return static_cast<std::int64_t>(rounded);
 }
@@ -52,7 +52,7 @@ float Variant::ToSingle() const {
   if (const auto* integer = AsInteger()) return static_cast<float>(*integer);
   if (const auto* real = AsReal()) return static_cast<float>(*real);
   const std::optional<double> parsed = NumberOf(*AsText());
-  if (!parsed) throw InputError(fmt::format("the value \"{}\" is not a number", Excerpt(*AsText())));
+  if (!parsed) throw InputError(fmt::format("the value \"{}\" is not a number", Shortened(*AsText())));
   return static_cast<float>(*parsed);
 }
 

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "base/excerpt.h"
 #include "base/shown_text.h"
 
 namespace selvane::tests {
@@ -61,8 +60,6 @@ TEST(Text, ListsNameThirtyAndCountTheRest) {
   EXPECT_EQ(listed(30).size(), 30 * 6 - 2U);
   EXPECT_EQ(listed(31), listed(30) + " and 1 more");
   EXPECT_EQ(listed(32), listed(30) + " and 2 more");
-  EXPECT_EQ(Excerpt("a\xC3\xB6z", 4), "a\xC3\xB6z");
-  EXPECT_EQ(Excerpt("a\xC3\xB6z", 2), "a... (4 bytes)");  // no half of a character
 }
 
 TEST(Text, NumbersAreReadWithEitherSignAndWrittenWithTheUsers) {
