@@ -60,21 +60,36 @@ std::shared_ptr<LockedConnection> Connect(const std::filesystem::path& path, int
   return connection;
 }
 
-// Takes the whole file for this connection until it is closed. The engine's own lock keeps out every program;
-// on a file that it cannot write to it has none, and a lock of ours keeps out our own.
+// On a file that cannot be written to, the engine's lock keeps nobody out; this one keeps out our own
+// programs.
+void LockReadOnlyFile(LockedConnection& connection, int kind) {
+  if (sqlite3_db_readonly(connection.handle.get(), "main") == 0) return;
+  connection.read_only_lock =
+      FileDescriptor(::open(PlainName(connection.path).c_str(), O_RDONLY | O_CLOEXEC));
+  if (connection.read_only_lock.IsOpen() && ::flock(connection.read_only_lock.get(), kind | LOCK_NB) != 0) {
+    throw DatabaseError(connection.path,
+                        "the file is open elsewhere; close the other program or window and try again");
+  }
+}
+
+// Takes the whole file for this connection until it is closed.
 void LockWholeFile(LockedConnection& connection) {
   connection.Run("PRAGMA locking_mode=EXCLUSIVE; PRAGMA cache_size=-65536;", {});
   connection.Run("SELECT count(*) FROM sqlite_schema", {});
   if (sqlite3_db_readonly(connection.handle.get(), "main") == 0) {
     connection.Run("BEGIN EXCLUSIVE; COMMIT;", {});
-    return;
   }
-  connection.read_only_lock = FileDescriptor(::open(connection.path.c_str(), O_RDONLY | O_CLOEXEC));
-  if (connection.read_only_lock.IsOpen() &&
-      ::flock(connection.read_only_lock.get(), LOCK_EX | LOCK_NB) != 0) {
-    throw DatabaseError(connection.path,
-                        "the file is open elsewhere; close the other program or window and try again");
-  }
+  LockReadOnlyFile(connection, LOCK_EX);
+}
+
+// Keeps writers out until the connection is closed: its one transaction reads, and never ends before.
+void LockToRead(LockedConnection& connection) {
+  // Somebody may be looking whether the file is free, or another reader be undoing what a crash has left.
+  constexpr int kPatience = 500;  // milliseconds
+  sqlite3_busy_timeout(connection.handle.get(), kPatience);
+  connection.Run("PRAGMA cache_size=-65536; PRAGMA query_only=ON; BEGIN;", {});
+  connection.Run("SELECT count(*) FROM sqlite_schema", {});
+  LockReadOnlyFile(connection, LOCK_SH);
 }
 
 bool IsEmptyFile(const std::filesystem::path& path) {
@@ -133,7 +148,12 @@ Database Database::Open(const std::filesystem::path& path, OpenMode mode) {
   if (std::filesystem::file_size(path, ignored) == 0) {
     throw DatabaseError(path, "the file is empty, so it is not a database; choose another one");
   }
+  // Also to read, as what a crash has left in a journal has to be undone first.
   auto connection = Connect(path, SQLITE_OPEN_READWRITE);
+  if (mode == OpenMode::kShared) {
+    LockToRead(*connection);
+    return Database(std::move(connection));
+  }
   LockWholeFile(*connection);
   if (mode == OpenMode::kReadOnly) {
     connection->Run("PRAGMA query_only=ON");

@@ -19,12 +19,14 @@ class Statement;
 struct Connection;
 struct TranslatedSql;
 
-enum class OpenMode { kReadOnly, kWritable };
+// kShared: to read, beside others that read. The other modes have the file to themselves.
+enum class OpenMode { kReadOnly, kWritable, kShared };
 
 // The locale text of every file that the system creates: general sort order, code page 1252.
 inline constexpr std::string_view kGeneralLocale = ";LANGID=0x0409;CP=1252;COUNTRY=0";
 
-// An open database file. While it is open no other opener, in this process or another, can open the file.
+// An open database file. While it is open no other opener, in this process or another, can open the file, but
+// that those who share it can be many.
 // Every operation throws DatabaseError when it fails, with what was complete before left in the file.
 class Database {
  public:

@@ -5,6 +5,7 @@
 
 #include "base/file.h"
 #include "data/new_database.h"
+#include "data/pulse_scope.h"
 #include "data/recordset.h"
 #include "data/statement.h"
 #include "support/test_support.h"
@@ -88,10 +89,54 @@ TEST_F(DatabaseTest, WriteProtectedFileIsOpenedOnceAndToReadOnly) {
   {
     const Database holder = Database::Open("p.mdb", OpenMode::kReadOnly);
     EXPECT_EQ(holder.RecordCount("T"), 0);
-    for (const OpenMode mode : {OpenMode::kReadOnly, OpenMode::kWritable}) refused(mode, "open elsewhere");
+    for (const OpenMode mode : {OpenMode::kReadOnly, OpenMode::kWritable, OpenMode::kShared})
+      refused(mode, "open elsewhere");
   }
   refused(OpenMode::kWritable, "write-protected");
+  {
+    const Database one = Database::Open("p.mdb", OpenMode::kShared);
+    EXPECT_EQ(Database::Open("p.mdb", OpenMode::kShared).RecordCount("T"), 0);
+    refused(OpenMode::kReadOnly, "open elsewhere");
+  }
   EXPECT_NO_THROW(Database::Open("p.mdb", OpenMode::kReadOnly));
+}
+
+TEST_F(DatabaseTest, ThoseWhoShareKeepOutAllOthers) {
+  { WithTable("s.mdb"); }
+  const auto refused = [](OpenMode mode) {
+    ExpectFault<DatabaseError>("s.mdb: the file is open elsewhere",
+                               [mode] { Database::Open("s.mdb", mode); });
+  };
+  {
+    Database one = Database::Open("s.mdb", OpenMode::kShared);
+    { const Database other = Database::Open("s.mdb", OpenMode::kShared); }
+    EXPECT_THROW(one.Execute("insert into T (Small) values(1)"), DatabaseError);
+    for (const OpenMode mode : {OpenMode::kReadOnly, OpenMode::kWritable}) refused(mode);
+  }
+  const Database writer = Database::Open("s.mdb", OpenMode::kWritable);
+  refused(OpenMode::kShared);
+}
+
+TEST_F(DatabaseTest, StatementIsStoppedByPulse) {
+  Database database = WithTable("a.mdb");
+  for (int i = 0; i < 100; ++i) database.Execute("insert into T (Small) values(1)");
+  const std::string endless = " FROM T a,T b,T c,T d,T e,T f,T g,T h";
+  RecordingProgress stopping;
+  stopping.interrupt_at = 1;
+  {
+    const PulseScope scope(database, stopping);
+    EXPECT_THROW(database.OpenRecordset("SELECT count(*)" + endless), Interrupted);
+    stopping.interrupt_at = stopping.pulses;
+    EXPECT_THROW(database.Execute("insert into T (Small) SELECT 1" + endless), Interrupted);
+    EXPECT_EQ(database.RecordCount("T"), 100);  // undone, and usable
+    RecordingProgress inner;
+    { const PulseScope inside(database, inner); }
+    stopping.interrupt_at = stopping.pulses;
+    EXPECT_THROW(database.RecordCount("T] a,[T"), DatabaseError);
+    EXPECT_THROW(database.OpenRecordset("SELECT count(*)" + endless), Interrupted);
+    EXPECT_EQ(inner.pulses, 0);
+  }
+  EXPECT_EQ(Rows(database, "SELECT count(*) FROM T a,T b,T c"), Texts{"1000000"});
 }
 
 TEST_F(DatabaseTest, StatementsAreCompiledOnce) {
