@@ -17,9 +17,9 @@ Database& TransactionSource::database() const {
   return *database_;
 }
 
-void TransactionSource::Open(const std::filesystem::path& path) {
+void TransactionSource::Open(const std::filesystem::path& path, OpenMode mode) {
   Close();
-  database_.emplace(Database::Open(path, OpenMode::kReadOnly));
+  database_.emplace(Database::Open(path, mode));
   file_name_ = path;
 }
 
@@ -103,7 +103,7 @@ bool TransactionSource::OpenReader(std::string_view table, RowValues& row) {
     if (!set_rows_->Next(row)) throw DatabaseError(file_name_, "there is no current row");
     return true;
   }
-  cursor_.emplace(database().OpenRecordset(fmt::format("SELECT * from {}", table)));
+  cursor_.emplace(database().OpenRecordset("SELECT * from " + SqlDialect::NameText(table)));
   cursor_->Int16Row(row);
   return true;
 }
@@ -159,8 +159,8 @@ void TransactionSource::ReadAhead(int first) const {
   std::vector<std::vector<std::uint16_t>> ids(is_text.size());
   try {
     std::vector<std::size_t> places;
-    for (Recordset rows = database().OpenRecordset(sql + " from " + ahead_.table); !rows.AtEnd();
-         rows.MoveNext()) {
+    for (Recordset rows = database().OpenRecordset(sql + " from " + SqlDialect::NameText(ahead_.table));
+         !rows.AtEnd(); rows.MoveNext()) {
       rows.FindOnes(is_text, places);
       if (places.empty()) continue;
       const auto id = static_cast<std::uint16_t>(rows.Int16(0));
@@ -218,8 +218,8 @@ void TransactionSource::ItemRowIds(std::string_view table, int position, std::ve
     ids.assign(known.begin(), known.end());
     return;
   }
-  Recordset rows = database().OpenRecordset(
-      fmt::format("select Index from {} where {} = {}", table, Bracketed(field), OneOf(field)));
+  Recordset rows = database().OpenRecordset(fmt::format(
+      "select Index from {} where {} = {}", SqlDialect::NameText(table), Bracketed(field), OneOf(field)));
   for (; !rows.AtEnd(); rows.MoveNext()) ids.push_back(static_cast<std::uint16_t>(rows.Int16(0)));
 }
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "data/database.h"
+#include "data/pulse_scope.h"
 #include "data/recordset.h"
 #include "data/set_table.h"
 
@@ -21,13 +22,15 @@ namespace selvane {
 // 32 bits.
 using RowValues = std::vector<std::uint32_t>;
 
-// A term database, opened exclusively and read-only, with one reader at a time. Its tables have either of two
-// forms, which are read alike: a row for each abstract, or a set of rows for each term. Columns are counted
-// from 0; column 0 is the row id and never an item. Failures are DatabaseErrors unless another error is
-// named.
+// A term database, opened read-only and, where nothing else is asked for, exclusively, with one reader at a
+// time. Its tables have either of two forms, which are read alike: a row for each abstract, or a set of rows
+// for each term. Columns are counted from 0; column 0 is the row id and never an item. Failures are
+// DatabaseErrors unless another error is named.
 class TransactionSource {
  public:
-  void Open(const std::filesystem::path& path);
+  void Open(const std::filesystem::path& path, OpenMode mode = OpenMode::kReadOnly);
+  // Lets this work be stopped while the engine is busy.
+  PulseScope PulseDuring(Progress& progress) const { return {database(), progress}; }
   bool IsOpen() const { return database_.has_value(); }
   const std::filesystem::path& file_name() const { return file_name_; }
 

@@ -39,8 +39,8 @@ bool HasAllTaxonomies(const TaxonomyStore& taxonomy, std::span<const std::string
 MissingTaxonomies::MissingTaxonomies(std::span<const std::string> used) : InputError(MissingText(used)) {}
 
 RulesInfo OpenRulesForFiltering(RulesStore& store, const TaxonomyStore& taxonomy,
-                                const std::filesystem::path& path) {
-  store.OpenRulesDatabase(path);
+                                const std::filesystem::path& path, OpenMode mode) {
+  store.OpenRulesDatabase(path, mode);
   RulesInfo info = ReadInfoOf(store);
   // All are named, as it is the set that tells which taxonomy database is the right one.
   if (!HasAllTaxonomies(taxonomy, info.taxonomies)) throw MissingTaxonomies(info.taxonomies);
@@ -68,9 +68,10 @@ std::string FindTermTable(const TransactionSource& source, const RulesInfo& info
 }
 
 ItemRegistry ReadTermTable(const std::filesystem::path& path, const RulesInfo& info,
-                           const TaxonomyStore& taxonomy, Progress& progress) {
+                           const TaxonomyStore& taxonomy, Progress& progress, OpenMode mode) {
   TransactionSource source;
-  source.Open(path);
+  source.Open(path, mode);
+  const PulseScope pulse = source.PulseDuring(progress);
   const std::string table = FindTermTable(source, info);
   std::vector<std::string> item_names;
   source.ListItemFields(table, item_names);

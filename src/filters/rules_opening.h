@@ -25,7 +25,7 @@ class MissingTaxonomies : public InputError {
 // it names, as far as the file can hold the names. Throws DatabaseError, FileError, EndOfProgram when the
 // file is not named *.mdb, and MissingTaxonomies; the database stays open then.
 RulesInfo OpenRulesForFiltering(RulesStore& store, const TaxonomyStore& taxonomy,
-                                const std::filesystem::path& path);
+                                const std::filesystem::path& path, OpenMode mode = OpenMode::kWritable);
 
 // Whether the rules were made of the terms and of all that is above them.
 bool WasGeneralized(const RulesInfo& info);
@@ -36,6 +36,7 @@ std::string FindTermTable(const TransactionSource& source, const RulesInfo& info
 // The items of the rows that the rules were made of: reads the table that `info` names out of a term
 // database. Throws DatabaseError, Interrupted, and InputError when the database has no such table.
 ItemRegistry ReadTermTable(const std::filesystem::path& path, const RulesInfo& info,
-                           const TaxonomyStore& taxonomy, Progress& progress);
+                           const TaxonomyStore& taxonomy, Progress& progress,
+                           OpenMode mode = OpenMode::kReadOnly);
 
 }  // namespace selvane

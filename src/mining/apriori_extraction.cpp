@@ -55,6 +55,8 @@ std::vector<NewFile*> FilesOf(const std::unique_ptr<NewFile>& copy) {
 
 AprioriReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, ItemsetFileHold& hold,
                            const AprioriRequest& request, const ExtractionHooks& hooks, Progress& progress) {
+  const PulseScope source_pulse = source.PulseDuring(progress);
+  const PulseScope taxonomy_pulse = taxonomy.PulseDuring(progress);
   CheckRequest(source, request.run);
   AprioriReport report;
   const StageTimer check_timer;

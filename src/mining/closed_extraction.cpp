@@ -87,6 +87,8 @@ std::vector<NewFile*> AllOf(ClosedResultFiles& files, NewFile* copy) {
 ClosedReport ExtractClosedRules(const TransactionSource& source, const TaxonomyStore& taxonomy,
                                 const ItemsetFileHold& hold, const ClosedRequest& request,
                                 const ExtractionHooks& hooks, Progress& progress) {
+  const PulseScope source_pulse = source.PulseDuring(progress);
+  const PulseScope taxonomy_pulse = taxonomy.PulseDuring(progress);
   CheckRequest(source, request.run);
   std::vector<fs::path> others = {source.file_name(), taxonomy.path(), request.run.itemset_copy};
   CheckNames(source.file_name(), taxonomy.path(), request.run.itemset_copy);

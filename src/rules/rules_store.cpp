@@ -57,9 +57,9 @@ void RulesStore::CreateRulesDatabase(const std::filesystem::path& path, std::str
   database_->CreateQuery("SQLstatement");
 }
 
-void RulesStore::OpenRulesDatabase(const std::filesystem::path& path) {
+void RulesStore::OpenRulesDatabase(const std::filesystem::path& path, OpenMode mode) {
   Close();
-  database_.emplace(Database::Open(path, OpenMode::kWritable));
+  database_.emplace(Database::Open(path, mode));
 }
 
 void RulesStore::Close() {
@@ -189,6 +189,7 @@ void RulesStore::WalkRules(std::vector<Rule>& rules, Progress& progress) const {
 }
 
 std::vector<Rule> RulesStore::LoadRules(Progress& progress) const {
+  const PulseScope pulse = PulseDuring(progress);
   std::vector<Rule> rules(static_cast<std::size_t>(CountRules()));
   progress.SetRange(0, static_cast<int>(rules.size()));
   progress.SetPosition(0);

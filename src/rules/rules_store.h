@@ -12,6 +12,7 @@
 
 #include "base/progress.h"
 #include "data/database.h"
+#include "data/pulse_scope.h"
 #include "rules/rule.h"
 #include "rules/rule_batch.h"
 
@@ -36,7 +37,9 @@ class RulesStore {
  public:
   // Makes a new database with one empty rules table. Sets no table name.
   void CreateRulesDatabase(const std::filesystem::path& path, std::string_view table);
-  void OpenRulesDatabase(const std::filesystem::path& path);
+  void OpenRulesDatabase(const std::filesystem::path& path, OpenMode mode = OpenMode::kWritable);
+  // Lets this work be stopped while the engine is busy.
+  PulseScope PulseDuring(Progress& progress) const { return {database(), progress}; }
   // Frees the file.
   void Close();
 

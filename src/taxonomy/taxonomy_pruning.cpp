@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include "data/recordset.h"
+#include "data/sql_dialect.h"
 #include "taxonomy/position_code.h"
 #include "taxonomy/taxonomy_schema.h"
 #include "taxonomy/taxonomy_store.h"
@@ -13,7 +14,8 @@ namespace selvane {
 void TaxonomyStore::PruneUpward(NodeNumber number) {
   const std::optional<TaxonomyNode> node = working().FindNode(number);
   if (!node) return;
-  database_.Execute(fmt::format("DELETE * FROM Taxonomy WHERE instr('{}', FatherId) > 0", node->code));
+  database_.Execute(
+      fmt::format("DELETE * FROM Taxonomy WHERE instr({}, FatherId) > 0", SqlDialect::ValueText(node->code)));
   database_.Execute(fmt::format("DELETE * FROM Taxonomy WHERE Index='{}'", number));
 }
 
@@ -21,7 +23,8 @@ void TaxonomyStore::PruneUpward(NodeNumber number) {
 void TaxonomyStore::ForgetSon(const TaxonomyNode& node) {
   // A category is looked up as its own parent: it has none, and its row goes anyway.
   const std::string parent(node.code.size() > 1 ? ParentCode(node.code) : std::string_view(node.code));
-  Recordset row = database_.OpenEditable("SELECT * FROM Taxonomy WHERE FatherId='" + parent + "'");
+  Recordset row =
+      database_.OpenEditable("SELECT * FROM Taxonomy WHERE FatherId=" + SqlDialect::ValueText(parent));
   if (row.AtEnd() || row.FieldCount() <= kFirstSonField) return;
   row.Edit();
   for (int field = kFirstSonField; field < row.FieldCount(); ++field) {
@@ -34,11 +37,13 @@ void TaxonomyStore::PruneDownward(NodeNumber number) {
   const std::optional<TaxonomyNode> node = working().FindNode(number);
   if (!node) return;
   ForgetSon(*node);
-  database_.Execute(fmt::format("DELETE * FROM Taxonomy WHERE instr(FatherId, '{}') > 0", node->code));
+  database_.Execute(
+      fmt::format("DELETE * FROM Taxonomy WHERE instr(FatherId, {}) > 0", SqlDialect::ValueText(node->code)));
 }
 
 long TaxonomyStore::Prune(std::span<const NodeNumber> upward, std::span<const NodeNumber> downward,
                           Progress& progress) {
+  const PulseScope pulse = PulseDuring(progress);
   progress.SetStatus("Deleting selected taxonomies...");
   progress.SetRange(0, static_cast<int>(upward.size() + downward.size()));
   progress.SetStep(1);

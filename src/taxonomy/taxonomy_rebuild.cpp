@@ -5,7 +5,9 @@
 
 #include "base/text.h"
 #include "data/bulk_insert.h"
+#include "data/database_error.h"
 #include "data/recordset.h"
+#include "data/sql_dialect.h"
 #include "taxonomy/taxonomy_schema.h"
 #include "taxonomy/taxonomy_store.h"
 
@@ -44,8 +46,8 @@ class RowCopier {
     std::string columns;
     std::string values;
     for (int i = 0; i < row.FieldCount() && !row.Text(i).empty(); ++i) {
-      columns += (columns.empty() ? "" : ",") + names_[static_cast<std::size_t>(i)];
-      values += fmt::format("{}'{}'", values.empty() ? "" : ",", row.Text(i));
+      columns += (columns.empty() ? "" : ",") + SqlDialect::NameText(names_[static_cast<std::size_t>(i)]);
+      values += (values.empty() ? "" : ",") + SqlDialect::ValueText(row.Text(i));
     }
     return fmt::format("INSERT INTO Taxonomy ({}) values({})", columns, values);
   }
@@ -59,8 +61,15 @@ class RowCopier {
 }  // namespace
 
 void TaxonomyStore::Rebuild(Progress& progress) {
+  const PulseScope pulse = PulseDuring(progress);
   LargestIndex();
   const auto count = static_cast<std::uint64_t>(database_.RecordCount("Source"));
+  if (count == 0) {
+    throw DatabaseError(
+        database_.path(),
+        "the table Source is empty, so there is nothing to restore, and Taxonomy was left as it "
+        "is; load the taxonomy file again");
+  }
   HundredthSteps steps(progress, count);
   Transaction transaction(database_);
   // Making the indexes afterwards is faster than keeping them up to date row by row.
@@ -81,6 +90,7 @@ void TaxonomyStore::Rebuild(Progress& progress) {
 }
 
 void TaxonomyStore::CopyWholeSource(Progress& progress) {
+  const PulseScope pulse = PulseDuring(progress);
   LargestIndex();
   HundredthSteps steps(progress, 1);
   Transaction transaction(database_);
@@ -106,10 +116,10 @@ void TaxonomyStore::RestoreTerm(std::string_view term) {
   BulkInsert insert = database_.OpenBulkInsert("Taxonomy", names);
   for (const std::string& code : codes) {
     // What is still there goes and comes again, so that nothing is there twice and all stands in one order.
-    database_.Execute("DELETE * FROM Taxonomy WHERE FatherId Like '" + code + "*'");
+    const std::string begins = "FatherId Like " + SqlDialect::BeginningText(code);
+    database_.Execute("DELETE * FROM Taxonomy WHERE " + begins);
     // In the order of the table: mining registers nodes in the order of their rows.
-    Recordset rows =
-        database_.OpenRecordset("SELECT * FROM Source WHERE FatherId Like '" + code + "*' ORDER BY rowid");
+    Recordset rows = database_.OpenRecordset("SELECT * FROM Source WHERE " + begins + " ORDER BY rowid");
     for (; !rows.AtEnd(); rows.MoveNext()) {
       for (int i = 0; i < rows.FieldCount(); ++i) insert.Set(i, rows.Text(i));
       insert.Insert();

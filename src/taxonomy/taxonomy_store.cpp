@@ -26,8 +26,8 @@ void TaxonomyStore::Create(const std::filesystem::path& path, int son_columns) {
   transaction.Commit();
 }
 
-TaxonomyStore::TaxonomyStore(const std::filesystem::path& path)
-    : database_(Database::Open(path, OpenMode::kWritable)) {
+TaxonomyStore::TaxonomyStore(const std::filesystem::path& path, OpenMode mode)
+    : database_(Database::Open(path, mode)) {
   // Any database opens. Told here, the user hears which file is wrong and not which statement failed.
   for (const char* table : {"Taxonomy", "Source"}) {
     if (database_.HasTable(table)) continue;

@@ -13,6 +13,7 @@
 
 #include "base/progress.h"
 #include "data/database.h"
+#include "data/pulse_scope.h"
 #include "data/transaction_source.h"
 #include "taxonomy/heading_tables.h"
 #include "taxonomy/ornex_table.h"
@@ -23,10 +24,10 @@ namespace selvane {
 // The ids of the rows that hold an item, each once, in the order in which they were met.
 using TidList = std::vector<std::uint32_t>;
 
-// A taxonomy database, opened exclusively and writable. A node is a row of `Taxonomy`: its number, its
-// position code (the column `FatherId`, in spite of its name) and its term (the column `Canonical`). `Source`
-// holds the taxonomy as it was loaded, `Taxonomy` what pruning has left of it. One term may stand at several
-// positions.
+// A taxonomy database, opened exclusively and writable where nothing else is asked for. A node is a row of
+// `Taxonomy`: its number, its position code (the column `FatherId`, in spite of its name) and its term (the
+// column `Canonical`). `Source` holds the taxonomy as it was loaded, `Taxonomy` what pruning has left of it.
+// One term may stand at several positions.
 //
 // Single quotes in texts become blanks before any lookup. Every failure is a DatabaseError.
 class TaxonomyStore {
@@ -34,7 +35,9 @@ class TaxonomyStore {
   // Makes a new, empty taxonomy database, with room for this many children a node, and closes it.
   static void Create(const std::filesystem::path& path, int son_columns = 0);
   // Opens an existing one.
-  explicit TaxonomyStore(const std::filesystem::path& path);
+  explicit TaxonomyStore(const std::filesystem::path& path, OpenMode mode = OpenMode::kWritable);
+  // Lets this work be stopped while the engine is busy.
+  PulseScope PulseDuring(Progress& progress) const { return {database_, progress}; }
 
   // The greatest number in `Taxonomy` when the store was opened, 0 for an empty table.
   NodeNumber LargestIndex() const;
@@ -77,7 +80,8 @@ class TaxonomyStore {
   // last capital A: the last AND goes and its two blanks stay. Unknown nodes are left out.
   void Render(std::span<const NodeNumber> nodes, std::string& text) const;
 
-  // Empties `Taxonomy` and fills it from `Source`, each row up to its first empty value.
+  // Empties `Taxonomy` and fills it from `Source`, each row up to its first empty value. Fails where `Source`
+  // is empty, as nothing would be left.
   void Rebuild(Progress& progress);
   // The same in one statement, for a `Source` in which no row has a value behind an empty one.
   void CopyWholeSource(Progress& progress);

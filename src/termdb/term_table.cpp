@@ -75,6 +75,7 @@ NoTerms::NoTerms()
 
 TermCollection CollectTerms(const TaxonomyStore& taxonomy, std::span<const fs::path> files,
                             const SkippedFile& skipped, Progress& progress) {
+  const PulseScope pulse = taxonomy.PulseDuring(progress);
   TermCollection collection;
   AcceptedTerms accepted(taxonomy);
   HundredthSteps steps(progress, files.size());

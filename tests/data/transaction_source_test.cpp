@@ -15,6 +15,7 @@ class TransactionSourceTest : public FolderTest {
         CREATE VIEW v AS SELECT 1 x; CREATE VIRTUAL TABLE w USING fts5(t); CREATE TABLE sys_Queries(n, s);
         CREATE TABLE 'only ids'("Index" SMALLINT);
         CREATE TABLE empty("Index" SMALLINT, a SMALLINT);
+        CREATE TABLE "Order"("Index" SMALLINT, a SMALLINT); INSERT INTO "Order" VALUES (6, 1);
         CREATE TABLE ids("Index" SMALLINT); INSERT INTO ids VALUES (5);
         CREATE TABLE made("Index" SMALLINT, a SMALLINT, b SMALLINT GENERATED ALWAYS AS (a + 1));
         CREATE TABLE Cases("INDEX" SMALLINT, "COUGH" SMALLINT); INSERT INTO Cases VALUES (4, 1);
@@ -34,6 +35,8 @@ TEST_F(TransactionSourceTest, ReadsRowsAsSmallNumbers) {
   EXPECT_THROW(source_.NextRow(row), DatabaseError);
   // A reading can be abandoned for a new one.
   source_.OpenReader("first", row);
+  source_.OpenReader("Order", row);  // a word of the language
+  EXPECT_EQ(row, (RowValues{6, 1}));
   source_.OpenReader("ids", row);
   EXPECT_EQ(row, RowValues{5});
   EXPECT_FALSE(source_.NextRow(row));
@@ -42,7 +45,7 @@ TEST_F(TransactionSourceTest, ReadsRowsAsSmallNumbers) {
 TEST_F(TransactionSourceTest, ListsTablesAndItems) {
   Texts names = {"kept"};
   source_.ListTables(names);
-  EXPECT_EQ(names, (Texts{"kept", "first", "only ids", "empty", "ids", "made", "Cases", "bad"}));
+  EXPECT_EQ(names, (Texts{"kept", "first", "only ids", "empty", "Order", "ids", "made", "Cases", "bad"}));
   source_.ListItemFields("first", names);
   EXPECT_EQ(names, (Texts{"Fever [high], acute", "Cough", "Raw", "Any"}));
   source_.ListItemFields("only ids", names);
@@ -63,6 +66,7 @@ TEST_F(TransactionSourceTest, FindsTheRowsOfOneItem) {
   EXPECT_EQ(ask("first", 1), std::pair(std::string("Fever [high], acute"), Ids{3, 9}));
   EXPECT_EQ(ask("first", 2).second, (Ids{3, 9}));  // 01 is another text
   EXPECT_EQ(ask("cASES", 1), std::pair(std::string("COUGH"), Ids{4}));
+  EXPECT_EQ(ask("Order", 1).second, Ids{6});
   for (const int position : {3, 9}) EXPECT_THROW(ask("first", position), DatabaseError);
 }
 
