@@ -40,7 +40,7 @@ struct TermsOptions {
 
 void ListDocuments(const TermsOptions& options, const CliContext& context) {
   TransactionSource source;
-  source.Open(options.database);
+  source.Open(options.database, OpenMode::kShared);
   std::vector<std::string> tables;
   source.ListTables(tables);
   const std::string table = ChooseTable(tables, options.table, options.database);
@@ -71,9 +71,9 @@ struct FoundRule {
 };
 
 FoundRule FindRule(const RuleOptions& options) {
-  const TaxonomyStore taxonomy(options.taxonomy);
+  const TaxonomyStore taxonomy(options.taxonomy, OpenMode::kShared);
   RulesStore store;
-  const RulesInfo info = OpenRulesForFiltering(store, taxonomy, options.database);
+  const RulesInfo info = OpenRulesForFiltering(store, taxonomy, options.database, OpenMode::kShared);
   store.OpenRulesTable(ChooseTable(store.ListRulesTables(), options.table, options.database));
   FoundRule found;
   store.LoadRule(options.rule, found.rule);
@@ -82,7 +82,7 @@ FoundRule FindRule(const RuleOptions& options) {
                                  options.database.string(), store.source_table(), options.rule));
   }
   TransactionSource source;
-  source.Open(options.terms);
+  source.Open(options.terms, OpenMode::kShared);
   found.table = FindTermTable(source, info);
   found.all_rows = source.CountRows(found.table);
   found.rows = RowsOfRule(source, found.table, taxonomy, found.rule.antecedent, found.rule.consequent,

@@ -35,8 +35,13 @@ struct FilterOptions {
 class FilterRun {
  public:
   FilterRun(const FilterOptions& options, const CliContext& context)
-      : taxonomy(options.taxonomy), names(taxonomy), options_(options), context_(context) {
-    info = OpenRulesForFiltering(store_, taxonomy, options.database);
+      : taxonomy(options.taxonomy, OpenMode::kShared),
+        names(taxonomy),
+        pulse_(taxonomy.PulseDuring(context.progress)),
+        options_(options),
+        context_(context) {
+    info = OpenRulesForFiltering(store_, taxonomy, options.database,
+                                 options.save ? OpenMode::kWritable : OpenMode::kShared);
     store_.OpenRulesTable(ChooseTable(store_.ListRulesTables(), options.table, options.database));
     context.progress.SetStatus("Loading rules ....");
     rules = RuleList(store_, context.progress);
@@ -68,6 +73,7 @@ class FilterRun {
   RuleList rules;
 
  private:
+  PulseScope pulse_;
   const FilterOptions& options_;
   const CliContext& context_;
   RulesStore store_;
@@ -237,7 +243,8 @@ void AddClusters(FilterRun& run, const CoverFilter& filter, const CoverFilter::C
 
 void Cover(const CoverOptions& options, const CliContext& context) {
   FilterRun run(options, context);
-  const ItemRegistry items = ReadTermTable(options.terms, run.info, run.taxonomy, context.progress);
+  const ItemRegistry items =
+      ReadTermTable(options.terms, run.info, run.taxonomy, context.progress, OpenMode::kShared);
   CoverFilter filter(run.rules, items);
   const std::vector<CoverFilter::Cover> covers = filter.Run(context.progress);
   std::vector<ListedRule> kept;

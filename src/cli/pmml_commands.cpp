@@ -31,11 +31,12 @@ struct ExportOptions {
 void Export(const ExportOptions& options, const CliContext& context) {
   CheckIsNoInput(options.output, {options.rules, options.taxonomy, RulesInfoPath(options.rules)});
   RulesStore rules;
-  rules.OpenRulesDatabase(options.rules);
+  rules.OpenRulesDatabase(options.rules, OpenMode::kShared);
   const RulesInfo info = ReadInfoOf(rules);
   const std::string table = ChooseTable(rules.ListRulesTables(), options.table, options.rules);
   rules.OpenRulesTable(table);
-  const TaxonomyStore taxonomy(options.taxonomy);
+  const TaxonomyStore taxonomy(options.taxonomy, OpenMode::kShared);
+  const PulseScope pulse = taxonomy.PulseDuring(context.progress);
   const ExistingFile existing = options.overwrite ? ExistingFile::kReplace : ExistingFile::kRefuse;
   if (options.version == PmmlVersion::k44) {
     WritePmml44(rules, ParametersOf(info, table), taxonomy, options.output, existing, context.clock,
@@ -77,7 +78,8 @@ void Import(const ImportOptions& options, const CliContext& context) {
   }
   const PmmlFile file(options.file);
   const PmmlHead head = file.ReadHead(context.progress);
-  const TaxonomyStore taxonomy(options.taxonomy);
+  const TaxonomyStore taxonomy(options.taxonomy, OpenMode::kShared);
+  const PulseScope pulse = taxonomy.PulseDuring(context.progress);
   std::vector<Rule> rules;
   if (options.with_rules) rules = file.ReadRules(taxonomy, context.progress);
   if (options.with_rules && rules.empty() && head.declared_rules > 0) {

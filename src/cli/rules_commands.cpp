@@ -211,7 +211,8 @@ void AddExtract(CLI::App& group, const CliContext& context) {
 
 void List(const fs::path& database, const CliContext& context) {
   RulesStore rules;
-  rules.OpenRulesDatabase(database);
+  rules.OpenRulesDatabase(database, OpenMode::kShared);
+  const PulseScope pulse = rules.PulseDuring(context.progress);
   std::string lines;
   const auto line = [&lines](std::string_view key, const auto& value) {
     fmt::format_to(std::back_inserter(lines), "{}\t{}\n", key, value);
@@ -264,8 +265,9 @@ struct ShowOptions {
 
 void Show(const ShowOptions& options, const CliContext& context) {
   RulesStore store;
-  store.OpenRulesDatabase(options.database);
-  const TaxonomyStore taxonomy(options.taxonomy);
+  store.OpenRulesDatabase(options.database, OpenMode::kShared);
+  const TaxonomyStore taxonomy(options.taxonomy, OpenMode::kShared);
+  const PulseScope pulse = taxonomy.PulseDuring(context.progress);
   store.OpenRulesTable(ChooseTable(store.ListRulesTables(), options.table, options.database));
   context.progress.SetStatus("Loading rules ....");
   const RuleList list(store, context.progress);

@@ -99,7 +99,8 @@ void AddLoad(CLI::App& group, const CliContext& context) {
 
 void List(const fs::path& database, bool source, const std::string& under, int depth,
           const CliContext& context) {
-  const TaxonomyStore store(database);
+  const TaxonomyStore store(database, OpenMode::kShared);
+  const PulseScope pulse = store.PulseDuring(context.progress);
   const TaxonomyTable table = source ? store.source() : store.working();
   std::string code = under;
   if (!under.empty()) {

@@ -33,7 +33,8 @@ void TellOf(std::span<const BuildingNotice> notices, const CliContext& context) 
 
 void Build(const BuildOptions& options, const CliContext& context) {
   const auto start = std::chrono::steady_clock::now();
-  const TaxonomyStore taxonomy(options.taxonomy);
+  const TaxonomyStore taxonomy(options.taxonomy, OpenMode::kShared);
+  const PulseScope pulse = taxonomy.PulseDuring(context.progress);
   const BuildingReport report = BuildTermTable(
       options.request, taxonomy, context.clock,
       [&context](std::span<const BuildingNotice> notices) { TellOf(notices, context); }, context.progress);
@@ -124,7 +125,8 @@ void AddList(CLI::App& group, const CliContext& context) {
   command->footer("Example:\n  selvane-cli terms list terms.mdb");
   command->callback([options, &context] {
     TransactionSource source;
-    source.Open(options->database);
+    source.Open(options->database, OpenMode::kShared);
+    const PulseScope pulse = source.PulseDuring(context.progress);
     std::vector<std::string> tables;
     source.ListTables(tables);
     const std::string table = ChooseTable(tables, options->table, options->database);

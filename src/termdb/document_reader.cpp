@@ -53,7 +53,7 @@ std::vector<std::string> ReadTerms(Database& database) {
 }
 
 Database OpenWithDocuments(const std::filesystem::path& path, std::string_view table) {
-  Database database = Database::Open(path, OpenMode::kReadOnly);
+  Database database = Database::Open(path, OpenMode::kShared);
   const std::optional<std::string> noted = database.FindNote(kDocumentsNote);
   if (!noted) {
     throw InputError(
