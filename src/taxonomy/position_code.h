@@ -11,6 +11,9 @@
 
 namespace selvane {
 
+// The most bytes of a code that is read: those of taxonomy files have 127 characters at most.
+inline constexpr std::size_t kLongestPositionCode = 1000;
+
 // Whether the code is that of a category, the top of a taxonomy: one letter.
 bool IsCategory(std::string_view code);
 // The code of the category that a position belongs to; empty for an empty code.

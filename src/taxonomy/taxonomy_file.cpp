@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "base/byte_source.h"
 #include "base/error.h"
@@ -44,10 +45,20 @@ void CheckLine(const TaxonomyLine& line, std::string_view name, long number) {
   for (const std::string& code : line.codes) CheckWidth(code, "position code", name, number);
 }
 
-// There are few types and fewer categories, so a search from the front is enough.
-void AddDistinct(std::vector<std::string>& list, std::string_view value) {
-  if (std::find(list.begin(), list.end(), value) == list.end()) list.emplace_back(value);
-}
+// Texts in order of appearance, each once. Looked up by hash: a damaged file may have another type in each
+// line.
+class DistinctTexts {
+ public:
+  explicit DistinctTexts(std::vector<std::string>& list) : list_(list) {}
+  // The value must outlive this.
+  void Add(std::string_view value) {
+    if (seen_.insert(value).second) list_.emplace_back(value);
+  }
+
+ private:
+  std::vector<std::string>& list_;
+  std::unordered_set<std::string_view> seen_;
+};
 
 }  // namespace
 
@@ -63,6 +74,8 @@ void CheckTaxonomyFileName(const std::filesystem::path& path) {
 void ParseTaxonomyText(std::string text, std::string_view name, TaxonomyFile& file, Progress& progress) {
   file = TaxonomyFile{};
   file.text = DecodeInput(std::move(text));
+  DistinctTexts types(file.types);
+  DistinctTexts categories(file.categories);
   HundredthSteps steps(progress, file.text.size());
   std::string_view rest = file.text;
   for (long number = 1; !rest.empty(); ++number) {
@@ -95,8 +108,8 @@ void ParseTaxonomyText(std::string text, std::string_view name, TaxonomyFile& fi
     }
     node.codes = PositionCodes(node.tree);
     CheckLine(node, name, number);
-    AddDistinct(file.types, node.type);
-    AddDistinct(file.categories, CategoryOf(node.tree));
+    types.Add(node.type);
+    categories.Add(CategoryOf(node.tree));
     file.lines.push_back(std::move(node));
   }
   // Both lists lose what came last, as they always have; they tell what a file is about and decide nothing.

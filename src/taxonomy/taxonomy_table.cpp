@@ -5,12 +5,24 @@
 #include <algorithm>
 #include <map>
 
+#include "base/shown_text.h"
 #include "base/text.h"
 #include "data/database_error.h"
 #include "data/recordset.h"
 #include "taxonomy/position_code.h"
 
 namespace selvane {
+
+// Work on a code goes by its levels, so one of a damaged file without any bound could take hours.
+std::string TaxonomyTable::CodeAt(const Recordset& row, int field) const {
+  const std::string_view code = row.Text(field);
+  if (code.size() <= kLongestPositionCode) return std::string(code);
+  throw DatabaseError(
+      database_.path(),
+      fmt::format("the table {} holds the position code {} of {} bytes; at most {} are taken. "
+                  "Load the taxonomy file again",
+                  name_, Shortened(code), code.size(), kLongestPositionCode));
+}
 
 // The engine keeps a statement by its text without the values, so each lookup is compiled once. Numbers are
 // looked up as the texts that they are stored as.
@@ -44,7 +56,7 @@ std::vector<std::string> TaxonomyTable::Texts(std::string_view column, std::stri
 std::optional<TaxonomyNode> TaxonomyTable::FindNode(NodeNumber node) const {
   const Recordset rows = Select("FatherId,Canonical", "Index", fmt::format_int(node).c_str());
   if (rows.AtEnd()) return std::nullopt;
-  return TaxonomyNode{node, std::string(rows.Text(0)), std::string(rows.Text(1))};
+  return TaxonomyNode{node, CodeAt(rows, 0), std::string(rows.Text(1))};
 }
 
 std::optional<std::string> TaxonomyTable::FindTerm(NodeNumber node) const {
@@ -58,7 +70,7 @@ std::string TaxonomyTable::PositionOf(NodeNumber node) const {
     throw DatabaseError(database_.path(),
                         fmt::format("the taxonomy has no node {}; restore it and try again", node));
   }
-  return std::string(rows.Text(0));
+  return CodeAt(rows, 0);
 }
 
 std::vector<NodeNumber> TaxonomyTable::NodesOfTerm(std::string_view term) const {
@@ -66,7 +78,11 @@ std::vector<NodeNumber> TaxonomyTable::NodesOfTerm(std::string_view term) const 
 }
 
 std::vector<std::string> TaxonomyTable::PositionsOfTerm(std::string_view term) const {
-  return Texts("FatherId", "Canonical", term);
+  std::vector<std::string> codes;
+  for (Recordset rows = Select("FatherId", "Canonical", term); !rows.AtEnd(); rows.MoveNext()) {
+    codes.push_back(CodeAt(rows, 0));
+  }
+  return codes;
 }
 
 std::vector<NodeNumber> TaxonomyTable::NodesAtPosition(std::string_view code) const {
@@ -101,6 +117,7 @@ void TaxonomyTable::ForEachNode(const VisitNode& visit) const {
   Recordset rows = database_.OpenRecordset(fmt::format("select Index,FatherId,Canonical FROM {} ", name_));
   for (; !rows.AtEnd(); rows.MoveNext()) {
     node.number = rows.Int32(0);
+    if (rows.Text(1).size() > kLongestPositionCode) CodeAt(rows, 1);  // throws
     node.code = rows.Text(1);
     node.term = rows.Text(2);
     visit(node);

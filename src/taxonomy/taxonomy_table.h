@@ -59,6 +59,8 @@ class TaxonomyTable {
  private:
   // The columns of the rows in which a column has a value.
   Recordset Select(std::string_view columns, std::string_view where, std::string_view value) const;
+  // The code in a field of a row. Throws when it is too long to be one.
+  std::string CodeAt(const Recordset& row, int field) const;
   std::vector<NodeNumber> Numbers(std::string_view where, std::string_view value) const;
   std::vector<std::string> Texts(std::string_view column, std::string_view where,
                                  std::string_view value) const;

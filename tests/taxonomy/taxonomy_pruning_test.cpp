@@ -78,4 +78,24 @@ TEST_F(TaxonomyPruningTest, InterruptedPruningAndRestoringChangeNothing) {
   EXPECT_EQ(store.working().Count(), 2);
 }
 
+TEST_F(TaxonomyPruningTest, DamagedTablesLoseNothingAndCostNothing) {
+  SilentProgress progress;
+  LoadText(NodeLine("Diseases", "C") + NodeLine("Fever", "C1") + NodeLine("Cough", "C2"), "tax.mdb");
+  Database::Open("tax.mdb", OpenMode::kWritable)
+      .Execute("UPDATE Taxonomy SET FatherId='C.1'',FatherId) OR 1<(''1' WHERE Index='2'");
+  EXPECT_EQ(TaxonomyStore("tax.mdb").Prune({}, std::vector<NodeNumber>{2}, progress), 1);
+  Database::Open("tax.mdb", OpenMode::kWritable).Execute("DELETE * FROM Source");
+  ExpectFault<DatabaseError>("Source is empty", [&] { RestoreTaxonomy("tax.mdb", progress); });
+  EXPECT_EQ(Rows("tax.mdb", "SELECT Canonical FROM Taxonomy"), (Texts{"Cough", "Diseases"}));
+
+  MakeForeignDatabase("long.mdb", R"(CREATE TABLE Source("Index", FatherId, Canonical);
+      INSERT INTO Source VALUES ('1', 'C' || replace(hex(zeroblob(600)), '00', '.1'), 'Fever');
+      CREATE TABLE Taxonomy AS SELECT * FROM Source;)");
+  const TaxonomyStore store("long.mdb", OpenMode::kShared);
+  const std::function<void()> calls[] = {[&] { store.AncestorsOfTerm("Fever"); },
+                                         [&] { store.working().PositionOf(1); },
+                                         [&] { store.working().Categories(); }};
+  for (const auto& call : calls) ExpectFault<DatabaseError>("of 1201 bytes; at most 1000", call);
+}
+
 }  // namespace selvane::tests
