@@ -41,6 +41,7 @@ struct TermsOptions {
 void ListDocuments(const TermsOptions& options, const CliContext& context) {
   TransactionSource source;
   source.Open(options.database, OpenMode::kShared);
+  const PulseScope pulse = source.PulseDuring(context.progress);
   std::vector<std::string> tables;
   source.ListTables(tables);
   const std::string table = ChooseTable(tables, options.table, options.database);
@@ -70,10 +71,12 @@ struct FoundRule {
   long all_rows = 0;
 };
 
-FoundRule FindRule(const RuleOptions& options) {
+FoundRule FindRule(const RuleOptions& options, const CliContext& context) {
   const TaxonomyStore taxonomy(options.taxonomy, OpenMode::kShared);
+  const PulseScope taxonomy_pulse = taxonomy.PulseDuring(context.progress);
   RulesStore store;
   const RulesInfo info = OpenRulesForFiltering(store, taxonomy, options.database, OpenMode::kShared);
+  const PulseScope rules_pulse = store.PulseDuring(context.progress);
   store.OpenRulesTable(ChooseTable(store.ListRulesTables(), options.table, options.database));
   FoundRule found;
   store.LoadRule(options.rule, found.rule);
@@ -83,6 +86,7 @@ FoundRule FindRule(const RuleOptions& options) {
   }
   TransactionSource source;
   source.Open(options.terms, OpenMode::kShared);
+  const PulseScope source_pulse = source.PulseDuring(context.progress);
   found.table = FindTermTable(source, info);
   found.all_rows = source.CountRows(found.table);
   found.rows = RowsOfRule(source, found.table, taxonomy, found.rule.antecedent, found.rule.consequent,
@@ -94,7 +98,7 @@ FoundRule FindRule(const RuleOptions& options) {
 }
 
 void ListRuleDocuments(const RuleOptions& options, const CliContext& context) {
-  const FoundRule found = FindRule(options);
+  const FoundRule found = FindRule(options, context);
   const std::vector<std::uint32_t>& rows = options.exceptions ? found.rows.exceptions : found.rows.holding;
   PrintDocuments(options.terms, found.table, rows, options.layout, context);
   fmt::print(context.err, "rule {}: {}: {} of {} rows hold it, {} its left side only\n", options.rule,

@@ -312,7 +312,7 @@ TEST_F(CliTest, FaultsHaveAMessageAndAStatusAndLoseNothing) {
       {"terms list two.mdb --table c_d", 1, "no table c_d"},
       {"taxonomy list tax.mdb --depth 0", 2, "1 to 1000"},
       {"rules show terms.mdb --taxonomy tax.mdb", 1, "no rules table"},
-      {"rules show rules.mdb --taxonomy rules.mdb", 1, "open elsewhere"},
+      {"rules show rules.mdb --taxonomy rules.mdb", 1, "no taxonomy database"},
       {"rules show rules.mdb --taxonomy tax.mdb --format xml", 2, "xml"},
       {"rules list copy.mdb", 1, "Infocopy.dat: cannot open"},
       {"rules filter cover rules.mdb --taxonomy tax.mdb --terms two.mdb", 1, "there is no table 14"},
