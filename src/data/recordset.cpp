@@ -125,7 +125,8 @@ auto Recordset::Converted(int position, Convert convert) const {
     return convert(Value(position));
   } catch (const InputError& error) {
     throw DatabaseError(connection_->path,
-                        fmt::format("field \"{}\": {}", FieldName(position), error.what()));
+                        fmt::format("field \"{}\": {}; correct it, or use a copy of the file",
+                                    FieldName(position), error.what()));
   }
 }
 

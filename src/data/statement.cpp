@@ -80,7 +80,7 @@ std::string ReasonOf(sqlite3* connection) {
     case SQLITE_NOTADB:
       return "the file is not a database; choose another one";
     case SQLITE_CORRUPT:
-      return "the file is damaged (" + words + "); use a copy, or make it anew";
+      return "the file is damaged; use a copy, or make it anew";
     case SQLITE_FULL:
       return "the disk is full; make room and try again";
     case SQLITE_READONLY:
