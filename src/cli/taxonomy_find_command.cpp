@@ -91,7 +91,8 @@ struct FindOptions {
 void Find(const FindOptions& options, const CliContext& context) {
   std::vector<SearchedTerm> terms;
   {
-    const TaxonomyStore store(options.database);
+    const TaxonomyStore store(options.database, OpenMode::kShared);
+    const PulseScope pulse = store.PulseDuring(context.progress);
     terms = SearchTerms(store, options.text);
   }
   switch (options.layout.format) {
