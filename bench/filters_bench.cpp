@@ -192,11 +192,12 @@ void ClusterCover(benchmark::State& state) {
   constexpr std::size_t kRows = 2000;
   const auto count = static_cast<std::size_t>(state.range(0));
   std::mt19937 random(7);
-  ItemRegistry items{{}, {}, {}, RowBits(count, kRows), kRows, SIZE_MAX};
+  ItemRegistry items{{}, {}, {}, {}, {}, RowBits(count, kRows), kRows, SIZE_MAX};
   std::vector<Rule> rules(count);
   CoverFilter::Cover cover;
   for (std::size_t i = 0; i < count; ++i) {
     items.nodes.push_back(static_cast<NodeNumber>(i));
+    items.frequent.push_back(i);
     for (std::size_t row = 0; row < kRows; ++row) {
       if ((row % kThemes == i % kThemes) != (random() % 200 == 0)) items.rows.Set(i, row);
     }
