@@ -103,7 +103,7 @@ Seconds Measure(const Input& input, const fs::path& path, const auto& write) {
     for (int i = 1; i <= static_cast<int>(input.terms.size()); ++i) source.ItemRowIds("T", i, ids, name);
   });
   seconds.closed =
-      SecondsOf([&] { benchmark::DoNotOptimize(ReadColumnItems(source, "T", taxonomy, progress)); });
+      SecondsOf([&] { benchmark::DoNotOptimize(ReadColumnItems(source, "T", taxonomy, 0.05F, progress)); });
   seconds.read = SecondsOf([&] {
     benchmark::DoNotOptimize(ReadItems(source, "T", input.terms, taxonomy, true, 0.05F, progress));
   });

@@ -4,12 +4,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 #include <optional>
 #include <unordered_map>
 
 #include "base/text.h"
 #include "data/database_error.h"
+#include "itemsets/least_rows.h"
 #include "itemsets/row_places.h"
 #include "rules/rules_info.h"
 
@@ -87,14 +87,18 @@ class ItemCollector {
     return is_new;
   }
 
-  void MoveTo(ColumnItems& result) {
+  // Rows that two columns of one item share stand twice, so an item may have fewer than it seems.
+  void MoveTo(ColumnItems& result, std::uint32_t least_rows) {
     for (const NamedNode& item : items_) result.in_column_order.push_back(item.node);
-    std::vector<std::size_t> order(items_.size());
-    std::iota(order.begin(), order.end(), std::size_t{0});
+    result.met = items_.size();
+    std::vector<std::size_t> order;
+    for (std::size_t i = 0; i < items_.size(); ++i) {
+      if (rows_[i].size() >= least_rows) order.push_back(i);
+    }
     // Stable, so that of two nodes with one name the earlier column comes first.
     std::stable_sort(order.begin(), order.end(),
                      [this](std::size_t a, std::size_t b) { return items_[a].name < items_[b].name; });
-    result.rows = RowBits(items_.size(), places_.size());
+    result.rows = RowBits(order.size(), places_.size());
     for (std::size_t i = 0; i < order.size(); ++i) {
       result.nodes.push_back(items_[order[i]].node);
       result.names.push_back(std::move(items_[order[i]].name));
@@ -113,7 +117,7 @@ class ItemCollector {
 }  // namespace
 
 ColumnItems ReadColumnItems(const TransactionSource& source, std::string_view table,
-                            const TaxonomyStore& taxonomy, Progress& progress) {
+                            const TaxonomyStore& taxonomy, float minimum_support, Progress& progress) {
   ColumnItems result;
   result.row_count = static_cast<std::uint32_t>(source.CountRows(table));
   std::vector<std::string> columns;
@@ -135,7 +139,7 @@ ColumnItems ReadColumnItems(const TransactionSource& source, std::string_view ta
     progress.SetPosition(static_cast<int>(i) + 1);
     progress.Pulse();
   }
-  collector.MoveTo(result);
+  collector.MoveTo(result, LeastRows(minimum_support, result.row_count));
   return result;
 }
 

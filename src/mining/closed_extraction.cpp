@@ -33,12 +33,12 @@ void CheckNames(const fs::path& terms, const fs::path& taxonomy, const fs::path&
 }
 
 ColumnItems ReadAndCheckItems(const TransactionSource& source, const TaxonomyStore& taxonomy,
-                              const std::string& table, ClosedReport& report, Progress& progress) {
+                              const ExtractionRequest& request, ClosedReport& report, Progress& progress) {
   progress.SetStatus("Checking items presence ...");
-  ColumnItems items = ReadColumnItems(source, table, taxonomy, progress);
+  ColumnItems items = ReadColumnItems(source, request.table, taxonomy, request.min_support, progress);
   CheckInfoItems(items.in_column_order);
   report.run.rows = items.row_count;
-  report.run.items = items.nodes.size();
+  report.run.items = items.met;
   report.unknown_columns = items.unknown_columns;
   report.joined_columns = items.joined_columns;
   report.renumbered = items.renumbered;
@@ -95,7 +95,7 @@ ClosedReport ExtractClosedRules(const TransactionSource& source, const TaxonomyS
   ClosedResultFiles files;  // made first, so that a folder that takes no files is told of at once
   ClosedReport report;
   const StageTimer check_timer;
-  const ColumnItems items = ReadAndCheckItems(source, taxonomy, request.run.table, report, progress);
+  const ColumnItems items = ReadAndCheckItems(source, taxonomy, request.run, report, progress);
   report.run.check_seconds = check_timer.Seconds();
 
   const StageTimer search_timer;
