@@ -116,9 +116,9 @@ TEST(RecordReading, Pubtator) {
 // A place far into a text is found by steps.
 TEST(RecordReading, CountsCharactersFarIntoAText) {
   std::string bytes = "1|t|";
-  for (int i = 0; i < 200; ++i) bytes += "\xCE\xB1-\xE2\x82\xAC ";
+  for (int i = 0; i < 200; ++i) bytes += "\xCE\xB1-\xE2\x82\xAC. ";
   for (int i = 0; i < 200; ++i)
-    bytes += fmt::format("\n1\t{}\t{}\t\xCE\xB1-\xE2\x82\xAC\tX\tD000001", 4 * i, 4 * i + 3);
+    bytes += fmt::format("\n1\t{}\t{}\t\xCE\xB1-\xE2\x82\xAC\tX\tD000001", 5 * i, 5 * i + 3);
   const Texts told = ToldOf("a", bytes);
   ASSERT_EQ(told.size(), 1U);
   std::size_t marks = 0;
@@ -132,8 +132,8 @@ TEST(RecordReading, PubmedXml) {
   const std::string bytes =
       "<?xml version='1.0'?><!-- > --><!DOCTYPE PubmedArticleSet PUBLIC '-//' "
       "'http://none/'><PubmedArticleSet>"
-      "<PubmedArticle><MedlineCitation><PMID>1</PMID><DateRevised><Year>2020</Year></"
-      "DateRevised><Article><Journal>"
+      "<PubmedArticle><MedlineCitation><PMID>1</PMID><DateCreated><Year>2020</Year>"
+      "</DateCreated><Article><Journal>"
       "<JournalIssue><PubDate><MedlineDate>1998 Dec-1999 "
       "Jan</MedlineDate></PubDate></JournalIssue><Title>J</Title>"
       "</Journal><ArticleTitle>Of <i>H<sub>2</sub></i>O\n  and &lt;</ArticleTitle><Abstract>"
@@ -189,8 +189,10 @@ TEST(RecordReading, Bioc) {
       "</passage><passage><infon key='type'>paragraph</infon><offset>60</offset><text>lead</text>" +
       annotation("<infon key='MESH'>D007854</infon>", 60, "lead") +
       "</passage><relation id='R'><infon key='MESH'>D000002</infon></relation></document>"
-      "<document><id>2</id><passage><sentence><offset>0</offset><text>T</text></sentence></passage><passage>"
-      "<offset>2</offset><text>A</text></passage></document></collection>";
+      "<document><id>2</id><passage><sentence><offset>0</offset><text>T</text></sentence><relation>"
+      "<infon "
+      "key='type'>title</infon></relation><sentence><offset>2</offset><text>A</text></sentence></passage></"
+      "document></collection>";
   EXPECT_EQ(ToldOf("a.xml", bytes),
             (Texts{"relations, which are not read: a.xml: line 2",
                    "passages beside title and abstract, which are not read: a.xml: document 1",
@@ -199,6 +201,7 @@ TEST(RecordReading, Bioc) {
                    "marks for which the file says that they have no identifier: a.xml: line 2: \"lead\"",
                    "marks outside of the text, which are left out: a.xml: line 2: \"lead\"",
                    "1|\xC3\x84 lead|Of lead|J|1999| D007854=lead C000001=lead OMIM:12=lead (lead)=lead",
+                   "relations, which are not read: a.xml: line 2",
                    "records with neither headings nor marks: a.xml: PMID 2", "2|T|A||0|"}));
 }
 
