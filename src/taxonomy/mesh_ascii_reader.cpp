@@ -24,7 +24,7 @@ class AsciiRecord {
 
   void Take(std::string_view field, std::string_view value) {
     if (field == "RECTYPE") {
-      type_ = value.substr(0, 1);
+      type_ = value;
     } else if (field == "UI") {
       heading_.id = value;
     } else if (field == "MH" || field == "NM") {

@@ -13,7 +13,7 @@ namespace selvane {
 namespace {
 
 constexpr std::size_t kTermWidth = 127;
-constexpr std::size_t kIdWidth = 127;
+constexpr std::size_t kIdWidth = 100;  // so that a part of a name has room before it
 constexpr std::string_view kCheckTags = "T";
 
 struct Category {

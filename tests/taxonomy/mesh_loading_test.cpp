@@ -204,6 +204,10 @@ TEST_F(MeshLoadingTest, KnowsLayoutsByContentAndLeavesNothingBehind) {
   ExpectFault<InputError>("mesh: it holds no headings", [] { Load(kSupplementaryXml); });
   ExpectFault<InputError>("mesh: none of its headings has a tree",
                           [] { Load("*NEWRECORD\nMH = A\nUI = D1\n", false); });
+  // A type of record beyond ASCII is named whole.
+  EXPECT_EQ(Load(kAscii + "*NEWRECORD\nRECTYPE = \xC3\x84\n").problems.begin()->second.example,
+            "RECTYPE = \xC3\x84 at line 43");
+  fs::remove("tax.mdb");
   ExpectFault<InputError>("supplementary: it holds no supp", [] { Load(kTree, false, kTree); });
   ExpectFault<InputError>("mesh: line 2", [] { Load("<DescriptorRecordSet>\n</DescriptorRecord>"); });
   EXPECT_EQ(FileNames("."), (Texts{"mesh", "supplementary"}));
