@@ -19,6 +19,10 @@ _selvane_cli_words() {
 # Completes the value of an option; false for an option that takes none.
 _selvane_cli_value() {
   local option=$1 cur=$2
+  if [[ ${COMP_WORDS[1]-} == terms && $option == --terms ]]; then # a number, not a database
+    _selvane_cli_words "$cur" all
+    return
+  fi
   case $option in
     --taxonomy | --output | --terms) _selvane_cli_files "$cur" '*.mdb' ;;
     --itemsets | --supplementary) _selvane_cli_files "$cur" ;;
@@ -29,8 +33,10 @@ _selvane_cli_value() {
     --order) _selvane_cli_words "$cur" 'support confidence' ;;
     --pmml-version) _selvane_cli_words "$cur" '1.1 4.4' ;;
     --on) _selvane_cli_words "$cur" 'antecedent consequent' ;;
+    --form) _selvane_cli_words "$cur" 'rows sets' ;;
     --under | --depth | --table | --min-support | --min-confidence | --limit | --threshold | --clusters | \
-      --inclusive | --restrictive | --ground) ;;
+      --inclusive | --restrictive | --ground | --min-rows | --leave-out | --from | --to | --with | --without | \
+      --rule) ;;
     *) return 1 ;;
   esac
 }
@@ -57,7 +63,8 @@ _selvane_cli() {
     case $word in
       --taxonomy | --output | --terms | --itemsets | --format | --sort | --under | --depth | --table | \
         --limit | --min-support | --min-confidence | --viewpoint | --behaviour | --threshold | --order | \
-        --on | --clusters | --inclusive | --restrictive | --ground | --pmml-version | --supplementary)
+        --on | --clusters | --inclusive | --restrictive | --ground | --pmml-version | --supplementary | --form | --min-rows | --leave-out | \
+        --from | --to | --with | --without | --rule)
         [[ ${COMP_WORDS[i + 1]-} == '=' ]] && ((++i))
         ((++i))
         ;;
@@ -82,13 +89,19 @@ _selvane_cli() {
     'taxonomy find') options='--format --no-guard --help' ;;
     'taxonomy list') options='--source --under --depth --help' ;;
     'taxonomy prune') options='--upward --help' ;;
-    'terms build') options='--taxonomy --output --help' ;;
+    'terms build')
+      options='--taxonomy --output --terms --min-rows --leave-out --major --from --to --form --help'
+      ;;
+    'terms documents') options='--table --with --without --format --no-guard --help' ;;
     'terms list') options='--table --help' ;;
     'rules extract')
       options='--taxonomy --output --overwrite --table --min-support --min-confidence --no-generalize --closed --unreduced
                --itemsets --help'
       ;;
     'rules show') options='--taxonomy --table --format --no-guard --sort --limit --help' ;;
+    'rules documents')
+      options='--taxonomy --terms --rule --table --exceptions --format --no-guard --help'
+      ;;
     'rules filter rating')
       options='--taxonomy --table --viewpoint --threshold --behaviour --format --no-guard --save --help'
       ;;
@@ -111,8 +124,8 @@ _selvane_cli() {
   case "$group $command" in
     ' ') _selvane_cli_words "$cur" 'taxonomy terms rules pmml tabulate' ;;
     'taxonomy ') _selvane_cli_words "$cur" 'load find list prune restore' ;;
-    'terms ') _selvane_cli_words "$cur" 'build list' ;;
-    'rules ') _selvane_cli_words "$cur" 'extract list show filter' ;;
+    'terms ') _selvane_cli_words "$cur" 'build list documents' ;;
+    'rules ') _selvane_cli_words "$cur" 'extract list show filter documents' ;;
     'pmml ') _selvane_cli_words "$cur" 'export import' ;;
     'rules filter') _selvane_cli_words "$cur" 'rating template specificity cover' ;;
     'pmml import')
@@ -136,9 +149,9 @@ _selvane_cli() {
         _selvane_cli_words "$cur" "$options"
       fi
       ;;
-    'terms build') _selvane_cli_files "$cur" '*.[tT][xX][tT]' ;;
-    'taxonomy find' | 'taxonomy list' | 'taxonomy prune' | 'taxonomy restore' | 'terms list' | 'rules extract' | 'rules list' | \
-      'rules show' | 'rules filter '* | 'pmml export')
+    'terms build') _selvane_cli_files "$cur" ;;
+    'taxonomy find' | 'taxonomy list' | 'taxonomy prune' | 'taxonomy restore' | 'terms list' | 'terms documents' | 'rules extract' | 'rules list' | \
+      'rules show' | 'rules documents' | 'rules filter '* | 'pmml export')
       if ((arguments == 0)); then
         _selvane_cli_files "$cur" '*.mdb'
       elif [[ $command != prune && $command != find ]]; then # what follows there are codes or a text

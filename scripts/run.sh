@@ -1,5 +1,5 @@
 #!/bin/sh
-# Sets up, builds and runs the whole way on samples/: from a taxonomy file and tagged abstracts to rules.
+# Sets up, builds and runs the whole way on samples/: from a taxonomy and literature to rules.
 # The results go to a fresh folder, or to the one named as the argument.
 # With --gui as the first argument it opens the workbench instead, on a copy of the samples in that folder.
 set -eu
@@ -36,6 +36,13 @@ say "3. Rules over the terms alone:"
 say "4. Rules over the terms and all that the taxonomy has above them; the strongest twenty:"
 "$cli" rules extract terms.mdb --taxonomy tax.mdb --output rules.mdb --min-support 0.2 --min-confidence 0.7
 "$cli" rules show rules.mdb --taxonomy tax.mdb --sort confidence --limit 20
+say "5. From a PubMed search and MeSH headings to the documents of a rule, and to its exceptions:"
+"$cli" taxonomy load "$root/samples/headings.txt" mesh.mdb
+"$cli" terms build --taxonomy mesh.mdb --output search.mdb --terms all --leave-out Humans \
+  "$root/samples/search.nbib" "$root/samples/marks.pubtator"
+"$cli" rules extract search.mdb --taxonomy mesh.mdb --output found.mdb --min-support 0.3 --min-confidence 0.8
+"$cli" rules documents found.mdb --taxonomy mesh.mdb --terms search.mdb --rule 8
+"$cli" rules documents found.mdb --taxonomy mesh.mdb --terms search.mdb --rule 8 --exceptions
 
 cat <<END
 
