@@ -20,8 +20,8 @@ class TermFinderTest : public FolderTest {
       for (const char* id : {"D1", "D2"}) writer.AddEntryTerm(id, "Shared's");
       writer.AddEntryTerm("D2", "Fever");
       for (const char* to : {"D2", "D3", "D9", "D1"}) writer.AddSupplementary("C1", "Syndrome", to);
-      for (const char* to : {"C1", "D1"}) writer.AddSupplementary("C2", "Fever", to);
-      writer.AddSupplementary("C3", "Nothing", "");
+      writer.AddSupplementary("C2", "Fever", "D1");
+      for (const char* to : {"", "C1"}) writer.AddSupplementary("C3", "Nothing", to);
     }
     SilentProgress progress;
     TaxonomyStore store("tax.mdb");
