@@ -3,8 +3,11 @@
 # taxonomy file of full size, random kills, power cuts and full disks. The last two need an administrator's
 # rights to mount and are left out without them. What fails ends it with a word.
 #
-#   scripts/faults.sh [TAXONOMY.xml [ROUNDS]]      the sample's taxonomy and 20 rounds when left out
-set -euo pipefail
+#   scripts/faults.sh [TAXONOMY.xml [ROUNDS [PART...]]]
+#
+# The file is the sample's and there are 20 rounds when left out; the parts are kills, power_cuts, full_disks and
+# walks. With SELVANE_BUILT the programs of that build folder are tried.
+set -eEuo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 taxonomy=$(realpath "${1:-${SELVANE_MESH:-$root/samples/taxonomy.xml}}")
 rounds=${2:-20}
@@ -22,6 +25,7 @@ clean_up() {
   rm -rf "$folder"
 }
 trap clean_up EXIT
+trap 'echo "faults: line $LINENO failed" >&2' ERR
 fail() { echo "faults: $*" >&2; exit 1; }
 check_empty() { [ -z "$(ls -A "$1")" ] || fail "$2 left $(ls -A "$1")"; }
 
@@ -45,21 +49,32 @@ walks() {
   "$root/tests/faults/crowd.sh" "$cli" "$rounds"
 }
 
+# Runs it for a random part of the time that a load takes, divided by this, and kills it.
+killed_within() {  # DIVISOR COMMAND...
+  local micros=$((took / 1000 * (RANDOM % 1000) / 1000 / $1))
+  shift
+  "$@" 2>/dev/null & local run=$!
+  sleep "$((micros / 1000000)).$(printf %06d $((micros % 1000000)))"
+  kill -KILL $run 2>/dev/null || true
+  wait $run 2>/dev/null || true
+}
+
+took=0
 kills() {
-  local start took round
+  local start round
   start=$(date +%s%N)
   "$cli" taxonomy load "$taxonomy" timed.mdb 2>/dev/null
   took=$(($(date +%s%N) - start))
   mkdir -p kills && cd kills
   for round in $(seq "$rounds"); do
     rm -f ./*
-    timeout -s KILL "$((took / 1000 * (RANDOM % 1000) / 1000))e-6" "$cli" taxonomy load "$taxonomy" tax.mdb 2>/dev/null || true
+    killed_within 1 "$cli" taxonomy load "$taxonomy" tax.mdb
     if [ -e tax.mdb ]; then cmp tax.mdb ../whole.mdb; else "$cli" taxonomy load "$taxonomy" tax.mdb 2>../said || fail "$(cat ../said)"; fi
     cmp tax.mdb ../whole.mdb || fail "a killed load spoils the next"
     [ "$(ls -A)" = tax.mdb ] || fail "a killed load left $(ls -A)"
-    timeout -s KILL "$((took / 1000 * (RANDOM % 1000) / 3000))e-6" "$cli" taxonomy prune tax.mdb C 2>/dev/null || true
+    killed_within 3 "$cli" taxonomy prune tax.mdb C
     (cd .. && check_listed kills/tax.mdb "killed prune")
-    timeout -s KILL "$((took / 1000 * (RANDOM % 1000) / 2000))e-6" "$cli" taxonomy restore tax.mdb 2>/dev/null || true
+    killed_within 2 "$cli" taxonomy restore tax.mdb
     (cd .. && check_listed kills/tax.mdb "killed restore")
   done
   cd ..
@@ -73,7 +88,7 @@ cut_power() {
 }
 
 power_cuts() {
-  truncate -s 96M disk && mkdir -p on cut
+  truncate -s 256M disk && mkdir -p on cut
   mkfs.ext4 -q disk
   mount -o loop,noauto_da_alloc disk on || { echo "== Power cuts: left out, this machine cannot mount images"; return; }
   mounted+=("$folder/on" "$folder/cut")
@@ -81,7 +96,7 @@ power_cuts() {
   for round in $(seq "$rounds") unsynced; do
     # Without syncs files must be lost, or this would show nothing.
     if [ "$round" = unsynced ]; then program=("$build/tests/fault_walk" --no-sync); fi
-    rm -f on/* && sync -f on/.
+    rm -f on/tax.mdb* && sync -f on/.
     "${program[@]}" taxonomy load "$taxonomy" on/tax.mdb 2>/dev/null
     cut_power
     cmp -s cut/tax.mdb whole.mdb || lost=$((lost + 1))
@@ -125,7 +140,5 @@ full_disks() {
   echo "== Full disks: $refused refused, $made made, 0 faults"
 }
 
-kills
-power_cuts
-full_disks
-walks
+shift $(($# < 2 ? $# : 2))
+for part in "${@:-kills power_cuts full_disks walks}"; do for step in $part; do $step; done; done
