@@ -22,6 +22,8 @@ constexpr std::uint32_t kWithoutRuns = 12346;
 constexpr std::uint32_t kWithRuns = 12347;
 // A list has at most so many rows; a bitset has more.
 constexpr std::uint32_t kLongestList = 4096;
+// What a set of one block needs while it is made, several times over.
+constexpr std::size_t kRoomOfSet = std::size_t{64} << 10;
 
 [[noreturn]] void Damaged(const char* how) {
   throw InputError(fmt::format("the set of rows is damaged ({})", how));
@@ -104,6 +106,8 @@ void TakeBitset(ByteTaker& bytes, std::uint32_t first, std::vector<std::uint32_t
 }  // namespace
 
 std::string EncodeRows(std::span<const std::uint32_t> rows) {
+  // The library ends the process where memory is short. Asked for beforehand, its lack can be told of.
+  ::operator delete(::operator new(kRoomOfSet));
   const std::unique_ptr<roaring_bitmap_t, RoaringFree> set(roaring_bitmap_of_ptr(rows.size(), rows.data()));
   if (!set) throw std::bad_alloc();
   roaring_bitmap_run_optimize(set.get());
