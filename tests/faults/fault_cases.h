@@ -23,6 +23,11 @@ inline std::vector<FaultCase> FaultCases() {
   constexpr std::string_view kLoad = "taxonomy load @/taxonomy.xml tax.mdb";
   constexpr std::string_view kPrune = "taxonomy prune tax.mdb D.02 E";
   constexpr std::string_view kTerms = "terms build --taxonomy tax.mdb --output terms.mdb @/abstracts";
+  constexpr std::string_view kSets =
+      "terms build --taxonomy tax.mdb --output terms.mdb --terms all --form sets @/abstracts";
+  constexpr std::string_view kHeadings = "taxonomy load @/headings.txt tax.mdb --check-tags";
+  constexpr std::string_view kLiterature =
+      "terms build --taxonomy tax.mdb --output terms.mdb --terms all @/search.nbib @/marks.pubtator";
   constexpr std::string_view kExtract =
       "rules extract terms.mdb --taxonomy tax.mdb --output rules.mdb --min-support 0.2 --min-confidence 0.7";
   constexpr std::string_view kFewer =
@@ -43,10 +48,14 @@ inline std::vector<FaultCase> FaultCases() {
   constexpr std::string_view kReader = "rules list rules.mdb";
   return {
       {"load", {}, kLoad},
+      {"load-headings", {}, kHeadings},
       {"prune", {kLoad}, kPrune},
       {"restore", {kLoad, kPrune}, "taxonomy restore tax.mdb"},
       {"terms", {kLoad}, kTerms},
+      {"terms-sets", {kLoad}, kSets},
+      {"terms-literature", {kHeadings}, kLiterature},
       {"extract", {kLoad, kTerms}, kExtract, kReader},
+      {"extract-sets", {kLoad, kSets}, kExtract, kReader},
       {"extract-overwrite", {kLoad, kTerms, kExtract}, kFewer, kReader},
       {"extract-pruned", {kLoad, kTerms, kPrune}, kExtract, kReader, "tax.mdb"},
       {"extract-itemsets", {kLoad, kTerms}, kItemsets, kReader},
