@@ -12,10 +12,15 @@ constexpr std::size_t kBlockBytes = std::size_t{64} << 10;
 }  // namespace
 
 ItemsetSorter::ItemsetSorter(std::filesystem::path path) : path_(std::move(path)) {
-  file_.OpenForWriting(path_);
+  try {
+    file_.OpenForWriting(path_);
+  } catch (...) {
+    Remove();  // it can be there without memory for its buffer
+    throw;
+  }
 }
 
-ItemsetSorter::~ItemsetSorter() {
+void ItemsetSorter::Remove() noexcept {
   std::error_code ignored;
   std::filesystem::remove(path_, ignored);
 }

@@ -21,7 +21,7 @@ class ItemsetSorter {
   explicit ItemsetSorter(std::filesystem::path path);
   ItemsetSorter(const ItemsetSorter&) = delete;
   ItemsetSorter& operator=(const ItemsetSorter&) = delete;
-  ~ItemsetSorter();
+  ~ItemsetSorter() { Remove(); }
 
   // Adds encoded records that stay together.
   void Add(std::size_t key, std::initializer_list<std::string_view> records);
@@ -39,6 +39,7 @@ class ItemsetSorter {
     std::vector<Block> blocks;
   };
 
+  void Remove() noexcept;
   void WriteOut(Bucket& bucket);
 
   std::filesystem::path path_;
