@@ -9,9 +9,9 @@
 #include <utility>
 
 #include "base/text.h"
-#include "base/xml_stream.h"
 #include "literature/bioc_document.h"
 #include "literature/element_names.h"
+#include "literature/xml_record_reader.h"
 
 namespace selvane {
 
@@ -61,14 +61,9 @@ bool IsOtherVocabulary(std::string_view key) {
                      [key](std::string_view other) { return key.starts_with(other); });
 }
 
-class BiocReader final : public XmlHandler {
+class BiocReader final : public XmlRecordReader {
  public:
-  explicit BiocReader(RecordSink& sink) : sink_(sink) {}
-
-  void Use(XmlStream& stream) {
-    stream_ = &stream;
-    stream.WantText(false);
-  }
+  using XmlRecordReader::XmlRecordReader;
 
   void OnStart(std::string_view name, const XmlAttributes& attributes) override {
     const Element element = kNames.Find(name);
@@ -85,7 +80,7 @@ class BiocReader final : public XmlHandler {
         offset_ = 0;
         break;
       case Element::kAnnotation:
-        document_.annotations.emplace_back().line = stream_->line_number();
+        document_.annotations.emplace_back().line = stream().line_number();
         size_ += sizeof(BiocAnnotation);
         is_in_annotation_ = true;
         break;
@@ -100,7 +95,7 @@ class BiocReader final : public XmlHandler {
       case Element::kText:
         value_.clear();
         wants_text_ = true;
-        stream_->WantText(true);
+        stream().WantText(true);
         break;
       default:
         break;
@@ -110,13 +105,13 @@ class BiocReader final : public XmlHandler {
   void OnEnd(std::string_view name) override {
     const Element element = kNames.Find(name);
     if (std::exchange(wants_text_, false)) {
-      stream_->WantText(false);
+      stream().WantText(false);
       TakeValue(element);
     }
     if (element == Element::kAnnotation) is_in_annotation_ = false;
     if (element == Element::kDocument && is_open_) End();
     if (element == Element::kRelation && relations_ > 0 && --relations_ == 0) {
-      sink_.Tell(problems::kRelation, fmt::format("line {}", stream_->line_number()));
+      sink().Tell(problems::kRelation, fmt::format("line {}", stream().line_number()));
     }
   }
 
@@ -132,16 +127,16 @@ class BiocReader final : public XmlHandler {
     is_in_annotation_ = false;
     relations_ = 0;
     size_ = 0;
-    line_ = stream_->line_number();
+    line_ = stream().line_number();
   }
 
   void End() {
     is_open_ = false;
     const std::string place =
         document_.id.empty() ? fmt::format("line {}", line_) : "document " + document_.id;
-    if (size_ >= kLargestRecord) return sink_.Tell(problems::kTooLarge, place);
-    if (document_.id.empty()) sink_.Tell(problems::kNoPmid, place);
-    sink_.Take(document_.ToRecord(sink_));
+    if (size_ >= kLargestRecord) return sink().Tell(problems::kTooLarge, place);
+    if (document_.id.empty()) sink().Tell(problems::kNoPmid, place);
+    sink().Take(document_.ToRecord(sink()));
   }
 
   void TakeLocation(const XmlAttributes& attributes) {
@@ -207,8 +202,6 @@ class BiocReader final : public XmlHandler {
     if (value.starts_with("abstract")) kind_ = BiocText::Kind::kAbstract;
   }
 
-  RecordSink& sink_;
-  XmlStream* stream_ = nullptr;
   BiocDocument document_;
   bool is_open_ = false;
   bool is_in_annotation_ = false;
@@ -227,12 +220,7 @@ class BiocReader final : public XmlHandler {
 }  // namespace
 
 void ReadBioc(ByteSource& source, RecordSink& sink) {
-  BiocReader reader(sink);
-  // A text of any length is one document's fault, not the file's.
-  XmlStream stream(source, reader, {.text = XmlLimits::kNone});
-  reader.Use(stream);
-  while (stream.Step()) sink.Advance();
-  sink.TellRecoded(stream.bytes_recoded());
+  BiocReader(sink).Read(source);
 }
 
 }  // namespace selvane

@@ -6,9 +6,9 @@
 #include <utility>
 #include <vector>
 
-#include "base/xml_stream.h"
 #include "literature/element_names.h"
 #include "literature/field_text.h"
+#include "literature/xml_record_reader.h"
 
 namespace selvane {
 
@@ -72,14 +72,9 @@ constexpr ElementNames kNames(std::to_array<std::pair<std::string_view, Element>
     {"Sections", Element::kPassedOver},
 }));
 
-class PubmedXmlReader final : public XmlHandler {
+class PubmedXmlReader final : public XmlRecordReader {
  public:
-  explicit PubmedXmlReader(RecordSink& sink) : sink_(sink) {}
-
-  void Use(XmlStream& stream) {
-    stream_ = &stream;
-    stream.WantText(false);
-  }
+  using XmlRecordReader::XmlRecordReader;
 
   void OnStart(std::string_view name, const XmlAttributes& attributes) override {
     // Within a text there is only its markup.
@@ -122,13 +117,13 @@ class PubmedXmlReader final : public XmlHandler {
   // Texts are told only while one is wanted: half of what the parser would tell is blanks between tags.
   void BeginText(std::string& target) {
     target_ = &target;
-    stream_->WantText(true);
+    stream().WantText(true);
   }
 
   void EndText() {
     TrimEnd(*target_);
     target_ = nullptr;
-    stream_->WantText(false);
+    stream().WantText(false);
   }
 
   // The first of its kind counts.
@@ -199,7 +194,7 @@ class PubmedXmlReader final : public XmlHandler {
   // An article holds a citation; older files have citations by themselves.
   void BeginRecord(Element element) {
     opened_by_ = element;
-    line_ = stream_->line_number();
+    line_ = stream().line_number();
   }
 
   void End(Element element) {
@@ -207,10 +202,10 @@ class PubmedXmlReader final : public XmlHandler {
     opened_by_ = Element::kOther;
     const std::string place = record_.pmid.empty() ? fmt::format("line {}", line_) : "PMID " + record_.pmid;
     if (size_ >= kLargestRecord) {
-      sink_.Tell(problems::kTooLarge, place);
+      sink().Tell(problems::kTooLarge, place);
     } else {
-      if (record_.pmid.empty()) sink_.Tell(problems::kNoPmid, place);
-      sink_.Take(Finished());
+      if (record_.pmid.empty()) sink().Tell(problems::kNoPmid, place);
+      sink().Take(Finished());
     }
     record_ = Record();
     short_title_.clear();
@@ -228,8 +223,6 @@ class PubmedXmlReader final : public XmlHandler {
     return std::move(record_);
   }
 
-  RecordSink& sink_;
-  XmlStream* stream_ = nullptr;
   std::vector<Element> above_;  // of the tags that are open, but for those passed over and markup
   std::size_t passed_over_ = 0;
   std::size_t markup_ = 0;
@@ -246,12 +239,7 @@ class PubmedXmlReader final : public XmlHandler {
 }  // namespace
 
 void ReadPubmedXml(ByteSource& source, RecordSink& sink) {
-  PubmedXmlReader reader(sink);
-  // A text of any length is one record's fault, not the file's.
-  XmlStream stream(source, reader, {.text = XmlLimits::kNone});
-  reader.Use(stream);
-  while (stream.Step()) sink.Advance();
-  sink.TellRecoded(stream.bytes_recoded());
+  PubmedXmlReader(sink).Read(source);
 }
 
 }  // namespace selvane
