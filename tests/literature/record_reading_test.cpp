@@ -97,20 +97,18 @@ TEST(RecordReading, Pubtator) {
       "2\t1\t2\tx\tX\tD000001\n\n4|a|lead\n4\t1\t5\tlead\tX\tD007854\n4|t|T\n\n3|t|\n3|a|B\n3|a|C\n";
   EXPECT_EQ(
       ToldOf("a.pubtator", bytes),
-      (Texts{
-          "marks whose words stand elsewhere in the text, and count there: a.pubtator: line 5: \"Text\"",
-          "marks with identifiers of other vocabularies: a.pubtator: line 6: Gene, 672",
-          "marks for which the file says that they have no identifier: a.pubtator: line 7: X, -1",
-          "marks for which the file says that they have no identifier: a.pubtator: line 8: it has no words "
-          "either",
-          "marks outside of the text, which are left out: a.pubtator: line 9: \"lead\"",
-          "marks whose words are not in the text, which are left out: a.pubtator: line 10: \"gold\"",
-          "relations, which are not read: a.pubtator: line 11",
-          "1|\xC3\x84 lead|Text of lead.||0| D007854=lead D007854+C000001+OMIM:12=lead (Text)=Text",
-          "lines that belong to no record: a.pubtator: line 12",
-          "lines that belong to no record: a.pubtator: line 16", "4||lead||0| D007854=lead",
-          "lines that belong to no record: a.pubtator: line 20",
-          "records with neither headings nor marks: a.pubtator: PMID 3", "3||B||0|"}));
+      (Texts{"marks whose words stand elsewhere in the text, and count there: a.pubtator: line 5: \"Text\"",
+             "marks with identifiers of other vocabularies: a.pubtator: line 6: Gene, 672",
+             "marks for which the file says that they have no identifier: a.pubtator: line 7: X, -1",
+             std::string(problems::kNoIdentifier) + ": a.pubtator: line 8: it has no words either",
+             "marks outside of the text, which are left out: a.pubtator: line 9: \"lead\"",
+             "marks whose words are not in the text, which are left out: a.pubtator: line 10: \"gold\"",
+             "relations, which are not read: a.pubtator: line 11",
+             "1|\xC3\x84 lead|Text of lead.||0| D007854=lead D007854+C000001+OMIM:12=lead (Text)=Text",
+             "lines that belong to no record: a.pubtator: line 12",
+             "lines that belong to no record: a.pubtator: line 16", "4||lead||0| D007854=lead",
+             "lines that belong to no record: a.pubtator: line 20",
+             "records with neither headings nor marks: a.pubtator: PMID 3", "3||B||0|"}));
 }
 
 // A place far into a text is found by steps.
@@ -155,13 +153,12 @@ TEST(RecordReading, PubmedXml) {
       "PubmedArticle><PubmedArticle><MedlineCitation><x></y>";
   EXPECT_EQ(
       ToldOf("a.xml", bytes),
-      (Texts{
-          "1|Of H2O and <|AIM: First. Second.|J|1998| sC000001(S s) sC000002(T) *hD000001(A) hD000001(A)",
-          "records with neither headings nor marks: a.xml: PMID 2", "2|B||B|1993|",
-          "records without a PMID: a.xml: line 4", "records with neither headings nor marks: a.xml: record 3",
-          "||||0|",
-          "files that could not be read to their end: a.xml: line 4: this is no well-formed XML (mismatched "
-          "tag) (records read before: 3)"}));
+      (Texts{"1|Of H2O and <|AIM: First. Second.|J|1998| sC000001(S s) sC000002(T) *hD000001(A) hD000001(A)",
+             "records with neither headings nor marks: a.xml: PMID 2", "2|B||B|1993|",
+             "records without a PMID: a.xml: line 4",
+             "records with neither headings nor marks: a.xml: record 3", "||||0|",
+             std::string(problems::kUnreadable) +
+                 ": a.xml: line 4: this is no well-formed XML (mismatched tag) (records read before: 3)"}));
   const std::string large =
       "<PubmedArticleSet><PubmedArticle><MedlineCitation><PMID>1</PMID><Abstract><AbstractText>" +
       std::string(std::size_t{17} << 20U, 'x') +
