@@ -66,7 +66,7 @@ inline std::vector<FaultCase> FaultCases() {
       {"export-1.1-overwrite", {kLoad, kTerms, kExtract, k44}, k11Again},
       {"export-4.4", {kLoad, kTerms, kExtract}, k44},
       {"export-4.4-overwrite", {kLoad, kTerms, kExtract, k11}, k44Again},
-      {"import", {kLoad, kTerms, kExtract, k11}, "pmml import model.xml --taxonomy tax.mdb --output new.mdb"},
+      {"import", {kLoad, kTerms, kExtract, k44}, "pmml import model.xml --taxonomy tax.mdb --output new.mdb"},
       {"import-rules",
        {kLoad, kTerms, kExtract, k44},
        "pmml import model.xml --taxonomy tax.mdb --output new.mdb --rules",
