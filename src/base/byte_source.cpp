@@ -70,7 +70,8 @@ class ByteSource::Reader {
         piece_size_(piece_size) {
     if (file_.IsOpen()) {
       size_ = SizeOf(file_, path_);
-      packed_buffer_.resize(kPieceSize);
+      // No larger than the file, since there may be many small ones; what has no size may give any number.
+      packed_buffer_.resize(size_ == 0 ? kPieceSize : std::min<std::uint64_t>(kPieceSize, size_ + 1));
     }
     Refill();
     is_packed_ = raw_.starts_with(kPackedStart);
