@@ -13,6 +13,8 @@ namespace {
 // The texts of so many bytes are packed together. Much larger blocks pack no better, and whoever wants one
 // text unpacks its whole block.
 constexpr std::size_t kBlockBytes = std::size_t{256} << 10;
+// So many blocks wait for their turn, so that a busy processor does not keep the reading.
+constexpr std::size_t kMostPacking = 4;
 // Wider than any field of a record, so the check of the file never refuses what a reader took.
 constexpr int kWidth = 100'000'000;
 
@@ -79,24 +81,24 @@ void DocumentWriter::AddMarks(const Document& document) {
 }
 
 void DocumentWriter::PackBlock() {
-  StorePacked();
+  if (packing_.size() == kMostPacking) StoreOldest();
   ++blocks_;
   // Where the system gives no thread, the text is packed when it is wanted.
-  packing_ = std::async(std::launch::async | std::launch::deferred,
-                        [block = std::move(block_)] { return Pack(block); });
+  packing_.push_back(std::async(std::launch::async | std::launch::deferred,
+                                [block = std::move(block_)] { return Pack(block); }));
   block_.clear();
 }
 
-void DocumentWriter::StorePacked() {
-  if (!packing_.valid()) return;
-  texts_.Set(0, blocks_ - 1);
-  texts_.SetBytes(1, packing_.get());
+void DocumentWriter::StoreOldest() {
+  texts_.Set(0, blocks_ - static_cast<std::int64_t>(packing_.size()));
+  texts_.SetBytes(1, packing_.front().get());
+  packing_.pop_front();
   texts_.Insert();
 }
 
 void DocumentWriter::Finish(std::string_view table, std::span<const std::string> terms) {
   PackBlock();
-  StorePacked();
+  while (!packing_.empty()) StoreOldest();
   BulkInsert insert = MakeTable(database_, "sys_MarkTerms",
                                 {{"Number", FieldType::kInt32}, {"Term", FieldType::kText, kWidth}});
   std::int64_t number = 0;

@@ -1,6 +1,7 @@
 // Stores documents beside a term table, in tables of our own (docs/formats/term-database.md).
 #pragma once
 
+#include <deque>
 #include <future>
 #include <span>
 #include <string>
@@ -31,7 +32,7 @@ class DocumentWriter {
  private:
   void AddMarks(const Document& document);
   void PackBlock();
-  void StorePacked();
+  void StoreOldest();
 
   Database& database_;
   BulkInsert documents_;
@@ -39,7 +40,7 @@ class DocumentWriter {
   BulkInsert marks_;
   std::string block_;
   std::int64_t blocks_ = 0;  // that are packed, or are being packed
-  std::future<std::string> packing_;
+  std::deque<std::future<std::string>> packing_;
   std::string mark_text_;
 };
 
