@@ -3,40 +3,16 @@
 #include <algorithm>
 #include <cmath>
 
+#include "measures/ratings.h"
+
 namespace selvane {
 
 namespace {
 
 constexpr RuleNumber kPulseRules = 4096;
 
-float Surprise(const Rule& rule) {
-  return (2 * rule.support - rule.pa) / rule.pc;
-}
-
-// The measures of dependency.
-float Deviation(const Rule& rule) {
-  return rule.pa > 0 ? std::abs(rule.support / rule.pa - rule.pc) : 0;
-}
-float WeightedByAntecedent(const Rule& rule) {
-  return Deviation(rule) * rule.pa;
-}
-float NormalisedByConsequent(const Rule& rule) {
-  return rule.pc == 1.0F ? 0 : Deviation(rule) / (1 - rule.pc);
-}
-
-// Leaves the rating as it is for probabilities that compare with nothing.
-void RateDependency(const Rule& rule, float threshold, float& rating) {
-  const float a = rule.pa;
-  const float c = rule.pc;
-  if (a >= threshold && c < threshold) {
-    rating = WeightedByAntecedent(rule);
-  } else if (c >= threshold && a < threshold) {
-    rating = NormalisedByConsequent(rule);
-  } else if (c < threshold && a < threshold) {
-    rating = Deviation(rule);
-  } else if (c >= threshold && a >= threshold) {
-    rating = (NormalisedByConsequent(rule) + WeightedByAntecedent(rule)) * 0.5F;
-  }
+SideProbabilities<float> ProbabilitiesOf(const Rule& rule) {
+  return {.support = rule.support, .antecedent = rule.pa, .consequent = rule.pc};
 }
 
 }  // namespace
@@ -46,9 +22,10 @@ void RatingFilter::RateAll(const RuleList& rules, const Options& options, Progre
     const Rule& rule = rules[number];
     float& rating = ratings_[static_cast<std::size_t>(number) - 1];
     if (options.viewpoint == RatingViewpoint::kDependency) {
-      RateDependency(rule, options.probability_threshold, rating);
+      // Probabilities that compare with nothing leave the rating as it is.
+      rating = DependencyRating(ProbabilitiesOf(rule), options.probability_threshold).value_or(rating);
     } else if (rule.pc > 0) {
-      rating = Surprise(rule);
+      rating = SurpriseRating(ProbabilitiesOf(rule));
     }
     if (number % kPulseRules == 0) {
       progress.SetPosition(static_cast<int>(number));
