@@ -39,12 +39,15 @@ void Build(const BuildOptions& options, const CliContext& context) {
       options.request, taxonomy, context.clock,
       [&context](std::span<const BuildingNotice> notices) { TellOf(notices, context); }, context.progress);
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  // Where each file is a record, it is the files that are told of.
+  const std::string records =
+      report.records == report.files ? "" : fmt::format(" of {} records", report.records);
   fmt::print(
       context.err,
-      "table {}: {} rows of {} records, {} of {} terms{}; {} files read; {:.2f} s, reading {:.0f} MB/s\n",
-      report.table, report.rows, report.records, report.columns.size(), report.terms,
-      report.form == TermTableForm::kSets ? " as sets of rows" : "", report.files, seconds,
-      static_cast<double>(report.bytes) / 1e6 / report.read_seconds);
+      "table {}: {} rows{}, {} of {} terms{}; {} files read, {} passed over; {:.2f} s, reading {:.0f} MB/s\n",
+      report.table, report.rows, records, report.columns.size(), report.terms,
+      report.form == TermTableForm::kSets ? " as sets of rows" : "", report.files, report.passed_over,
+      seconds, static_cast<double>(report.bytes) / 1e6 / report.read_seconds);
 }
 
 // The number of columns, or the word for all of them.

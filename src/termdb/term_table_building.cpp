@@ -121,10 +121,11 @@ class TableBuilder {
     progress_.SetStatus("Reading records ....");
     for (const fs::path& file : files) {
       collector.BeginFile(file);
+      const std::uint64_t before = collector.records();
       ReadRecords(file, collector, progress_);
+      ++(collector.records() > before ? report_.files : report_.passed_over);
     }
     report_.read_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    report_.files = files.size();
     report_.rows = collector.rows();
     report_.terms = collector.terms().size();
     report_.records = collector.records();

@@ -47,8 +47,9 @@ struct BuildingReport {
   std::vector<std::string> columns;  // the terms of the table, in their order
   TermTableForm form = TermTableForm::kRows;
   std::uint32_t rows = 0;
-  std::uint64_t terms = 0;  // that were met, chosen or not
-  std::uint64_t files = 0;
+  std::uint64_t terms = 0;        // that were met, chosen or not
+  std::uint64_t files = 0;        // that gave a record
+  std::uint64_t passed_over = 0;  // those that gave none
   std::uint64_t records = 0;
   std::uint64_t bytes = 0;  // of all files, as they stand on the disk
   double read_seconds = 0;
