@@ -65,6 +65,7 @@ struct Shares {
 };
 
 double OddsRatio(const Shares& s) {
+  if (s.neither() < 0) return std::nan("");
   return s.b * s.neither() / (s.only_a() * s.only_c());
 }
 
@@ -88,6 +89,7 @@ double CertaintyFactor(const Shares& s) {
 }
 
 double InformationGain(const Shares& s) {
+  if (s.neither() < 0) return std::nan("");
   const auto part = [&s](double cell, double row, double column) {
     return cell == 0 ? 0 : cell / s.n * std::log2(cell * s.n / (row * column));
   };

@@ -66,7 +66,7 @@ double LowerSum(const RuleCounts& counts) {
 }  // namespace
 
 double LogFisher(const RuleCounts& counts) {
-  if (counts.rows == 0) return 0;
+  if (counts.rows == 0 || !counts.FitRows()) return 0;
   const double point = LogPoint(counts, counts.both);
   const double expected = static_cast<double>(counts.antecedent) * static_cast<double>(counts.consequent) /
                           static_cast<double>(counts.rows);

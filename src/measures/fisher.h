@@ -10,7 +10,8 @@ namespace selvane {
 // distribution, one-sided. At most 0, and finite however small the probability is; the logarithm is what
 // tells apart rules whose probabilities are below what a double can hold. Good to some ten digits at a
 // million rows.
-// The counts must be possible. R. A. Fisher, Statistical Methods for Research Workers, 5th edition, 1934.
+// The counts must be possible; where they do not fit the rows, more rows with both sides are certain. R. A.
+// Fisher, Statistical Methods for Research Workers, 5th edition, 1934.
 double LogFisher(const RuleCounts& counts);
 
 }  // namespace selvane

@@ -13,11 +13,13 @@ struct RuleCounts {
   std::uint64_t both = 0;
   bool operator==(const RuleCounts&) const = default;
 
-  // Counts that some table can have. Damaged or rounded ones may be none, and have no measures.
+  // Counts that a run can give. Damaged or rounded ones may be none, and have no measures.
   bool IsPossible() const {
-    return both <= antecedent && both <= consequent && antecedent <= rows && consequent <= rows &&
-           antecedent + consequent - both <= rows;
+    return both <= antecedent && both <= consequent && antecedent <= rows && consequent <= rows;
   }
+  // Whether they leave a number of rows with neither side. Rows that hold both sides by one term only do not
+  // count for both where witnesses must be distinct, so the sides may overlap in more rows than `both`.
+  bool FitRows() const { return antecedent + consequent - both <= rows; }
 };
 
 }  // namespace selvane

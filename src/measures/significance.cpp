@@ -1,6 +1,7 @@
 #include "measures/significance.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace selvane {
@@ -10,6 +11,11 @@ namespace {
 constexpr std::size_t kLeastToCompact = std::size_t{1} << 16;
 
 }  // namespace
+
+std::string_view CorrectionName(Correction correction) {
+  constexpr std::array<std::string_view, 4> kNames = {"none", "bonferroni", "holm", "bh"};
+  return kNames[static_cast<std::size_t>(correction)];
+}
 
 SignificanceTally::SignificanceTally(double level) : log_level_(std::log(level)) {}
 

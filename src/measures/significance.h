@@ -14,6 +14,8 @@ namespace selvane {
 // S. Holm, A simple sequentially rejective multiple test procedure, 1979; C. E. Bonferroni, 1936;
 // Y. Benjamini and Y. Hochberg, Controlling the false discovery rate, 1995.
 enum class Correction { kNone, kBonferroni, kHolm, kBenjaminiHochberg };
+// As options and run records have it: none, bonferroni, holm, bh.
+std::string_view CorrectionName(Correction correction);
 
 // The p-values of all tests, in memory that grows with the different ones only.
 class SignificanceTally {

@@ -100,10 +100,13 @@ TEST(CountMeasuresTest, AreEmptyRatherThanWrong) {
   EXPECT_TRUE(empty(Measure::kOddsRatioLow, {10, 4, 5, 0}));
   EXPECT_TRUE(empty(Measure::kLift, {10, 4, 0, 0}));
   EXPECT_TRUE(empty(Measure::kPhi, {10, 10, 5, 5}));
+  // Sides that overlap in rows which do not count for both.
+  EXPECT_TRUE(empty(Measure::kOddsRatio, {10, 8, 8, 5}));
+  EXPECT_TRUE(empty(Measure::kInformationGain, {10, 8, 8, 5}));
+  EXPECT_EQ(*ValueOf(Measure::kFisher, {10, 8, 8, 5}), 1);
   for (const MeasureInfo& info : AllMeasures()) {
     EXPECT_TRUE(empty(info.measure, {})) << info.name;
     EXPECT_TRUE(empty(info.measure, {10, 4, 5, 6})) << info.name;
-    EXPECT_TRUE(empty(info.measure, {10, 8, 8, 5})) << info.name;
   }
 }
 
