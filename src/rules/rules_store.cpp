@@ -43,6 +43,10 @@ void TakeRule(const Recordset& row, int column, Rule& rule) {
   rule.cspec = row.Int16(column++);
 }
 
+std::string RunNote(std::string_view table) {
+  return "run of " + std::string(table);
+}
+
 }  // namespace
 
 Database& RulesStore::database() const {
@@ -126,8 +130,17 @@ void RulesStore::SaveRulesTable(std::string_view name, const std::function<void(
   database().CreateTable(name, RulesFields());
   RuleBatch batch(database(), name, target.inserted);
   fill(batch);
+  if (const RunRecord run = RunOfSource(); !run.entries().empty()) NoteRun(name, run);
   transaction.Commit();
   target_ = std::move(target);
+}
+
+void RulesStore::NoteRun(std::string_view table, const RunRecord& run) {
+  database().SetNote(RunNote(table), run.ToText());
+}
+
+RunRecord RulesStore::RunOf(std::string_view table) const {
+  return RunRecord::FromText(database().FindNote(RunNote(table)).value_or(""));
 }
 
 long RulesStore::CountRules() const {

@@ -15,6 +15,7 @@
 #include "data/pulse_scope.h"
 #include "rules/rule.h"
 #include "rules/rule_batch.h"
+#include "rules/run_record.h"
 
 namespace selvane {
 
@@ -83,6 +84,11 @@ class RulesStore {
   // was not noted.
   void NoteInfo(std::string_view hash) { database().SetNote(kInfoNote, hash); }
   std::optional<std::string> NotedInfo() const { return database().FindNote(kInfoNote); }
+
+  // What made a rules table; empty where that was not noted. Copied to the table that a filter saves.
+  void NoteRun(std::string_view table, const RunRecord& run);
+  RunRecord RunOf(std::string_view table) const;
+  RunRecord RunOfSource() const { return RunOf(source_table_); }
 
  private:
   struct Target {
