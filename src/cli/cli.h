@@ -46,6 +46,8 @@ void AddPmmlCommands(CLI::App& app, const CliContext& context);
 void AddTabulateCommand(CLI::App& app, const CliContext& context);
 // Adds `find` to the taxonomy commands.
 void AddTaxonomyFindCommand(CLI::App& taxonomy, const CliContext& context);
+// Adds `extract` to the rules commands.
+void AddExtractCommand(CLI::App& rules, const CliContext& context);
 // Adds `filter` to the rules commands.
 void AddFilterCommands(CLI::App& rules, const CliContext& context);
 // Add `documents` to the terms and to the rules commands.
