@@ -77,9 +77,50 @@ struct ShowOptions {
   fs::path taxonomy;
   std::string table;
   RuleLayout layout;
-  RuleOrder sort = RuleOrder::kNumber;
+  std::string sort;
+  std::string where;
   long limit = 0;
 };
+
+const std::vector<std::pair<std::string, RuleOrder>>& FigureOrders() {
+  static const std::vector<std::pair<std::string, RuleOrder>> kOrders = {
+      {"index", RuleOrder::kNumber},
+      {"support", RuleOrder::kDecreasingSupport},
+      {"confidence", RuleOrder::kDecreasingConfidence},
+      {"pa", RuleOrder::kDecreasingAntecedent},
+      {"pc", RuleOrder::kDecreasingConsequent}};
+  return kOrders;
+}
+
+std::string CheckOrder(const std::string& word) {
+  for (const auto& [text, order] : FigureOrders()) {
+    if (text == word) return {};
+  }
+  if (MeasureNamed(word)) return {};
+  return fmt::format("{} is neither index, support, confidence, pa or pc nor a measure: {}", word,
+                     MeasureList());
+}
+
+// By the figures of the table where these are named, as they are stored.
+void Order(const RuleList& list, const RuleMeasures& measures, const std::string& word,
+           std::vector<RuleNumber>& numbers) {
+  for (const auto& [text, order] : FigureOrders()) {
+    if (text == word || (word.empty() && order == RuleOrder::kNumber))
+      return OrderRules(list, order, numbers);
+  }
+  if (const std::optional<Measure> measure = MeasureNamed(word)) measures.Order(*measure, numbers);
+}
+
+// What the information file says of the rows; 0 where it says nothing, which leaves some measures empty.
+std::uint64_t RowsBehind(const RulesStore& store) {
+  try {
+    return RowsOf(ReadInfoOf(store).rows);
+  } catch (const FileError&) {
+    return 0;
+  } catch (const InputError&) {
+    return 0;
+  }
+}
 
 void Show(const ShowOptions& options, const CliContext& context) {
   RulesStore store;
@@ -89,14 +130,17 @@ void Show(const ShowOptions& options, const CliContext& context) {
   store.OpenRulesTable(ChooseTable(store.ListRulesTables(), options.table, options.database));
   context.progress.SetStatus("Loading rules ....");
   const RuleList list(store, context.progress);
+  NodeNames names(taxonomy);
+  const std::uint64_t rows = RowsBehind(store);
+  const RuleMeasures measures(list, rows);
   std::vector<RuleNumber> numbers(static_cast<std::size_t>(list.size()));
   std::iota(numbers.begin(), numbers.end(), RuleNumber{1});
-  OrderRules(list, options.sort, numbers);
-  if (options.limit > 0 && options.limit < list.size())
+  if (!options.where.empty()) numbers = measures.Where(options.where, names);
+  Order(list, measures, options.sort, numbers);
+  if (options.limit > 0 && static_cast<std::size_t>(options.limit) < numbers.size())
     numbers.resize(static_cast<std::size_t>(options.limit));
-  NodeNames names(taxonomy);
   context.progress.SetStatus("Completed!!");
-  WriteOut(context, PrintRules(list, ListedRules(numbers), options.layout, names));
+  WriteOut(context, PrintRules(list, ListedRules(numbers), options.layout, names, rows));
 }
 
 void AddShow(CLI::App& group, const CliContext& context) {
@@ -106,18 +150,20 @@ void AddShow(CLI::App& group, const CliContext& context) {
   command->add_option("--taxonomy", options->taxonomy, "Taxonomy database")->required()->type_name("TAXDB");
   command->add_option("--table", options->table, "Rules table, where there are several")->type_name("T");
   AddRuleLayout(*command, options->layout);
-  AddChoice<RuleOrder>(*command, "--sort", options->sort,
-                       {{"index", RuleOrder::kNumber},
-                        {"support", RuleOrder::kDecreasingSupport},
-                        {"confidence", RuleOrder::kDecreasingConfidence},
-                        {"pa", RuleOrder::kDecreasingAntecedent},
-                        {"pc", RuleOrder::kDecreasingConsequent}},
-                       "index, or the greatest support, confidence, pa or pc first");
+  command
+      ->add_option(
+          "--sort", options->sort,
+          "index, or the greatest support, confidence, pa or pc first, or the strongest by a measure")
+      ->type_name("M")
+      ->check(CheckOrder);
+  AddWhere(*command, options->where);
   command->add_option("--limit", options->limit, "Print so many rules only")
       ->type_name("N")
       ->check(CLI::Range(1L, kMostRules));
   command->footer(
-      "Example:\n  selvane-cli rules show rules.mdb --taxonomy tax.mdb --sort confidence --limit 20");
+      "Example:\n  selvane-cli rules show rules.mdb --taxonomy tax.mdb --sort confidence --limit 20\n"
+      "  selvane-cli rules show rules.mdb --taxonomy tax.mdb --where \"lift > 2 and p < 0.01\" --measures "
+      "lift,p --sort lift");
   command->callback([options, &context] { Show(*options, context); });
 }
 

@@ -2,10 +2,13 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <optional>
 
+#include "base/error.h"
 #include "base/shown_text.h"
 #include "base/text.h"
 #include "measures/measures.h"
@@ -45,13 +48,50 @@ Measures MeasuresOf(const Rule& rule) {
   return {Rounded(Lift(figures)), Rounded(Leverage(figures)), Rounded(Conviction(figures))};
 }
 
-std::string AsText(const RuleList& rules, std::span<const ListedRule> listed, NodeNames& names) {
+// The measures that were asked for, of rules of one list.
+class AskedMeasures {
+ public:
+  // `shown` are the names that the format has columns for anyway.
+  AskedMeasures(const RuleList& rules, std::uint64_t rows, std::span<const Measure> asked,
+                std::span<const std::string_view> shown)
+      : measures_(rules, rows) {
+    for (const Measure measure : asked) {
+      const bool is_shown = std::find(shown.begin(), shown.end(), InfoOf(measure).name) != shown.end();
+      if (!is_shown) asked_.push_back(measure);
+    }
+  }
+
+  template <typename Visit>
+  void ForEach(RuleNumber number, const Visit& visit) const {
+    for (const Measure measure : asked_) visit(InfoOf(measure).name, measures_.ValueOf(number, measure));
+  }
+  std::span<const Measure> asked() const { return asked_; }
+
+ private:
+  RuleMeasures measures_;
+  std::vector<Measure> asked_;
+};
+
+constexpr std::array<std::string_view, 2> kInText = {"support", "confidence"};
+constexpr std::array<std::string_view, 5> kInTables = {"support", "confidence", "lift", "leverage",
+                                                       "conviction"};
+
+std::string AsText(const RuleList& rules, std::span<const ListedRule> listed, const AskedMeasures& measures,
+                   NodeNames& names) {
   std::string text;
   for (const auto& [number, depth] : listed) {
     const Rule& rule = rules[number];
-    fmt::format_to(std::back_inserter(text), "{:{}}{:>5}  {:.6f}  {:.6f}  {} => {}\n", "", 2 * depth, number,
+    fmt::format_to(std::back_inserter(text), "{:{}}{:>5}  {:.6f}  {:.6f}  {} => {}", "", 2 * depth, number,
                    rule.support, rule.confidence, names.Joined(rule.antecedent),
                    names.Joined(rule.consequent));
+    const char* separator = "  ";
+    measures.ForEach(number, [&](std::string_view name, std::optional<double> value) {
+      text += separator;
+      text += name;
+      text += value ? fmt::format(" {:.6g}", *value) : " -";
+      separator = ", ";
+    });
+    text += '\n';
   }
   return text;
 }
@@ -61,23 +101,32 @@ std::string MeasureText(std::optional<double> measure) {
 }
 
 std::string AsCsv(const RuleList& rules, std::span<const ListedRule> listed, bool guards_formulas,
-                  NodeNames& names) {
+                  const AskedMeasures& asked, NodeNames& names) {
   const auto cell = [&](const std::vector<NodeNumber>& side) {
     const std::string text = names.Joined(side);
     return DoubleQuoted(guards_formulas ? Guarded(text) : text);
   };
   std::string text =
       "INDEX,ANTECEDENT,CONSEQUENT,ANTECEDENT_NAMES,CONSEQUENT_NAMES,SUPPORT,CONFIDENCE,PA,PC,ASPEC,CSPEC,"
-      "LIFT,LEVERAGE,CONVICTION\n";
+      "LIFT,LEVERAGE,CONVICTION";
+  for (const Measure measure : asked.asked()) {
+    text += ',';
+    for (const char c : InfoOf(measure).name) text += 'a' <= c && c <= 'z' ? static_cast<char>(c - 32) : c;
+  }
+  text += '\n';
   for (const auto& [number, depth] : listed) {
     const Rule& rule = rules[number];
     const Measures measures = MeasuresOf(rule);
-    fmt::format_to(std::back_inserter(text), "{},{},{},{},{},{},{},{},{},{},{},{},{},{}\n", number,
+    fmt::format_to(std::back_inserter(text), "{},{},{},{},{},{},{},{},{},{},{},{},{},{}", number,
                    Numbers(rule.antecedent), Numbers(rule.consequent), cell(rule.antecedent),
                    cell(rule.consequent), SingleText(rule.support), SingleText(rule.confidence),
                    SingleText(rule.pa), SingleText(rule.pc), rule.aspec, rule.cspec,
                    MeasureText(measures.lift), MeasureText(measures.leverage),
                    MeasureText(measures.conviction));
+    asked.ForEach(number, [&text](std::string_view, std::optional<double> value) {
+      (text += ',') += MeasureText(value);
+    });
+    text += '\n';
   }
   return text;
 }
@@ -129,23 +178,55 @@ std::string RuleAsJson(RuleNumber number, const Rule& rule, NodeNames& names) {
   return text;
 }
 
-std::string AsJson(const RuleList& rules, std::span<const ListedRule> listed, NodeNames& names) {
+std::string AsJson(const RuleList& rules, std::span<const ListedRule> listed, const AskedMeasures& asked,
+                   NodeNames& names) {
   if (listed.empty()) return "[]\n";
   std::string text = "[";
   for (const ListedRule& rule : listed) {
-    fmt::format_to(std::back_inserter(text), "{}\n {{{}\n }}", text.size() == 1 ? "" : ",",
-                   RuleAsJson(rule.number, rules[rule.number], names));
+    std::string members = RuleAsJson(rule.number, rules[rule.number], names);
+    asked.ForEach(rule.number, [&members](std::string_view name, std::optional<double> value) {
+      fmt::format_to(std::back_inserter(members), ",\n  \"{}\": {}", name, JsonText(value));
+    });
+    fmt::format_to(std::back_inserter(text), "{}\n {{{}\n }}", text.size() == 1 ? "" : ",", members);
   }
   return text + "\n]\n";
 }
 
 }  // namespace
 
+namespace {
+
+std::vector<Measure> MeasuresAsked(const std::string& list) {
+  try {
+    return MeasuresNamed(list);
+  } catch (const InputError& error) {
+    throw CLI::ValidationError("--measures", error.what());
+  }
+}
+
+}  // namespace
+
+std::string MeasureList() {
+  std::string list;
+  for (const MeasureInfo& info : AllMeasures()) {
+    list += (list.empty() ? "" : ", ") + std::string(info.name);
+  }
+  return list;
+}
+
 std::vector<ListedRule> ListedRules(std::span<const RuleNumber> numbers) {
   std::vector<ListedRule> listed;
   listed.reserve(numbers.size());
   for (const RuleNumber number : numbers) listed.push_back({number});
   return listed;
+}
+
+CLI::Option* AddWhere(CLI::App& command, std::string& where) {
+  return command
+      .add_option("--where", where,
+                  "Rules for which this is true: compares measures, number, size, antecedent and consequent "
+                  "with and, or, not, like")
+      ->type_name("EXPRESSION");
 }
 
 void AddRuleLayout(CLI::App& command, RuleLayout& layout) {
@@ -155,18 +236,21 @@ void AddRuleLayout(CLI::App& command, RuleLayout& layout) {
   command.add_flag_callback(
       "--no-guard", [&layout] { layout.guards_formulas = false; },
       "In csv, put no apostrophe before names that a spreadsheet would take for formulas");
+  command
+      .add_option_function<std::string>(
+          "--measures", [&layout](const std::string& list) { layout.measures = MeasuresAsked(list); },
+          "Measures to print behind each rule: all, or some of\n" + MeasureList())
+      ->type_name("all|M,...");
 }
 
 std::string PrintRules(const RuleList& rules, std::span<const ListedRule> listed, const RuleLayout& layout,
-                       NodeNames& names) {
-  switch (layout.format) {
-    case RuleFormat::kCsv:
-      return AsCsv(rules, listed, layout.guards_formulas, names);
-    case RuleFormat::kJson:
-      return AsJson(rules, listed, names);
-    default:
-      return AsText(rules, listed, names);
+                       NodeNames& names, std::uint64_t rows) {
+  if (layout.format == RuleFormat::kText) {
+    return AsText(rules, listed, AskedMeasures(rules, rows, layout.measures, kInText), names);
   }
+  const AskedMeasures asked(rules, rows, layout.measures, kInTables);
+  return layout.format == RuleFormat::kCsv ? AsCsv(rules, listed, layout.guards_formulas, asked, names)
+                                           : AsJson(rules, listed, asked, names);
 }
 
 }  // namespace selvane
