@@ -1,4 +1,4 @@
-// selvane-cli rules filter rating|template|specificity|cover
+// selvane-cli rules filter rating|template|specificity|cover|measures
 #include <fmt/format.h>
 #include <fmt/ostream.h>
 
@@ -10,6 +10,7 @@
 #include "cli/rules_output.h"
 #include "filters/cover_filter.h"
 #include "filters/rating_filter.h"
+#include "filters/rule_measures.h"
 #include "filters/rules_opening.h"
 #include "filters/specificity_filter.h"
 #include "filters/template_filter.h"
@@ -49,7 +50,7 @@ class FilterRun {
 
   // Prints rules in this order and, where that was asked for, saves them.
   void Finish(std::span<const ListedRule> kept, std::string_view nothing_kept) {
-    Finish(kept, PrintRules(rules, kept, options_.layout, names), nothing_kept);
+    Finish(kept, PrintRules(rules, kept, options_.layout, names, RowsOf(info.rows)), nothing_kept);
   }
   // The same with the rules as text already.
   void Finish(std::span<const ListedRule> kept, std::string_view text, std::string_view nothing_kept) {
@@ -259,8 +260,10 @@ void Cover(const CoverOptions& options, const CliContext& context) {
   }
   fmt::print(context.err, "{} covers, {} of {} rules kept\n", covers.size(), kept.size(), run.rules.size());
   const bool in_clusters = options.clusters > 0 && options.layout.format == RuleFormat::kText;
-  run.Finish(kept, in_clusters ? text : PrintRules(run.rules, kept, options.layout, run.names),
-             "No rule matches a row of the term table");
+  run.Finish(
+      kept,
+      in_clusters ? text : PrintRules(run.rules, kept, options.layout, run.names, RowsOf(run.info.rows)),
+      "No rule matches a row of the term table");
 }
 
 void AddCover(CLI::App& group, const CliContext& context) {
@@ -282,6 +285,33 @@ void AddCover(CLI::App& group, const CliContext& context) {
   command->callback([options, &context] { Cover(*options, context); });
 }
 
+struct MeasureOptions : FilterOptions {
+  std::string where;
+  std::optional<Measure> sort;
+};
+
+void KeepMeasured(const MeasureOptions& options, const CliContext& context) {
+  FilterRun run(options, context);
+  const RuleMeasures measures(run.rules, RowsOf(run.info.rows));
+  std::vector<RuleNumber> numbers = measures.Where(options.where, run.names);
+  if (options.sort) measures.Order(*options.sort, numbers);
+  run.Finish(ListedRules(numbers), "No satisfying rule ");
+}
+
+void AddMeasures(CLI::App& group, const CliContext& context) {
+  CLI::App* command = group.add_subcommand("measures", "Keep rules by what their measures are");
+  auto options = std::make_shared<MeasureOptions>();
+  AddCommonOptions(*command, *options);
+  AddWhere(*command, options->where)->required();
+  std::vector<std::pair<std::string, std::optional<Measure>>> names;
+  for (const MeasureInfo& info : AllMeasures()) names.emplace_back(info.name, info.measure);
+  AddChoice<std::optional<Measure>>(*command, "--sort", options->sort, names, "The strongest first by this");
+  command->footer(
+      "Example:\n  selvane-cli rules filter measures rules.mdb --taxonomy tax.mdb --where \"lift > 2 and p < "
+      "0.01\" --sort lift --save");
+  command->callback([options, &context] { KeepMeasured(*options, context); });
+}
+
 }  // namespace
 
 void AddFilterCommands(CLI::App& rules, const CliContext& context) {
@@ -291,6 +321,7 @@ void AddFilterCommands(CLI::App& rules, const CliContext& context) {
   AddTemplate(*group, context);
   AddSpecificity(*group, context);
   AddCover(*group, context);
+  AddMeasures(*group, context);
 }
 
 }  // namespace selvane
