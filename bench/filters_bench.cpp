@@ -43,7 +43,9 @@ struct Input {
   void MineRules(const TaxonomyStore& taxonomy) {
     TransactionSource source;
     source.Open(folder / "terms.mdb");
-    GeneralizedApriori engine(source, "T", kSupport, taxonomy, true, folder / "ItemSets.dat");
+    const ItemHierarchy hierarchy(taxonomy, ItemKind::kPositions);
+    GeneralizedApriori engine(source, "T", taxonomy, hierarchy, {.minimum_support = kSupport},
+                              folder / "ItemSets.dat");
     const AprioriSummary found = engine.Run(progress);
     store.SetTargetTable("Mined");
     RuleGenerator generator(

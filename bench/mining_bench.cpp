@@ -65,7 +65,9 @@ void Search(benchmark::State& state, const char* terms) {
   const float support = static_cast<float>(state.range(0)) / 1000;
   SilentProgress progress;
   for ([[maybe_unused]] auto _ : state) {
-    GeneralizedApriori engine(source, "T", support, taxonomy, true, input.folder / "ItemSets.dat");
+    const ItemHierarchy hierarchy(taxonomy, ItemKind::kPositions);
+    GeneralizedApriori engine(source, "T", taxonomy, hierarchy, {.minimum_support = support},
+                              input.folder / "ItemSets.dat");
     AprioriSummary found;
     const double seconds = SecondsOf([&] { found = engine.Run(progress); });
     const double yardstick = YardstickSeconds(found.work, found.single_items);

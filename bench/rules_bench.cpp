@@ -79,7 +79,9 @@ void CountRules(benchmark::State& state) {
   const TaxonomyStore taxonomy(folder / "tax.mdb");
   TransactionSource source;
   source.Open(folder / "terms.mdb");
-  GeneralizedApriori engine(source, "T", 0.2F, taxonomy, true, folder / "ItemSets.dat");
+  const ItemHierarchy hierarchy(taxonomy, ItemKind::kPositions);
+  GeneralizedApriori engine(source, "T", taxonomy, hierarchy, {.minimum_support = 0.2F},
+                            folder / "ItemSets.dat");
   const AprioriSummary found = engine.Run(progress);
   for ([[maybe_unused]] auto _ : state) {
     const auto tally = [&](std::size_t file_budget) {

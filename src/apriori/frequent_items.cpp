@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <numeric>
 #include <string>
+#include <unordered_map>
 #include <utility>
 
 #include "itemsets/least_rows.h"
@@ -28,19 +29,41 @@ std::vector<std::uint32_t> CanonicalRanks(std::span<const NodeNumber> nodes, con
   return ranks;
 }
 
+bool Holds(const std::vector<NodeNumber>& sorted, NodeNumber node) {
+  return std::binary_search(sorted.begin(), sorted.end(), node);
+}
+
+// The rows of these places; the registry's own where all of them are taken and it may give them away.
+RowBits RowsOf(ItemRegistry& registry, std::span<const std::uint32_t> places, bool keep_rows) {
+  if (!keep_rows && places.size() == registry.frequent.size()) return std::move(registry.rows);
+  RowBits rows(places.size(), registry.rows.words() * 64);
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    std::copy_n(registry.rows[places[i]], rows.words(), rows[i]);
+  }
+  if (!keep_rows) registry.rows = RowBits();
+  return rows;
+}
+
 }  // namespace
 
-FrequentItems SelectFrequentItems(ItemRegistry& registry, float minimum_support,
+FrequentItems SelectFrequentItems(ItemRegistry& registry, const ItemChoice& choice,
                                   const TaxonomyStore& taxonomy) {
   FrequentItems items;
-  items.level.least_rows = std::max(1U, LeastRows(minimum_support, registry.row_count));
-  for (const std::size_t place : registry.frequent) items.nodes.push_back(registry.nodes[place]);
-  items.support_counts = std::move(registry.support_counts);
-  items.level.rows = std::move(registry.rows);
-  // The row whose id is 0 gets lost in every intersection.
-  for (std::size_t i = 0; i < items.nodes.size() && registry.zero_row != SIZE_MAX; ++i) {
-    items.level.rows.Clear(i, registry.zero_row);
+  items.level.least_rows = std::max(1U, LeastRows(choice.minimum_support, registry.row_count));
+  for (std::size_t place = 0; place < registry.frequent.size(); ++place) {
+    const NodeNumber node = registry.nodes[registry.frequent[place]];
+    const std::uint32_t count = registry.support_counts[place];
+    if (count < items.level.least_rows || Holds(choice.left_out, node)) continue;
+    if (!choice.only.empty() && !Holds(choice.only, node)) continue;
+    items.nodes.push_back(node);
+    items.support_counts.push_back(count);
+    items.known.push_back(static_cast<std::uint32_t>(place));
   }
+  // The row whose id is 0 gets lost in every intersection.
+  for (std::size_t i = 0; i < registry.frequent.size() && registry.zero_row != SIZE_MAX; ++i) {
+    registry.rows.Clear(i, registry.zero_row);
+  }
+  items.level.rows = RowsOf(registry, items.known, choice.keep_rows);
   items.level.rank = CanonicalRanks(items.nodes, taxonomy);
   return items;
 }
@@ -55,6 +78,26 @@ PairTable UnrelatedPairs(const FrequentItems& items, const TaxonomyStore& taxono
       const bool related =
           codes[a].find(codes[b]) != std::string::npos || codes[b].find(codes[a]) != std::string::npos;
       if (!related) pairs.Insert(a, b);
+    }
+  }
+  return pairs;
+}
+
+PairTable UnrelatedPairs(const FrequentItems& items, const ItemHierarchy& hierarchy) {
+  const std::size_t count = items.nodes.size();
+  std::unordered_map<NodeNumber, std::uint32_t> places;
+  for (std::uint32_t i = 0; i < count; ++i) places.emplace(items.nodes[i], i);
+  PairTable related(count);
+  for (std::uint32_t i = 0; i < count; ++i) {
+    for (const NodeNumber above : hierarchy.Above(items.nodes[i])) {
+      const auto found = places.find(above);
+      if (found != places.end()) related.Insert(i, found->second);
+    }
+  }
+  PairTable pairs(count);
+  for (std::uint32_t a = 0; a < count; ++a) {
+    for (std::uint32_t b = 0; b < a; ++b) {
+      if (!related.Contains(a, b)) pairs.Insert(a, b);
     }
   }
   return pairs;

@@ -5,9 +5,7 @@
 #include <optional>
 #include <utility>
 
-#include "apriori/frequent_items.h"
 #include "apriori/level_writer.h"
-#include "itemsets/item_registry.h"
 
 namespace selvane {
 
@@ -19,16 +17,15 @@ PairTable PairsOf(const Level& pairs, std::size_t items) {
   return table;
 }
 
-// Writes the level of single items and every level above it. An itemset never has as many items as were
-// registered, even if all of them stand in every row. `unrelated` are the pairs that may be made, nullptr for
-// all of them: at a higher level two items may join when they are a frequent pair, which leaves related ones
-// out too.
+// Writes the level of single items and every level above it, up to itemsets of so many items. `unrelated` are
+// the pairs that may be made, nullptr for all of them: at a higher level two items may join when they are a
+// frequent pair, which leaves related ones out too.
 SearchWork WriteLevels(Level level, const FrequentItems& items, const PairTable* unrelated,
-                       std::size_t registered, LevelWriter& writer, Progress& progress) {
+                       std::size_t largest, LevelWriter& writer, Progress& progress) {
   SearchWork work;
   writer.Write(level);
   std::optional<PairTable> frequent_pairs;
-  for (std::size_t k = 2; level.size() > 0 && k < registered; ++k) {
+  for (std::size_t k = 2; level.size() > 0 && k <= largest; ++k) {
     level = NextLevel(level, items.level, frequent_pairs ? &*frequent_pairs : unrelated, work, progress);
     if (k == 2) frequent_pairs = PairsOf(level, items.nodes.size());
     writer.Write(level);
@@ -41,36 +38,71 @@ SearchWork WriteLevels(Level level, const FrequentItems& items, const PairTable*
 
 }  // namespace
 
-GeneralizedApriori::GeneralizedApriori(TransactionSource& source, std::string table, float minimum_support,
-                                       const TaxonomyStore& taxonomy, bool generalize,
-                                       std::filesystem::path itemset_file)
+GeneralizedApriori::GeneralizedApriori(TransactionSource& source, std::string table,
+                                       const TaxonomyStore& taxonomy, const ItemHierarchy& hierarchy,
+                                       SearchOptions options, std::filesystem::path itemset_file)
     : source_(source),
       table_(std::move(table)),
-      minimum_support_(minimum_support),
       taxonomy_(taxonomy),
-      generalize_(generalize),
+      hierarchy_(hierarchy),
+      options_(std::move(options)),
       itemset_path_(std::move(itemset_file)) {
   source_.ListItemFields(table_, item_names_);
+}
+
+FrequentItems GeneralizedApriori::ReadFrequentItems(Progress& progress) {
+  // Rounded down, so that no rarer item is missed for a last bit.
+  const auto share = static_cast<float>(options_.keep_share > 0 ? options_.keep_share * 0.9999 : 1);
+  kept_.registry = ReadItems(source_, table_, item_names_, hierarchy_,
+                             {.generalize = options_.generalize,
+                              .minimum_support = options_.minimum_support * share,
+                              .witnesses = options_.distinct_witnesses},
+                             progress);
+  ItemRegistry& registry = kept_.registry;
+  FrequentItems items = SelectFrequentItems(registry,
+                                            {.minimum_support = options_.minimum_support,
+                                             .left_out = options_.left_out,
+                                             .only = options_.only,
+                                             .keep_rows = options_.keep_share > 0},
+                                            taxonomy_);
+  for (const std::size_t place : registry.frequent) kept_.nodes.push_back(registry.nodes[place]);
+  if (options_.distinct_witnesses) {
+    kept_.witnesses.emplace(registry.columns, item_names_.size(), registry.terms);
+    items.level.witnesses = &*kept_.witnesses;
+  }
+  return items;
+}
+
+// Of positions, an itemset never has as many items as were registered, even if all of them stand in every
+// row.
+std::size_t GeneralizedApriori::LargestItemset() const {
+  const std::size_t registered = kept_.registry.nodes.size();
+  const bool is_short = hierarchy_.kind() == ItemKind::kPositions && registered > 0;
+  const std::size_t largest = is_short ? registered - 1 : registered;
+  return options_.max_size > 0 ? std::min(largest, options_.max_size) : largest;
 }
 
 AprioriSummary GeneralizedApriori::Run(Progress& progress) {
   std::ofstream("frequentItemset2.dat", std::ios::app).close();  // made when missing, never written to
   progress.SetRange(0, 100);
   progress.SetPosition(0);
-  ItemRegistry registry =
-      ReadItems(source_, table_, item_names_, taxonomy_, generalize_, minimum_support_, progress);
-  const FrequentItems items = SelectFrequentItems(registry, minimum_support_, taxonomy_);
+  FrequentItems items = ReadFrequentItems(progress);
+  items.level.witnessed = items.known;
   progress.SetPosition(10);
   LevelWriter writer(itemset_path_, items.nodes);
   std::optional<PairTable> unrelated;
-  if (generalize_ && registry.nodes.size() > 2) unrelated = UnrelatedPairs(items, taxonomy_);
+  if (hierarchy_.kind() == ItemKind::kTerms) {
+    unrelated = UnrelatedPairs(items, hierarchy_);
+  } else if (options_.generalize && kept_.registry.nodes.size() > 2) {
+    unrelated = UnrelatedPairs(items, taxonomy_);
+  }
   AprioriSummary summary;
   summary.work = WriteLevels(FirstLevel(items.level, items.support_counts), items,
-                             unrelated ? &*unrelated : nullptr, registry.nodes.size(), writer, progress);
+                             unrelated ? &*unrelated : nullptr, LargestItemset(), writer, progress);
   writer.Close();
-  summary.direct_items = std::move(registry.direct);
-  summary.generalized_items = std::move(registry.generalized);
-  summary.row_count = registry.row_count;
+  summary.direct_items = kept_.registry.direct;
+  summary.generalized_items = kept_.registry.generalized;
+  summary.row_count = kept_.registry.row_count;
   summary.itemsets_written = writer.written();
   summary.single_items = static_cast<std::uint32_t>(items.nodes.size());
   summary.file_error = writer.error();

@@ -67,7 +67,7 @@ class Joiner {
         allowed_(allowed),
         bits_(FastRowBitsOperations()),
         prefix_rows_(known, bits_, level.set_size),
-        rows_(1, known.rows.words() * 64) {
+        rows_(2, known.rows.words() * 64) {
     joins_.of.resize(level.size());
   }
 
@@ -110,9 +110,22 @@ class Joiner {
         rows = rows_[0];
       }
       ++counted_;
-      const std::uint32_t support_count = bits_.count_and(rows, known_.rows[other], words);
+      std::uint32_t support_count = bits_.count_and(rows, known_.rows[other], words);
+      if (support_count < known_.least_rows) continue;
+      if (known_.witnesses != nullptr) support_count -= Unsupporting(itemset, other, rows);
       if (support_count >= known_.least_rows) joins_.all.push_back({partner, support_count});
     }
+  }
+
+  // Of the rows that hold an itemset and another item, those without distinct witnesses.
+  std::uint32_t Unsupporting(std::uint32_t itemset, std::uint32_t other, const RowWord* rows) {
+    union_.clear();
+    for (const std::uint32_t item : level_.Set(itemset)) union_.push_back(known_.witnessed[item]);
+    union_.push_back(known_.witnessed[other]);
+    if (!known_.witnesses->HasEntangled(union_)) return 0;
+    const std::size_t words = known_.rows.words();
+    bits_.store_and(rows, known_.rows[other], rows_[1], words);
+    return known_.witnesses->ClearUnsupporting(union_, {rows_[1], words});
   }
 
   const Level& level_;
@@ -120,7 +133,8 @@ class Joiner {
   const PairTable* allowed_;
   const RowBitsOperations bits_;
   PrefixRows prefix_rows_;
-  RowBits rows_;
+  RowBits rows_;                      // of the itemset, and of its union with another item
+  std::vector<std::uint32_t> union_;  // by the numbers of the witnesses
   Joins joins_;
   std::uint64_t counted_ = 0;
   std::uint64_t pulsed_ = 0;

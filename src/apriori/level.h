@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/progress.h"
+#include "itemsets/distinct_witnesses.h"
 #include "itemsets/row_bits.h"
 
 namespace selvane {
@@ -15,6 +16,9 @@ struct LevelItems {
   RowBits rows;                     // without the row whose id is 0
   std::vector<std::uint32_t> rank;  // place in canonical order
   std::uint32_t least_rows = 1;     // how many rows make an itemset frequent
+  // Where only rows with distinct witnesses count: these, and the number that each item has there.
+  const DistinctWitnesses* witnesses = nullptr;
+  std::span<const std::uint32_t> witnessed{};
 };
 
 // How much work a run was.

@@ -76,7 +76,8 @@ ItemRegistry ReadTermTable(const std::filesystem::path& path, const RulesInfo& i
   std::vector<std::string> item_names;
   source.ListItemFields(table, item_names);
   progress.SetStatus("Reading term table ...");
-  return ReadItems(source, table, item_names, taxonomy, WasGeneralized(info), 0, progress);
+  const ItemHierarchy hierarchy(taxonomy, ItemKind::kPositions);
+  return ReadItems(source, table, item_names, hierarchy, {.generalize = WasGeneralized(info)}, progress);
 }
 
 }  // namespace selvane

@@ -30,6 +30,19 @@ class ColumnRows {
   std::uint64_t MostRows(std::size_t column) const {
     return lists_.empty() ? counts_[column] : lists_[column].size();
   }
+  // Calls `visit` with each row of the column.
+  template <typename Visit>
+  void ForEachRow(std::size_t column, const Visit& visit) const {
+    if (!lists_.empty()) {
+      for (const std::uint32_t row : lists_[column]) visit(std::size_t{row});
+      return;
+    }
+    for (std::size_t i = 0; i < bits_.words(); ++i) {
+      for (RowWord word = bits_[column][i]; word != 0; word &= word - 1) {
+        visit(i * 64 + static_cast<std::size_t>(std::countr_zero(word)));
+      }
+    }
+  }
   void AddTo(RowWord* target, std::size_t column) const {
     if (lists_.empty()) {
       const RowWord* const source = bits_[column];
@@ -45,24 +58,41 @@ class ColumnRows {
   std::vector<std::vector<std::uint32_t>> lists_;
 };
 
+// The other way round: the columns of each row. Counted first, so that each finds its place.
+RowTerms TermsOfRows(const ColumnRows& column_rows, std::size_t columns, std::size_t rows) {
+  RowTerms terms;
+  terms.begin.assign(rows + 1, 0);
+  for (std::size_t column = 0; column < columns; ++column) {
+    column_rows.ForEachRow(column, [&terms](std::size_t row) { ++terms.begin[row + 1]; });
+  }
+  std::partial_sum(terms.begin.begin(), terms.begin.end(), terms.begin.begin());
+  terms.columns.resize(terms.begin.back());
+  std::vector<std::size_t> next(terms.begin.begin(), terms.begin.end() - 1);
+  for (std::size_t column = 0; column < columns; ++column) {
+    column_rows.ForEachRow(
+        column, [&](std::size_t row) { terms.columns[next[row]++] = static_cast<std::uint32_t>(column); });
+  }
+  return terms;
+}
+
 // Registers nodes and remembers which columns give each of them.
 class NodeColumns {
  public:
-  NodeColumns(ItemRegistry& registry, const TaxonomyStore& taxonomy, std::span<const std::string> names,
+  NodeColumns(ItemRegistry& registry, const ItemHierarchy& hierarchy, std::span<const std::string> names,
               bool generalize)
-      : registry_(registry), taxonomy_(taxonomy), names_(names), generalize_(generalize) {}
+      : registry_(registry), hierarchy_(hierarchy), names_(names), generalize_(generalize) {}
 
   // Takes the columns that a row is the first to have. Nodes that a column gives are registered with that
   // row; later rows add nothing new. All terms of the row come before all ancestors, as asking for items and
   // then for ancestors of each row gives it.
   void AddFirstRow(std::span<const std::size_t> columns) {
     for (const std::size_t column : columns) {
-      for (const NodeNumber node : taxonomy_.working().NodesOfTerm(names_[column]))
+      for (const NodeNumber node : hierarchy_.ItemsOfTerm(names_[column]))
         Add(node, column, registry_.direct);
     }
     if (!generalize_) return;
     for (const std::size_t column : columns) {
-      for (const NodeNumber node : taxonomy_.AncestorsOfTerm(names_[column]))
+      for (const NodeNumber node : hierarchy_.ItemsAboveTerm(names_[column]))
         Add(node, column, registry_.generalized);
     }
   }
@@ -89,6 +119,13 @@ class NodeColumns {
     registry_.rows.Shrink(registry_.frequent.size());
   }
 
+  void FillColumns() {
+    for (const std::size_t node : registry_.frequent) {
+      std::vector<std::uint32_t>& columns = registry_.columns.emplace_back();
+      for (const std::size_t column : columns_[node]) columns.push_back(static_cast<std::uint32_t>(column));
+    }
+  }
+
  private:
   static std::uint32_t CountOf(std::span<const RowWord> rows) {
     return std::accumulate(rows.begin(), rows.end(), 0U, [](std::uint32_t sum, RowWord word) {
@@ -109,7 +146,7 @@ class NodeColumns {
   }
 
   ItemRegistry& registry_;
-  const TaxonomyStore& taxonomy_;
+  const ItemHierarchy& hierarchy_;
   std::span<const std::string> names_;
   bool generalize_;
   std::unordered_map<NodeNumber, std::size_t> places_;
@@ -176,20 +213,23 @@ ColumnRows ReadSets(const TransactionSource& source, std::string_view table, std
 }  // namespace
 
 ItemRegistry ReadItems(TransactionSource& source, std::string_view table,
-                       std::span<const std::string> item_names, const TaxonomyStore& taxonomy,
-                       bool generalize, float minimum_support, Progress& progress) {
+                       std::span<const std::string> item_names, const ItemHierarchy& hierarchy,
+                       const ItemReading& reading, Progress& progress) {
   ItemRegistry registry;
   auto rows = static_cast<std::size_t>(source.CountRows(table));
   if (rows == 0) return registry;
-  NodeColumns nodes(registry, taxonomy, item_names, generalize);
+  NodeColumns nodes(registry, hierarchy, item_names, reading.generalize);
+  const auto fill = [&](const ColumnRows& column_rows) {
+    nodes.FillRows(column_rows, rows, reading.minimum_support);
+    if (!reading.witnesses) return;
+    nodes.FillColumns();
+    registry.terms = TermsOfRows(column_rows, item_names.size(), rows);
+  };
   if (source.IsOfSets(table)) {
     registry.row_count = static_cast<std::uint32_t>(rows);
-    const ColumnRows column_rows = ReadSets(source, table, item_names.size(), rows, nodes, progress);
-    nodes.FillRows(column_rows, rows, minimum_support);
+    fill(ReadSets(source, table, item_names.size(), rows, nodes, progress));
   } else {
-    const ColumnRows column_rows =
-        ReadRows(source, table, item_names.size(), rows, nodes, registry, progress);
-    nodes.FillRows(column_rows, rows, minimum_support);
+    fill(ReadRows(source, table, item_names.size(), rows, nodes, registry, progress));
   }
   return registry;
 }

@@ -9,8 +9,9 @@
 
 #include "base/progress.h"
 #include "data/transaction_source.h"
+#include "itemsets/distinct_witnesses.h"
+#include "itemsets/item_hierarchy.h"
 #include "itemsets/row_bits.h"
-#include "taxonomy/taxonomy_store.h"
 
 namespace selvane {
 
@@ -26,14 +27,25 @@ struct ItemRegistry {
   RowBits rows;                               // of the same: those that hold it
   std::uint32_t row_count = 0;
   std::size_t zero_row = SIZE_MAX;  // the bit of the row whose id is 0, if there is one
+  // Where witnesses are wanted: of the frequent nodes, the columns that give each of them; and the columns
+  // that each row holds.
+  std::vector<std::vector<std::uint32_t>> columns;
+  RowTerms terms;
 };
 
-// Reads the table once. The taxonomy is asked once for each column that is 1 somewhere; the result is that of
-// TaxonomyStore::RecordItems and RecordAncestors for every row. Only of nodes that reach the minimum support,
-// a fraction of the rows, the rows are kept; 0 keeps those of all. Of a table of sets no rows are made; each
-// term of each row takes four bytes meanwhile. Throws DatabaseError.
+// What ReadItems is to read.
+struct ItemReading {
+  bool generalize = true;     // also the items above those of the terms
+  float minimum_support = 0;  // a fraction of the rows
+  bool witnesses = false;     // also which terms of a row stand for which items
+};
+
+// Reads the table once. The taxonomy is asked once for each column that is 1 somewhere; of positions the
+// result is that of TaxonomyStore::RecordItems and RecordAncestors for every row. Only of nodes that reach
+// the minimum support the rows are kept; 0 keeps those of all. Of a table of sets no rows are made; each term
+// of each row takes four bytes meanwhile. Throws DatabaseError.
 ItemRegistry ReadItems(TransactionSource& source, std::string_view table,
-                       std::span<const std::string> item_names, const TaxonomyStore& taxonomy,
-                       bool generalize, float minimum_support, Progress& progress);
+                       std::span<const std::string> item_names, const ItemHierarchy& hierarchy,
+                       const ItemReading& reading, Progress& progress);
 
 }  // namespace selvane

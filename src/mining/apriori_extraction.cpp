@@ -69,7 +69,9 @@ AprioriReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, I
   report.run.check_seconds = check_timer.Seconds();
 
   const StageTimer search_timer;
-  GeneralizedApriori engine(source, request.run.table, request.run.min_support, taxonomy, request.generalize,
+  const ItemHierarchy hierarchy(taxonomy, ItemKind::kPositions);
+  GeneralizedApriori engine(source, request.run.table, taxonomy, hierarchy,
+                            {.minimum_support = request.run.min_support, .generalize = request.generalize},
                             hold.path());
   const AprioriSummary found = Search(engine, report, progress);
   report.run.search_seconds = search_timer.Seconds();

@@ -126,7 +126,9 @@ TEST_F(GeneralizedAprioriTest, EqualsThePlainSearchByteForByte) {
     RandomInput input(seed);
     const float support = std::vector<float>{0.05F, 0.2F, 0.3F, 0.5F}[seed % 4];
     const bool generalize = seed % 3 != 0;
-    GeneralizedApriori engine(input.source, "T", support, input.taxonomy, generalize, "ItemSets.dat");
+    const ItemHierarchy hierarchy(input.taxonomy, ItemKind::kPositions);
+    GeneralizedApriori engine(input.source, "T", input.taxonomy, hierarchy,
+                              {.minimum_support = support, .generalize = generalize}, "ItemSets.dat");
     SilentProgress progress;
     const AprioriSummary found = engine.Run(progress);
     if (found.itemsets_written > 500) continue;  // the plain way is quadratic

@@ -95,7 +95,9 @@ TEST_F(RuleGeneratorTest, EqualsLookingEveryCountUp) {
   for (unsigned seed = 0; seed < 60; ++seed) {
     RandomInput input(seed);
     SilentProgress progress;
-    GeneralizedApriori engine(input.source, "T", seed % 2 == 0 ? 0.2F : 0.4F, input.taxonomy, seed % 3 != 0,
+    const ItemHierarchy hierarchy(input.taxonomy, ItemKind::kPositions);
+    GeneralizedApriori engine(input.source, "T", input.taxonomy, hierarchy,
+                              {.minimum_support = seed % 2 == 0 ? 0.2F : 0.4F, .generalize = seed % 3 != 0},
                               "sets.dat");
     const AprioriSummary found = engine.Run(progress);
     if (found.itemsets_written > 400) continue;  // the plain way is quadratic

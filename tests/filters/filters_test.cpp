@@ -208,7 +208,11 @@ TEST_F(FiltersTest, EqualThePlainWay) {
     for (int depth = 0; depth < 3; ++depth)
       ASSERT_EQ(SpecificityFilter(rules, bound).Walk(ground, options, depth, progress), walk[depth]) << table;
 
-    ItemRegistry items{{2, 3, 4, 5, 6}, {}, {}, {0, 1, 2, 3, 4}, {}, RowBits(5, 200), 200, SIZE_MAX};
+    ItemRegistry items;
+    items.nodes = {2, 3, 4, 5, 6};
+    items.frequent = {0, 1, 2, 3, 4};
+    items.rows = RowBits(5, 200);
+    items.row_count = 200;
     std::map<NodeNumber, RowWord> rows;
     // Few rows, so that many rules add equally many.
     for (std::size_t i = 0; i < 5; ++i) items.rows[i][3] = rows[items.nodes[i]] = random() % 64;
