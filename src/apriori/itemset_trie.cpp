@@ -87,73 +87,108 @@ std::optional<ItemsetTrie> ItemsetTrie::Load(const std::filesystem::path& path, 
   return trie;
 }
 
+namespace {
+
+struct TrieNodes {
+  std::span<const std::uint32_t> item;
+  std::span<const std::uint32_t> count;
+  std::span<const std::uint32_t> first_child;
+};
+
 // Walks the tree with the nodes of all subsets of the path at hand: subset m of the path's items, a bit for
 // each depth. A child adds one subset for each that is there already, found among the children of that
-// subset's node by a cursor that only moves forward.
-class TrieRuleCounter {
+// subset's node by a cursor that only moves forward. `Visit` gets the items and the counts of the subsets.
+template <typename Visit>
+class SubsetWalk {
  public:
-  TrieRuleCounter(const ItemsetTrie& trie, float minimum_confidence, RuleTally& tally, Progress& progress)
-      : trie_(trie), minimum_confidence_(minimum_confidence), tally_(tally), progress_(progress) {}
+  SubsetWalk(const TrieNodes& trie, const Visit& visit, Progress& progress)
+      : trie_(trie), visit_(visit), progress_(progress) {}
 
   // `node` is that of the whole path, of `depth` items, and nodes_ and counts_ hold those of its subsets.
-  void Visit(std::uint32_t node, std::size_t depth) {
-    const std::uint32_t end = trie_.first_child_[node + 1];
-    if (trie_.first_child_[node] == end) return;
+  void Walk(std::uint32_t node, std::size_t depth) {
+    const std::uint32_t end = trie_.first_child[node + 1];
+    if (trie_.first_child[node] == end) return;
     const std::size_t subsets = std::size_t{1} << depth;
-    if (nodes_.size() < 2 * subsets) {
-      nodes_.resize(2 * subsets, 0);
-      counts_.resize(2 * subsets, 0);
-    }
-    if (cursors_.size() <= depth) cursors_.resize(depth + 1);
+    MakeRoom(depth);
     cursors_[depth].clear();
     for (std::size_t m = 0; m < subsets; ++m) {
       const std::uint32_t subset = nodes_[m];
       cursors_[depth].push_back(
-          subset == kNone ? Cursor{} : Cursor{trie_.first_child_[subset], trie_.first_child_[subset + 1]});
+          subset == kNone ? Cursor{} : Cursor{trie_.first_child[subset], trie_.first_child[subset + 1]});
     }
-    for (std::uint32_t child = trie_.first_child_[node]; child < end; ++child) {
-      const std::uint32_t item = trie_.item_[child];
+    for (std::uint32_t child = trie_.first_child[node]; child < end; ++child) {
+      items_[depth] = trie_.item[child];
       std::vector<Cursor>& cursors = cursors_[depth];
       for (std::size_t m = 0; m < subsets; ++m) {
-        const std::uint32_t found = cursors[m].MoveTo(item, trie_.item_);
+        const std::uint32_t found = cursors[m].MoveTo(items_[depth], trie_.item);
         nodes_[subsets + m] = found;
-        counts_[subsets + m] = found == kNone ? kNone : trie_.count_[found];
+        counts_[subsets + m] = found == kNone ? kNone : trie_.count[found];
       }
       // The upper half of the subsets, those with the child's item, is written anew for each child; what is
       // below in the recursion writes behind it.
-      if (depth > 0) CountDivisions(trie_.count_[child], 2 * subsets);
+      if (depth > 0) visit_(std::span(items_).first(depth + 1), std::span(counts_).first(2 * subsets));
       if (depth == 0) progress_.SetPosition(static_cast<int>(100 * std::uint64_t{child} / end));
-      Visit(child, depth + 1);
+      Pulse(2 * subsets);
+      Walk(child, depth + 1);
     }
   }
 
  private:
-  static constexpr std::uint32_t kNone = ItemsetTrie::kNone;
+  static constexpr std::uint32_t kNone = ItemsetTrie::kNoCount;
   static constexpr std::uint64_t kPulseEvery = 4'000'000;  // subsets
 
   struct Cursor {
     std::uint32_t at = 0;
     std::uint32_t end = 0;
-    std::uint32_t MoveTo(std::uint32_t item, const std::vector<std::uint32_t>& items) {
+    std::uint32_t MoveTo(std::uint32_t item, std::span<const std::uint32_t> items) {
       while (at < end && items[at] < item) ++at;
       return at < end && items[at] == item ? at : kNone;
     }
   };
 
-  // Subset m is the antecedent of one division, for each m but the first and the last.
-  void CountDivisions(std::uint32_t support_count, std::size_t subsets) {
-    const std::uint32_t greatest = GreatestAntecedent(support_count);
-    for (std::size_t m = 1; m + 1 < subsets; ++m) {
-      if (counts_[m] <= greatest) {
-        tally_.Add(static_cast<float>(support_count) / static_cast<float>(counts_[m]), support_count);
-      }
-    }
+  void MakeRoom(std::size_t depth) {
+    const std::size_t subsets = std::size_t{2} << depth;
+    if (nodes_.size() < subsets) nodes_.resize(subsets, 0);
+    if (counts_.size() < subsets) counts_.resize(subsets, 0);
+    if (cursors_.size() <= depth) cursors_.resize(depth + 1);
+    if (items_.size() <= depth) items_.resize(depth + 1);
+  }
+
+  void Pulse(std::uint64_t subsets) {
     visited_ += subsets;
     if (visited_ < kPulseEvery) return;
     visited_ = 0;
     progress_.Pulse();
   }
 
+  const TrieNodes trie_;
+  const Visit& visit_;
+  Progress& progress_;
+  std::vector<std::uint32_t> items_;
+  std::vector<std::uint32_t> nodes_ = {0};
+  std::vector<std::uint32_t> counts_ = {kNone};
+  std::vector<std::vector<Cursor>> cursors_;  // by depth
+  std::uint64_t visited_ = 0;                 // subsets since the last pulse
+};
+
+// Counts the divisions of itemsets that reach a minimum confidence.
+class DivisionCounter {
+ public:
+  DivisionCounter(float minimum_confidence, RuleTally& tally)
+      : minimum_confidence_(minimum_confidence), tally_(tally) {}
+
+  // Subset m is the antecedent of one division, for each m but the first and the last.
+  void Count(std::span<const std::uint32_t> counts) {
+    const std::uint32_t support_count = counts.back();
+    const std::uint32_t greatest = GreatestAntecedent(support_count);
+    for (std::size_t m = 1; m + 1 < counts.size(); ++m) {
+      if (counts[m] <= greatest) {
+        tally_.Add(static_cast<float>(support_count) / static_cast<float>(counts[m]), support_count);
+      }
+    }
+  }
+
+ private:
   // The greatest count of an antecedent with which the confidence still reaches the minimum.
   std::uint32_t GreatestAntecedent(std::uint32_t support_count) {
     if (greatest_.size() <= support_count) greatest_.resize(support_count + std::size_t{1}, 0);
@@ -169,19 +204,23 @@ class TrieRuleCounter {
     return greatest;
   }
 
-  const ItemsetTrie& trie_;
-  const float minimum_confidence_;
+  float minimum_confidence_;
   RuleTally& tally_;
-  Progress& progress_;
-  std::vector<std::uint32_t> nodes_ = {0};
-  std::vector<std::uint32_t> counts_ = {kNone};
-  std::vector<std::vector<Cursor>> cursors_;  // by depth
-  std::vector<std::uint32_t> greatest_;       // by support, 0 where it is not known yet
-  std::uint64_t visited_ = 0;                 // subsets since the last pulse
+  std::vector<std::uint32_t> greatest_;  // by support, 0 where it is not known yet
 };
 
+}  // namespace
+
+void ItemsetTrie::ForEachWithSubsets(const VisitSubsets& visit, Progress& progress) const {
+  SubsetWalk({item_, count_, first_child_}, visit, progress).Walk(0, 0);
+}
+
 void ItemsetTrie::CountRules(float minimum_confidence, RuleTally& tally, Progress& progress) const {
-  TrieRuleCounter(*this, minimum_confidence, tally, progress).Visit(0, 0);
+  DivisionCounter counter(minimum_confidence, tally);
+  const auto count = [&counter](std::span<const std::uint32_t>, std::span<const std::uint32_t> counts) {
+    counter.Count(counts);
+  };
+  SubsetWalk({item_, count_, first_child_}, count, progress).Walk(0, 0);
 }
 
 }  // namespace selvane
