@@ -8,6 +8,7 @@
 #include "mining/extraction_steps.h"
 #include "rules/rules_info.h"
 #include "taxonomy/missing_terms.h"
+#include "taxonomy/node_names.h"
 
 namespace selvane {
 
@@ -51,6 +52,39 @@ std::vector<NewFile*> FilesOf(const std::unique_ptr<NewFile>& copy) {
   return copy ? std::vector{copy.get()} : std::vector<NewFile*>();
 }
 
+// How many of them the table takes, in their order.
+long StoreSelected(const Selection& selection, std::uint32_t row_count, const AprioriRequest& request,
+                   const TaxonomyStore& taxonomy, const RuleLine& line, RulesStore& store,
+                   Progress& progress) {
+  NodeNames names(taxonomy);
+  const auto rows = static_cast<float>(row_count);
+  long stored = 0;
+  progress.SetRange(0, static_cast<int>(selection.rules.size()));
+  progress.SetPosition(0);
+  store.InsertRules([&](RuleBatch& batch) {
+    for (const SelectedRule& selected : selection.rules) {
+      if (stored >= request.run.most_rules) return;
+      Rule rule;
+      rule.antecedent = selected.antecedent;
+      rule.consequent = selected.consequent;
+      rule.support = static_cast<float>(selected.counts.both) / rows;
+      rule.confidence =
+          static_cast<float>(selected.counts.both) / static_cast<float>(selected.counts.antecedent);
+      rule.pa = static_cast<float>(selected.counts.antecedent) / rows;
+      rule.pc = static_cast<float>(selected.counts.consequent) / rows;
+      rule.aspec = static_cast<std::int32_t>(rule.antecedent.size());
+      rule.cspec = static_cast<std::int32_t>(rule.consequent.size());
+      batch.Insert(rule);
+      if (++stored % 256 == 0) {
+        progress.SetPosition(static_cast<int>(stored));
+        progress.Pulse();
+      }
+      if (line) line(names.Rendered(rule.antecedent) + " => " + names.Rendered(rule.consequent));
+    }
+  });
+  return stored;
+}
+
 }  // namespace
 
 AprioriReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, ItemsetFileHold& hold,
@@ -69,10 +103,10 @@ AprioriReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, I
   report.run.check_seconds = check_timer.Seconds();
 
   const StageTimer search_timer;
-  const ItemHierarchy hierarchy(taxonomy, ItemKind::kPositions);
-  GeneralizedApriori engine(source, request.run.table, taxonomy, hierarchy,
-                            {.minimum_support = request.run.min_support, .generalize = request.generalize},
-                            hold.path());
+  const ItemHierarchy hierarchy(taxonomy, request.choices.items);
+  GeneralizedApriori engine(
+      source, request.run.table, taxonomy, hierarchy,
+      SearchOptionsOf(request.choices, request.run.min_support, request.generalize, hierarchy), hold.path());
   const AprioriSummary found = Search(engine, report, progress);
   report.run.search_seconds = search_timer.Seconds();
   const std::unique_ptr<NewFile> copy = CopyOf(hold.path(), request.run.itemset_copy);
@@ -84,7 +118,7 @@ AprioriReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, I
   }
 
   const std::vector<fs::path> others = {source.file_name(), taxonomy.path(), request.run.itemset_copy};
-  const auto fill = [&](RulesStore& rules) {
+  const auto generate = [&](RulesStore& rules) {
     RuleGenerator generator(request.run.min_confidence, taxonomy, found.row_count,
                             {.itemset_file = hold.path(),
                              .itemset_count = found.itemsets_written,
@@ -93,6 +127,22 @@ AprioriReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, I
     report.run.rules_found = tally.total();
     TellWhetherFits(tally, request.run, hooks);
     report.run.rules_stored = generator.Generate(rules, hooks.rule_line, progress);
+  };
+  const auto select = [&](RulesStore& rules) {
+    Selection selection =
+        SelectRulesOf(hold.path(), found, engine.kept(), hierarchy,
+                      SelectionOptionsOf(request.choices, request.run, hierarchy), progress);
+    report.run.rules_found = selection.rules.size();
+    report.run.rules_stored =
+        StoreSelected(selection, found.row_count, request, taxonomy, hooks.rule_line, rules, progress);
+    report.steps = std::move(selection.steps);
+    report.tested = selection.tested;
+  };
+  const auto fill = [&](RulesStore& rules) {
+    request.choices.SelectsRules() ? select(rules) : generate(rules);
+    rules.NoteRun(rules.target_table(),
+                  RecordOf(request.choices, request.run, request.generalize,
+                           {.rows = found.row_count, .steps = report.steps, .tested = report.tested}));
     return FilesOf(copy);
   };
   StoreRules(hooks, others,

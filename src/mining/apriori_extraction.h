@@ -2,12 +2,14 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "apriori/level.h"
 #include "base/progress.h"
 #include "data/transaction_source.h"
 #include "itemsets/itemset_file.h"
 #include "mining/extraction.h"
+#include "mining/selected_rules.h"
 #include "taxonomy/taxonomy_store.h"
 
 namespace selvane {
@@ -15,12 +17,16 @@ namespace selvane {
 struct AprioriRequest {
   ExtractionRequest run;
   bool generalize = true;  // false leaves the ancestors of terms out
+  RunChoices choices{};
 };
 
 struct AprioriReport {
   ExtractionReport run;
   std::uint32_t itemsets = 0;
   SearchWork work;
+  // Of a run that selects rules: how many were left after each step, and how many were tested.
+  std::vector<StepReport> steps;
+  std::uint64_t tested = 0;
 };
 
 // Checks that the items of the table are in the working taxonomy and brings missing ones back, searches for
