@@ -8,6 +8,7 @@
 #include "base/error.h"
 #include "base/text.h"
 #include "cli/cli.h"
+#include "cli/selection_options.h"
 #include "closed/closed_result_files.h"
 #include "data/transaction_source.h"
 #include "mining/apriori_extraction.h"
@@ -29,6 +30,7 @@ struct ExtractOptions {
   bool closed = false;
   bool unreduced = false;
   ExtractionRequest request;
+  ChoiceOptions choices;
 };
 
 RulesOutput OutputOf(const ExtractOptions& options) {
@@ -89,7 +91,28 @@ std::string_view AdviceOf(ExtractionEnd end) {
   return {};
 }
 
+// How many rules each step took away; and that only the first are stored where more are left.
+void ReportSteps(const AprioriReport& report, const CliContext& context) {
+  for (std::size_t i = 0; i < report.steps.size(); ++i) {
+    const StepReport& step = report.steps[i];
+    fmt::print(context.err, "{:>12} rules {} --{}", step.left, i == 0 ? "reach" : "left by",
+               i == 0 ? "min-confidence" : step.step);
+    if (i > 0) fmt::print(context.err, ", which took {} away", report.steps[i - 1].left - step.left);
+    if (step.step == "significant") fmt::print(context.err, "; corrected for {} tested", report.tested);
+    fmt::print(context.err, "\n");
+  }
+  const ExtractionReport& run = report.run;
+  if (static_cast<std::uint64_t>(run.rules_stored) < run.rules_found && !report.steps.empty()) {
+    fmt::print(
+        context.err,
+        "selvane-cli: there are {} rules and a table holds {}: the first {} are stored; --keep strongest "
+        "stores the strongest\n",
+        run.rules_found, run.rules_stored, run.rules_stored);
+  }
+}
+
 void ReportEnd(const AprioriReport& report, const CliContext& context) {
+  ReportSteps(report, context);
   const ExtractionReport& run = report.run;
   fmt::print(context.err, "{}", AdviceOf(run.end));
   fmt::print(
@@ -162,7 +185,8 @@ void Extract(ExtractOptions& options, const CliContext& context) {
     ReportOldRules(report.run, options, context);
     return ReportClosedEnd(report, context);
   }
-  const AprioriRequest apriori{.run = request, .generalize = !options.no_generalize};
+  const AprioriRequest apriori{
+      .run = request, .generalize = !options.no_generalize, .choices = ChoicesOf(options.choices)};
   const AprioriReport report = ExtractRules(source, taxonomy, hold, apriori, hooks, context.progress);
   ReportOldRules(report.run, options, context);
   ReportEnd(report, context);
@@ -198,9 +222,13 @@ void AddExtractCommand(CLI::App& group, const CliContext& context) {
       ->add_option("--itemsets", options->request.itemset_copy,
                    "Keep a copy of the itemset file, or with --closed of the file of closed itemsets")
       ->type_name("FILE");
+  AddChoiceOptions(*command, options->choices, closed);
   command->footer(
+      "With --readable, few rules worth reading; other options change single steps of it.\n"
       "Example:\n  selvane-cli rules extract terms.mdb --taxonomy tax.mdb --output rules.mdb --min-support "
-      "0.2");
+      "0.2\n"
+      "  selvane-cli rules extract terms.mdb --taxonomy tax.mdb --output few.mdb --min-support 0.02 "
+      "--readable");
   command->callback([options, &context] { Extract(*options, context); });
 }
 
