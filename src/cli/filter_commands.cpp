@@ -44,6 +44,7 @@ class FilterRun {
     info = OpenRulesForFiltering(store_, taxonomy, options.database,
                                  options.save ? OpenMode::kWritable : OpenMode::kShared);
     store_.OpenRulesTable(ChooseTable(store_.ListRulesTables(), options.table, options.database));
+    record = store_.RunOfSource();
     context.progress.SetStatus("Loading rules ....");
     rules = RuleList(store_, context.progress);
   }
@@ -71,6 +72,7 @@ class FilterRun {
   TaxonomyStore taxonomy;
   NodeNames names;
   RulesInfo info;
+  RunRecord record;
   RuleList rules;
 
  private:
@@ -153,6 +155,7 @@ struct TemplateOptions : FilterOptions {
 void Fit(const TemplateOptions& options, const CliContext& context) {
   FilterRun run(options, context);
   TemplateFilter filter(run.names);
+  filter.all_positions = run.record.CountsTerms();
   for (const std::string& text : options.inclusive) {
     filter.inclusive.push_back(ParseTemplate(text, run.taxonomy));
   }
@@ -245,7 +248,7 @@ void AddClusters(FilterRun& run, const CoverFilter& filter, const CoverFilter::C
 void Cover(const CoverOptions& options, const CliContext& context) {
   FilterRun run(options, context);
   const ItemRegistry items =
-      ReadTermTable(options.terms, run.info, run.taxonomy, context.progress, OpenMode::kShared);
+      ReadTermTable(options.terms, run.info, run.record, run.taxonomy, context.progress, OpenMode::kShared);
   CoverFilter filter(run.rules, items);
   const std::vector<CoverFilter::Cover> covers = filter.Run(context.progress);
   std::vector<ListedRule> kept;

@@ -44,7 +44,7 @@ void CoverWindow::Filter() {
     const std::filesystem::path path =
         context().dialogs.OpenFile(this, FileKind::kTermDatabase, "Opening target database : ");
     if (path.empty()) return;
-    items_ = ReadTermTable(path, input().info, input().taxonomy, progress());
+    items_ = ReadTermTable(path, input().info, input().rules.RunOfSource(), input().taxonomy, progress());
   }
   ForgetResult();
   CoverFilter filter(rules(), *items_);

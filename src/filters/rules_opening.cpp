@@ -67,7 +67,7 @@ std::string FindTermTable(const TransactionSource& source, const RulesInfo& info
       source.file_name().string(), info.term_table, fmt::join(tables, ", ")));
 }
 
-ItemRegistry ReadTermTable(const std::filesystem::path& path, const RulesInfo& info,
+ItemRegistry ReadTermTable(const std::filesystem::path& path, const RulesInfo& info, const RunRecord& run,
                            const TaxonomyStore& taxonomy, Progress& progress, OpenMode mode) {
   TransactionSource source;
   source.Open(path, mode);
@@ -76,7 +76,7 @@ ItemRegistry ReadTermTable(const std::filesystem::path& path, const RulesInfo& i
   std::vector<std::string> item_names;
   source.ListItemFields(table, item_names);
   progress.SetStatus("Reading term table ...");
-  const ItemHierarchy hierarchy(taxonomy, ItemKind::kPositions);
+  const ItemHierarchy hierarchy(taxonomy, run.CountsTerms() ? ItemKind::kTerms : ItemKind::kPositions);
   return ReadItems(source, table, item_names, hierarchy, {.generalize = WasGeneralized(info)}, progress);
 }
 

@@ -35,7 +35,7 @@ std::string FindTermTable(const TransactionSource& source, const RulesInfo& info
 
 // The items of the rows that the rules were made of: reads the table that `info` names out of a term
 // database. Throws DatabaseError, Interrupted, and InputError when the database has no such table.
-ItemRegistry ReadTermTable(const std::filesystem::path& path, const RulesInfo& info,
+ItemRegistry ReadTermTable(const std::filesystem::path& path, const RulesInfo& info, const RunRecord& run,
                            const TaxonomyStore& taxonomy, Progress& progress,
                            OpenMode mode = OpenMode::kReadOnly);
 

@@ -27,6 +27,13 @@ bool HasItems(const RuleTemplate& wanted, const Rule& rule) {
 
 }  // namespace
 
+bool TemplateFilter::IsOfClass(NodeNumber item, const std::string& code) {
+  if (!all_positions) return names_.CodeOf(item).find(code) != std::string::npos;
+  const std::vector<std::string>& codes = names_.AllCodesOf(item);
+  return std::any_of(codes.begin(), codes.end(),
+                     [&code](const std::string& own) { return own.find(code) != std::string::npos; });
+}
+
 // Classes take items in the order in which they stand in the template, without trying again: where a first
 // class has taken the only item of a second one, the rule does not fit, though another choice would have.
 // Items that the template names are not taken and may stand for a class too. "Anywhere" in a code means that
@@ -40,8 +47,7 @@ bool TemplateFilter::HasClasses(std::span<const TemplateFeature> features,
     if (feature.kind != FeatureKind::kOneOfClass && feature.kind != FeatureKind::kSomeOfClass) continue;
     const std::string& code = names_.CodeOf(feature.id);
     std::size_t place = 0;
-    while (place < items.size() &&
-           (used_[place] || names_.CodeOf(items[place]).find(code) == std::string::npos)) {
+    while (place < items.size() && (used_[place] || !IsOfClass(items[place], code))) {
       ++place;
     }
     if (place == items.size()) return false;

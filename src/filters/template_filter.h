@@ -18,6 +18,8 @@ class TemplateFilter {
 
   std::vector<RuleTemplate> inclusive;
   std::vector<RuleTemplate> restrictive;
+  // Whether an item is of a class by any position of its term, as where a run counted terms.
+  bool all_positions = false;
 
   // The kept rules in the order of their numbers. Moves the bar from 0 to their number. Throws DatabaseError
   // for an item or a class that the taxonomy does not hold, and Interrupted.
@@ -28,6 +30,7 @@ class TemplateFilter {
   bool Matches(const RuleTemplate& wanted, const Rule& rule);
 
  private:
+  bool IsOfClass(NodeNumber item, const std::string& code);
   bool HasClasses(std::span<const TemplateFeature> features, std::span<const NodeNumber> items);
 
   NodeNames& names_;

@@ -205,6 +205,7 @@ void TemplateWindow::AddTemplate() {
 
 void TemplateWindow::Filter() {
   ForgetResult();
+  filter_.all_positions = input().rules.RunOfSource().CountsTerms();
   std::vector<RuleNumber> kept = filter_.Run(rules(), progress());
   if (kept.empty()) {
     ShowMessage(MessageIcon::kInformation, "Using Template", "No satisfying rule ");

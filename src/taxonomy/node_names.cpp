@@ -16,6 +16,15 @@ const std::string& NodeNames::CodeOf(NodeNumber node) {
   return codes_.emplace(node, taxonomy_.working().PositionOf(node)).first->second;
 }
 
+const std::vector<std::string>& NodeNames::AllCodesOf(NodeNumber node) {
+  const auto found = all_codes_.find(node);
+  if (found != all_codes_.end()) return found->second;
+  const std::string term = FindTerm(node).value_or("");
+  std::vector<std::string> codes = {CodeOf(node)};
+  if (!term.empty()) codes = taxonomy_.working().PositionsOfTerm(term);
+  return all_codes_.emplace(node, std::move(codes)).first->second;
+}
+
 std::string NodeNames::WithAnd(std::span<const NodeNumber> nodes) {
   std::string text;
   for (const NodeNumber node : nodes) {

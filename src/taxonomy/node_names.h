@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "taxonomy/taxonomy_store.h"
 
@@ -20,6 +21,8 @@ class NodeNames {
   const std::optional<std::string>& FindTerm(NodeNumber node);
   // The position code. Throws DatabaseError when there is no such node.
   const std::string& CodeOf(NodeNumber node);
+  // The position codes of all nodes of its term; of a node without a term its own.
+  const std::vector<std::string>& AllCodesOf(NodeNumber node);
 
   // As the store renders them before it cuts the last AND: each term followed by " AND "; nodes that are not
   // there are left out.
@@ -33,6 +36,7 @@ class NodeNames {
   const TaxonomyStore& taxonomy_;
   std::unordered_map<NodeNumber, std::optional<std::string>> terms_;
   std::unordered_map<NodeNumber, std::string> codes_;
+  std::unordered_map<NodeNumber, std::vector<std::string>> all_codes_;
 };
 
 }  // namespace selvane

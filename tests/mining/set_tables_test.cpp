@@ -37,7 +37,7 @@ class SetTablesTest : public ExtractionTest {
     const RulesInfo info = OpenRulesForFiltering(store, taxonomy, "Run.mdb");
     store.SetSourceTable("Extracted");
     const RuleList rules(store, progress_);
-    const ItemRegistry items = ReadTermTable("terms.mdb", info, taxonomy, progress_);
+    const ItemRegistry items = ReadTermTable("terms.mdb", info, {}, taxonomy, progress_);
     std::string text;
     for (const CoverFilter::Cover& cover : CoverFilter(rules, items).Run(progress_))
       text += fmt::format("{}: {};", cover.rows, fmt::join(cover.rules, ","));
