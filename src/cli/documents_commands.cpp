@@ -84,13 +84,16 @@ FoundRule FindRule(const RuleOptions& options, const CliContext& context) {
     throw InputError(fmt::format("{}: the table {} has no rule {}; rules show prints them with their numbers",
                                  options.database.string(), store.source_table(), options.rule));
   }
+  const RunRecord run = store.RunOfSource();
   TransactionSource source;
   source.Open(options.terms, OpenMode::kShared);
   const PulseScope source_pulse = source.PulseDuring(context.progress);
   found.table = FindTermTable(source, info);
   found.all_rows = source.CountRows(found.table);
   found.rows = RowsOfRule(source, found.table, taxonomy, found.rule.antecedent, found.rule.consequent,
-                          WasGeneralized(info));
+                          {.generalized = WasGeneralized(info),
+                           .items = run.CountsTerms() ? ItemKind::kTerms : ItemKind::kPositions,
+                           .distinct_witnesses = run.WantsDistinctWitnesses()});
   NodeNames names(taxonomy);
   found.shown =
       fmt::format("{} => {}", names.Joined(found.rule.antecedent), names.Joined(found.rule.consequent));

@@ -3,10 +3,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 #include "base/error.h"
 #include "base/text.h"
+#include "itemsets/distinct_witnesses.h"
 #include "taxonomy/position_code.h"
 
 namespace selvane {
@@ -116,6 +118,53 @@ std::vector<std::set<int>> ColumnsOfNodes(const TaxonomyStore& taxonomy, std::sp
   return columns;
 }
 
+// The same for items that stand for all positions of their terms.
+std::vector<std::set<int>> ColumnsOfTermItems(const TaxonomyStore& taxonomy,
+                                              std::span<const std::string> names,
+                                              std::span<const NodeNumber> items, bool generalized) {
+  const ItemHierarchy hierarchy(taxonomy, ItemKind::kTerms);
+  std::vector<std::set<int>> columns(items.size());
+  for (std::size_t column = 0; column < names.size(); ++column) {
+    std::vector<NodeNumber> held = hierarchy.ItemsOfTerm(names[column]);
+    if (generalized) {
+      for (const NodeNumber above : hierarchy.ItemsAboveTerm(names[column])) held.push_back(above);
+    }
+    for (std::size_t i = 0; i < items.size(); ++i) {
+      if (std::find(held.begin(), held.end(), items[i]) != held.end())
+        columns[i].insert(static_cast<int>(column) + 1);
+    }
+  }
+  return columns;
+}
+
+// Takes the rows out of the set in which one column would have to stand for several items.
+void DropIndistinct(const Columns& columns, std::span<const std::set<int>> items, RowMask& rows) {
+  std::map<int, std::vector<std::uint32_t>> items_of;  // by column
+  for (std::uint32_t item = 0; item < items.size(); ++item) {
+    for (const int column : items[item]) items_of[column].push_back(item);
+  }
+  std::map<std::size_t, std::vector<std::vector<std::uint32_t>>> witnesses;  // by row and item
+  for (const auto& [column, held] : items_of) {
+    const RowMask with = columns.RowsOfAny({column});
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+      if (!rows[row] || !with[row]) continue;
+      auto& of_row = witnesses[row];
+      of_row.resize(items.size());
+      for (const std::uint32_t item : held) of_row[item].push_back(static_cast<std::uint32_t>(column));
+    }
+  }
+  for (const auto& [row, of_row] : witnesses) {
+    if (!HaveDistinctRepresentatives(of_row)) rows[row] = false;
+  }
+}
+
+RowMask RowsWithItems(const Columns& columns, std::span<const std::set<int>> items, bool distinct) {
+  RowMask rows = columns.AllRows();
+  for (const std::set<int>& item : items) Keep(rows, columns.RowsOfAny(item), true);
+  if (distinct) DropIndistinct(columns, items, rows);
+  return rows;
+}
+
 }  // namespace
 
 std::vector<std::uint32_t> RowsWithTerms(const TransactionSource& source, std::string_view table,
@@ -135,19 +184,18 @@ std::vector<std::uint32_t> RowsWithTerms(const TransactionSource& source, std::s
 
 RuleRows RowsOfRule(const TransactionSource& source, std::string_view table, const TaxonomyStore& taxonomy,
                     std::span<const NodeNumber> antecedent, std::span<const NodeNumber> consequent,
-                    bool generalized) {
+                    const RowCounting& counting) {
   const Columns columns(source, table);
-  const auto rows_of = [&](std::span<const NodeNumber> side) {
-    RowMask rows = columns.AllRows();
-    for (const std::set<int>& item : ColumnsOfNodes(taxonomy, columns.names(), side, generalized))
-      Keep(rows, columns.RowsOfAny(item), true);
-    return rows;
+  const auto columns_of = [&](std::span<const NodeNumber> side) {
+    return counting.items == ItemKind::kTerms
+               ? ColumnsOfTermItems(taxonomy, columns.names(), side, counting.generalized)
+               : ColumnsOfNodes(taxonomy, columns.names(), side, counting.generalized);
   };
-  RowMask holding = rows_of(antecedent);
-  RowMask exceptions = holding;
-  const RowMask right = rows_of(consequent);
-  Keep(holding, right, true);
-  Keep(exceptions, right, false);
+  std::vector<std::set<int>> items = columns_of(antecedent);
+  RowMask exceptions = RowsWithItems(columns, items, counting.distinct_witnesses);
+  for (std::set<int>& item : columns_of(consequent)) items.push_back(std::move(item));
+  const RowMask holding = RowsWithItems(columns, items, counting.distinct_witnesses);
+  Keep(exceptions, holding, false);
   return {RowsOf(holding), RowsOf(exceptions)};
 }
 

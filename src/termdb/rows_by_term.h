@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "data/transaction_source.h"
+#include "itemsets/item_hierarchy.h"
 #include "taxonomy/taxonomy_store.h"
 
 namespace selvane {
@@ -24,11 +25,18 @@ struct RuleRows {
   std::vector<std::uint32_t> exceptions;  // the left side without the right one
 };
 
-// As the extraction of the rule counted them: a row holds an item when it has a term of that node or, when
-// the run generalized, of a node below it. Throws DatabaseError, and InputError for an item that the taxonomy
-// does not have.
+// How a run counted rows.
+struct RowCounting {
+  bool generalized = true;
+  ItemKind items = ItemKind::kPositions;
+  bool distinct_witnesses = false;
+};
+
+// As the extraction of the rule counted them: a row holds an item when it has a term of that item or, when
+// the run generalized, of an item below it. Throws DatabaseError, and InputError for an item that the
+// taxonomy does not have.
 RuleRows RowsOfRule(const TransactionSource& source, std::string_view table, const TaxonomyStore& taxonomy,
                     std::span<const NodeNumber> antecedent, std::span<const NodeNumber> consequent,
-                    bool generalized);
+                    const RowCounting& counting);
 
 }  // namespace selvane

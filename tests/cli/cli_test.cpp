@@ -102,7 +102,14 @@ TEST_F(CliTest, ShowsRulesByEachFigure) {
 TEST_F(CliTest, DocumentsAgreeWithTheFiguresOfRules) {
   MakeSampleRules();
   ASSERT_EQ(Run(kExtract + "plain.mdb --no-generalize --min-support 0.05 --min-confidence 0.2"), 0) << err_;
-  for (const auto& [database, generalized] : {std::pair("rules.mdb", true), std::pair("plain.mdb", false)}) {
+  ASSERT_EQ(Run(kExtract + "terms_rules.mdb --items terms --witnesses distinct --min-support 0.05 --keep "
+                           "strongest"),
+            0)
+      << err_;
+  const RowCounting by_terms{.items = ItemKind::kTerms, .distinct_witnesses = true};
+  for (const auto& [database, counting] :
+       {std::pair("rules.mdb", RowCounting{}), std::pair("plain.mdb", RowCounting{.generalized = false}),
+        std::pair("terms_rules.mdb", by_terms)}) {
     SilentProgress progress;
     RulesStore store;
     store.OpenRulesDatabase(database);
@@ -114,8 +121,8 @@ TEST_F(CliTest, DocumentsAgreeWithTheFiguresOfRules) {
     source.Open("terms.mdb");
     for (RuleNumber number = 1; number <= rules.size(); ++number) {
       const Rule& rule = rules[number];
-      const RuleRows rows = RowsOfRule(source, "14_05_23_11_MESHTERMS", taxonomy, rule.antecedent,
-                                       rule.consequent, generalized);
+      const RuleRows rows =
+          RowsOfRule(source, "14_05_23_11_MESHTERMS", taxonomy, rule.antecedent, rule.consequent, counting);
       EXPECT_EQ(static_cast<float>(rows.holding.size()), std::round(rule.support * 30)) << number;
       EXPECT_EQ(static_cast<float>(rows.holding.size() + rows.exceptions.size()), std::round(rule.pa * 30));
     }
