@@ -75,8 +75,10 @@ void AddStepOptions(CLI::App& command, ChoiceOptions& options) {
             "No rules with an item of which one term below accounts for this share of the rule's rows");
   AddNumber(command, "--interesting", options.interesting, 1e9,
             "Rules with so many times the support or confidence that more general rules lead to expect");
-  command.add_flag("--shortest,!--no-shortest", options.shortest,
-                   "One left side, the shortest, of those with the same rows and right side");
+  // Not with the variable: an optional one would be set to false at once, and never be left to --readable.
+  command.add_flag_function(
+      "--shortest,!--no-shortest", [&options](std::int64_t count) { options.shortest = count > 0; },
+      "One left side, the shortest, of those with the same rows and right side");
   AddChoice<std::optional<KeptRules>>(
       command, "--keep", options.keep, {{"first", KeptRules::kFirst}, {"strongest", KeptRules::kStrongest}},
       "Which rules the table takes, and their order: the first that are found, or "
