@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <span>
+#include <unordered_map>
 #include <vector>
 
 #include "itemsets/row_bits.h"
@@ -28,7 +29,8 @@ bool HaveDistinctRepresentatives(const std::vector<std::vector<std::uint32_t>>& 
 // 1935). A subset of such an itemset has one too, so the count is antimonotone as the plain one is; and where
 // no two items have a common term below them, every row that holds all items is supporting.
 //
-// Items and columns are numbered from 0. What is given must outlive this.
+// Items and columns are numbered from 0. What is given must outlive this. Asking keeps answers, so two
+// threads need two of these.
 class DistinctWitnesses {
  public:
   // `item_columns` has for each item the columns that witness it.
@@ -48,17 +50,26 @@ class DistinctWitnesses {
   // Rows in which an item has at most so many witnesses are kept as sets: others cannot fail an itemset with
   // one item more.
   static constexpr std::size_t kFewest = 3;
+  using RowList = std::vector<std::uint32_t>;
 
+  void FindFew(std::span<const std::vector<std::uint32_t>> items_of);
+  // The rows that fail a pair: each item has one witness there, and it is the same.
+  const RowList& FailingRows(std::uint32_t a, std::uint32_t b) const;
+  std::uint32_t ClearFailing(std::span<const std::uint32_t> items, std::span<RowWord> rows) const;
   bool IsSupported(std::span<const std::uint32_t> items, std::size_t row) const;
   bool Witnesses(std::uint32_t column, std::uint32_t item) const {
-    return below_[std::size_t{column} * items_ + item];
+    return below_[std::size_t{item} * columns_ + column];
   }
 
   std::size_t items_;
+  std::size_t columns_;
   const RowTerms& terms_;
   std::vector<bool> entangled_;
-  std::vector<bool> below_;   // by column and item
-  std::vector<RowBits> few_;  // [k]: by item, the rows with at least one and at most k + 1 witnesses
+  std::vector<bool> below_;      // by item and column
+  std::vector<RowBits> few_;     // [k]: by item, the rows with at least one and at most k + 1 witnesses
+  std::vector<RowList> single_;  // by item, the witness in each row of few_[0], in the order of the rows
+  mutable std::unordered_map<std::uint64_t, RowList> failing_;  // by pair, those that were asked for
+  mutable std::vector<std::vector<std::uint32_t>> witnesses_;   // of the row at hand
 };
 
 }  // namespace selvane
