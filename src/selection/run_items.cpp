@@ -8,7 +8,10 @@ namespace selvane {
 RunItems::RunItems(std::span<const NodeNumber> nodes, const RowBits& rows, const ItemHierarchy& hierarchy,
                    const DistinctWitnesses* witnesses)
     : rows_(rows), hierarchy_(hierarchy), witnesses_(witnesses), below_(nodes.size()) {
-  for (std::uint32_t place = 0; place < nodes.size(); ++place) places_.emplace(nodes[place], place);
+  for (std::uint32_t place = 0; place < nodes.size(); ++place) {
+    places_.emplace(nodes[place], place);
+    counts_.push_back(CountRows({rows[place], rows.words()}));
+  }
   for (std::uint32_t place = 0; place < nodes.size(); ++place) {
     for (const NodeNumber above : hierarchy.Above(nodes[place])) {
       const auto found = places_.find(above);

@@ -25,6 +25,7 @@ class RunItems {
   // The places of the nodes of an itemset.
   void PlacesOf(std::span<const std::uint32_t> nodes, std::vector<std::uint32_t>& places) const;
   const RowWord* RowsOf(std::uint32_t place) const { return rows_[place]; }
+  std::uint32_t CountOf(std::uint32_t place) const { return counts_[place]; }
   // The items strictly below one, of those that the run knows.
   std::span<const std::uint32_t> Below(std::uint32_t place) const { return below_[place]; }
 
@@ -38,6 +39,7 @@ class RunItems {
   const DistinctWitnesses* witnesses_;
   std::unordered_map<NodeNumber, std::uint32_t> places_;
   std::vector<std::vector<std::uint32_t>> below_;
+  std::vector<std::uint32_t> counts_;  // of the rows of each
 };
 
 // How many rows a set has.

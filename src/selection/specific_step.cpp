@@ -38,6 +38,8 @@ bool SpecificStep::Keeps(std::span<const std::uint32_t> itemset) {
 }
 
 bool SpecificStep::IsMeant(std::size_t replaced, std::uint32_t term, std::uint32_t held) {
+  // Most terms below a general item are too rare for it.
+  if (!Enough(items_.CountOf(term), supporting_count_)) return false;
   const RowWord* const rows = items_.RowsOf(term);
   const std::uint32_t count = CountBoth(holding_, rows);
   if (Enough(count, held)) return true;
