@@ -113,8 +113,14 @@ void ReportSteps(const AprioriReport& report, const CliContext& context) {
 
 void ReportEnd(const AprioriReport& report, const CliContext& context) {
   ReportSteps(report, context);
+  const bool steps_took_all = !report.steps.empty() && report.steps.front().left > 0;
   const ExtractionReport& run = report.run;
-  fmt::print(context.err, "{}", AdviceOf(run.end));
+  const bool is_left_by_steps = run.end == ExtractionEnd::kNoRules && steps_took_all;
+  fmt::print(context.err, "{}",
+             is_left_by_steps
+                 ? "No extracted rules: the steps above took all of them; leave one out, or make it "
+                   "weaker\n"
+                 : AdviceOf(run.end));
   fmt::print(
       context.err,
       "{} rows, {} items, {} itemsets, {} rules; checking {:.2f} s, searching {:.2f} s ({} candidates, {} "
