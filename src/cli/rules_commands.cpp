@@ -111,8 +111,10 @@ void Order(const RuleList& list, const RuleMeasures& measures, const std::string
   if (const std::optional<Measure> measure = MeasureNamed(word)) measures.Order(*measure, numbers);
 }
 
-// What the information file says of the rows; 0 where it says nothing, which leaves some measures empty.
+// What the run's own note or the information file says of the rows; 0 where neither does, which leaves some
+// measures empty.
 std::uint64_t RowsBehind(const RulesStore& store) {
+  if (const std::uint64_t rows = RowsOf(store.RunOfSource().Find("rows")); rows > 0) return rows;
   try {
     return RowsOf(ReadInfoOf(store).rows);
   } catch (const FileError&) {

@@ -90,7 +90,7 @@ AprioriRequest RandomRequest(std::mt19937& random) {
 TEST_F(SelectionTest, KeepsWhatThePlainStepsKeep) {
   std::size_t total = 0;
   std::size_t shortened = 0;
-  for (unsigned seed = 0; seed < 150; ++seed) {
+  for (unsigned seed = 0; seed < 60; ++seed) {
     SelectionInput input(seed);
     TaxonomyStore taxonomy("tax.mdb");
     AprioriRequest request = RandomRequest(input.random);
@@ -131,8 +131,8 @@ TEST_F(SelectionTest, KeepsWhatThePlainStepsKeep) {
     }
     shortened += wanted.size() - shortest.size();
   }
-  EXPECT_GT(total, 300U);
-  EXPECT_GT(shortened, 20U);
+  EXPECT_GT(total, 150U);
+  EXPECT_GT(shortened, 5U);
 }
 
 // Where each term has one position and no code occurs in an unrelated one, terms are positions.
