@@ -12,6 +12,10 @@ _selvane_cli_files() {
   fi
 }
 
+_selvane_cli_measures='count support confidence coverage lift leverage conviction cosine jaccard kulczynski
+  odds_ratio odds_low odds_high phi certainty imbalance information_gain chi_squared p standardised_lift
+  dependency surprise'
+
 _selvane_cli_words() {
   mapfile -t COMPREPLY < <(compgen -W "$2" -- "$1")
 }
@@ -27,7 +31,23 @@ _selvane_cli_value() {
     --taxonomy | --output | --terms) _selvane_cli_files "$cur" '*.mdb' ;;
     --itemsets | --supplementary) _selvane_cli_files "$cur" ;;
     --format) _selvane_cli_words "$cur" 'text csv json' ;;
-    --sort) _selvane_cli_words "$cur" 'index support confidence pa pc' ;;
+    --sort)
+      if [[ ${COMP_WORDS[2]-} == filter ]]; then
+        _selvane_cli_words "$cur" "$_selvane_cli_measures"
+      else
+        _selvane_cli_words "$cur" "index pa pc $_selvane_cli_measures"
+      fi
+      ;;
+    --measures) # a list: the last name of it
+      local before=''
+      [[ $cur == *,* ]] && before=${cur%,*},
+      mapfile -t COMPREPLY < <(compgen -P "$before" -W "all $_selvane_cli_measures" -- "${cur##*,}")
+      ;;
+    --by) _selvane_cli_words "$cur" "$_selvane_cli_measures" ;;
+    --items) _selvane_cli_words "$cur" 'positions terms' ;;
+    --witnesses) _selvane_cli_words "$cur" 'any distinct' ;;
+    --correction) _selvane_cli_words "$cur" 'holm bh bonferroni none' ;;
+    --keep) _selvane_cli_words "$cur" 'first strongest' ;;
     --viewpoint) _selvane_cli_words "$cur" 'dependency surprise' ;;
     --behaviour) _selvane_cli_words "$cur" 'standard rare' ;;
     --order) _selvane_cli_words "$cur" 'support confidence' ;;
@@ -36,7 +56,8 @@ _selvane_cli_value() {
     --form) _selvane_cli_words "$cur" 'rows sets' ;;
     --under | --depth | --table | --min-support | --min-confidence | --limit | --threshold | --clusters | \
       --inclusive | --restrictive | --ground | --min-rows | --leave-out | --from | --to | --with | --without | \
-      --rule) ;;
+      --rule | --max-size | --antecedent | --consequent | --min-lift | --improvement | --significant | \
+      --specific | --interesting | --where) ;;
     *) return 1 ;;
   esac
 }
@@ -64,7 +85,9 @@ _selvane_cli() {
       --taxonomy | --output | --terms | --itemsets | --format | --sort | --under | --depth | --table | \
         --limit | --min-support | --min-confidence | --viewpoint | --behaviour | --threshold | --order | \
         --on | --clusters | --inclusive | --restrictive | --ground | --pmml-version | --supplementary | --form | --min-rows | --leave-out | \
-        --from | --to | --with | --without | --rule)
+        --from | --to | --with | --without | --rule | --measures | --where | --by | --items | --witnesses | \
+        --correction | --keep | --max-size | --antecedent | --consequent | --min-lift | --improvement | \
+        --significant | --specific | --interesting)
         [[ ${COMP_WORDS[i + 1]-} == '=' ]] && ((++i))
         ((++i))
         ;;
@@ -96,9 +119,11 @@ _selvane_cli() {
     'terms list') options='--table --help' ;;
     'rules extract')
       options='--taxonomy --output --overwrite --table --min-support --min-confidence --no-generalize --closed --unreduced
-               --itemsets --help'
+               --itemsets --readable --items --witnesses --max-size --antecedent --consequent --leave-out --min-lift
+               --improvement --significant --correction --specific --interesting --shortest --no-shortest --keep --by
+               --help'
       ;;
-    'rules show') options='--taxonomy --table --format --no-guard --sort --limit --help' ;;
+    'rules show') options='--taxonomy --table --format --no-guard --measures --where --sort --limit --help' ;;
     'rules documents')
       options='--taxonomy --terms --rule --table --exceptions --format --no-guard --help'
       ;;
@@ -112,6 +137,9 @@ _selvane_cli() {
       options='--taxonomy --table --ground --on --order --depth --format --no-guard --save --help'
       ;;
     'rules filter cover') options='--taxonomy --terms --table --clusters --format --no-guard --save --help' ;;
+    'rules filter measures')
+      options='--taxonomy --table --where --sort --measures --format --no-guard --save --help'
+      ;;
     'pmml export') options='--taxonomy --output --table --pmml-version --overwrite --help' ;;
     'pmml import') options='--taxonomy --output --rules --help' ;;
     *) options='--help' ;;
@@ -127,7 +155,7 @@ _selvane_cli() {
     'terms ') _selvane_cli_words "$cur" 'build list documents' ;;
     'rules ') _selvane_cli_words "$cur" 'extract list show filter documents' ;;
     'pmml ') _selvane_cli_words "$cur" 'export import' ;;
-    'rules filter') _selvane_cli_words "$cur" 'rating template specificity cover' ;;
+    'rules filter') _selvane_cli_words "$cur" 'rating template specificity cover measures' ;;
     'pmml import')
       if ((arguments == 0)); then
         _selvane_cli_files "$cur" '*.[xX][mM][lL]'
