@@ -129,6 +129,23 @@ TEST_F(CliTest, DocumentsAgreeWithTheFiguresOfRules) {
   }
 }
 
+// Each step of --readable is taken unless it is switched off, and what is left can be asked for by measures.
+TEST_F(CliTest, ReadableRulesPassAllSteps) {
+  MakeSampleRules();
+  const std::string readable = kExtract + "few.mdb --overwrite --min-support 0.2 --readable --significant 1 ";
+  ASSERT_EQ(Run(readable + "--correction none"), 0) << err_;
+  for (const char* step : {"improvement", "significant", "specific", "interesting", "shortest"}) {
+    EXPECT_NE(err_.find(fmt::format(" rules left by --{}", step)), std::string::npos) << step << err_;
+  }
+  EXPECT_EQ(Run("rules show few.mdb --taxonomy tax.mdb --where lift>=1.9 --sort p --measures count"), 0);
+  EXPECT_EQ(std::count(out_.begin(), out_.end(), '\n'), 3) << out_;
+  EXPECT_EQ(Run(readable + "--no-shortest --specific 0 --items positions"), 0) << err_;
+  EXPECT_EQ(err_.find("--shortest"), std::string::npos);
+  EXPECT_EQ(err_.find("--specific"), std::string::npos);
+  EXPECT_EQ(Run(readable + "--consequent Nonsense"), 1);
+  EXPECT_NE(err_.find("taxonomy find"), std::string::npos);
+}
+
 TEST_F(CliTest, GoesFromASearchToTheDocumentsOfARule) {
   ASSERT_EQ(Run("taxonomy load " + kSamples + "/headings.txt tax.mdb"), 0) << err_;
   const std::string build = "terms build --taxonomy tax.mdb --output terms.mdb ";
