@@ -28,11 +28,7 @@ std::string KeyOf(std::vector<std::uint32_t> antecedent, std::vector<std::uint32
 class Judge {
  public:
   Judge(const PassedRules& rules, const RunItems& items, const ItemsetTrie& itemsets, double factor)
-      : rules_(rules), items_(items), itemsets_(itemsets), factor_(factor) {
-    for (const PassedRule& rule : rules.rules()) {
-      for (const std::uint32_t item : rules.Items(rule)) used_.insert(item);
-    }
-  }
+      : rules_(rules), items_(items), itemsets_(itemsets), factor_(factor) {}
 
   // Rules come with those more general than they before them.
   bool Keeps(const PassedRule& rule) {
@@ -48,6 +44,10 @@ class Judge {
     general_.assign(own.begin(), own.end());
     if (!IsInterestingFrom(0, rule, 1, 1)) return false;
     kept_.emplace(KeyOf(General(rule, true), General(rule, false)), &rule);
+    used_.insert(own.begin(), own.end());
+    for (std::size_t i = 0; i < own.size(); ++i) {
+      for (std::size_t j = 0; j < i; ++j) pairs_.insert(Pair(rule, j, i));
+    }
     return true;
   }
 
@@ -55,6 +55,23 @@ class Judge {
   std::vector<std::uint32_t> General(const PassedRule& rule, bool antecedent) const {
     const auto middle = general_.begin() + rule.antecedent_size;
     return antecedent ? std::vector(general_.begin(), middle) : std::vector(middle, general_.end());
+  }
+
+  // The items that are at two places now, with the sides they stand on.
+  std::uint64_t Pair(const PassedRule& rule, std::size_t a, std::size_t b) const {
+    const auto at = [&](std::size_t place) {
+      return std::uint64_t{general_[place]} * 2 + (place < rule.antecedent_size ? 0 : 1);
+    };
+    return std::min(at(a), at(b)) << 32 | std::max(at(a), at(b));
+  }
+
+  // Whether a rule that was kept may hold the items up to this place. All pairs of its items are known; with
+  // many items each, most ways to replace them end here, and going through all would never end.
+  bool CanBeKept(const PassedRule& rule, std::size_t place) const {
+    for (std::size_t i = 0; i < place; ++i) {
+      if (!pairs_.contains(Pair(rule, i, place))) return false;
+    }
+    return true;
   }
 
   double CountOf(std::uint32_t item) const {
@@ -69,6 +86,7 @@ class Judge {
     bool keeps = true;
     for (std::size_t i = 0; i < choices_[place].size() && keeps; ++i) {
       general_[place] = choices_[place][i];
+      if (!CanBeKept(rule, place)) continue;
       const double part = i == 0 ? 1 : CountOf(own) / CountOf(general_[place]);
       keeps = IsInterestingFrom(place + 1, rule, share * part,
                                 place < rule.antecedent_size ? consequent_share : consequent_share * part);
@@ -93,7 +111,9 @@ class Judge {
   const RunItems& items_;
   const ItemsetTrie& itemsets_;
   double factor_;
-  std::unordered_set<std::uint32_t> used_;  // only these can stand in a rule that is kept
+  // The items of rules that were kept, and their pairs.
+  std::unordered_set<std::uint32_t> used_;
+  std::unordered_set<std::uint64_t> pairs_;
   std::unordered_map<std::string, const PassedRule*> kept_;
   std::vector<std::vector<std::uint32_t>> choices_;
   std::vector<std::uint32_t> general_;
