@@ -42,6 +42,8 @@ ExpressionFilter::ExpressionFilter(std::span<const std::string> columns)
   if (status != SQLITE_OK) connection_->Fail({});
   sqlite3_db_config(raw, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
   sqlite3_limit(raw, SQLITE_LIMIT_ATTACHED, 0);
+  // A single function call counts as one step however many bytes it makes.
+  sqlite3_limit(raw, SQLITE_LIMIT_LENGTH, 1'000'000);
   std::string fields;
   std::string marks;
   for (const std::string& column : columns_) {
