@@ -24,6 +24,8 @@ int ParseAndRun(CLI::App& app, std::vector<std::string> arguments, const CliCont
     app.parse(std::move(arguments));
     return kDone;
   } catch (const CLI::ParseError& error) {
+    // Help and version come as errors too, with the status 0. All others are wrong usage here, whatever
+    // number the library has for them.
     return app.exit(error, context.out, context.err) == 0 ? kDone : kWrongUsage;
   }
 }
@@ -50,6 +52,8 @@ int RunCli(std::vector<std::string> arguments, const CliContext& context) {
     CLI::App app("Mines association rules over a taxonomy from tagged abstracts.", "selvane-cli");
     AddCommands(app, context);
     const int status = ParseAndRun(app, std::move(arguments), context);
+    // A full disk may show only when the last of the output leaves the buffer, and a script must not take
+    // half of it for all.
     if (!context.out.flush()) throw FileError("the output cannot be written; is the disk full?");
     return status;
   } catch (const EndOfProgram& end) {
@@ -71,6 +75,7 @@ int RunCli(std::vector<std::string> arguments, const CliContext& context) {
 std::string ChooseTable(const std::vector<std::string>& tables, const std::string& given,
                         const std::filesystem::path& database) {
   if (!given.empty()) {
+    // The engine takes names for equal that differ in capitals only, so a name may be typed in either way.
     const auto found = std::find_if(tables.begin(), tables.end(), [&given](const std::string& table) {
       return LowerCase(table) == LowerCase(given);
     });
@@ -88,6 +93,8 @@ std::string ChooseTable(const std::vector<std::string>& tables, const std::strin
 }
 
 CLI::Option* AddFraction(CLI::App& command, const std::string& name, float& value, const std::string& help) {
+  // Not by the library's own conversion, which knows no decimal comma. What is above 0 is asked of the float
+  // that the run compares with: a very small number becomes 0 there.
   const auto parse = [name, &value](const std::string& text) {
     const std::optional<double> number = NumberOf(text);
     if (!number || !(static_cast<float>(*number) > 0) || *number > 1) {

@@ -90,6 +90,8 @@ FoundRule FindRule(const RuleOptions& options, const CliContext& context) {
   const PulseScope source_pulse = source.PulseDuring(context.progress);
   found.table = FindTermTable(source, info);
   found.all_rows = source.CountRows(found.table);
+  // In the way in which the run has counted, else the rows would not be those of its support. Tables without
+  // a record of their run were counted by positions.
   found.rows = RowsOfRule(source, found.table, taxonomy, found.rule.antecedent, found.rule.consequent,
                           {.generalized = WasGeneralized(info),
                            .items = run.CountsTerms() ? ItemKind::kTerms : ItemKind::kPositions,
@@ -106,6 +108,8 @@ void ListRuleDocuments(const RuleOptions& options, const CliContext& context) {
   PrintDocuments(options.terms, found.table, rows, options.layout, context);
   fmt::print(context.err, "rule {}: {}: {} of {} rows hold it, {} its left side only\n", options.rule,
              found.shown, found.rows.holding.size(), found.all_rows, found.rows.exceptions.size());
+  // The rows were found anew, while the support is what the run has stored. Where the two differ something
+  // was changed since, and the listed rows are not those that the run counted.
   const long counted =
       std::lround(static_cast<double>(found.rule.support) * static_cast<double>(found.all_rows));
   if (counted == static_cast<long>(found.rows.holding.size())) return;

@@ -13,6 +13,7 @@ namespace selvane {
 
 namespace {
 
+// In bytes. The list of all documents of a large table must not be held as a whole.
 constexpr std::size_t kPendingBytes = std::size_t{64} << 10;
 
 // Each term of the document once, in the order of its marks.
@@ -69,6 +70,8 @@ void DocumentPrinter::AppendJson(const Document& document) {
       {"text", document.text},
       {"marks", std::move(marks)}};
   pending_ += first_ ? "\n" : ",\n";
+  // Where a mark cuts through a character, the bytes are replaced: the library would throw otherwise, and one
+  // mark would end the whole listing.
   pending_ += json.dump(1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
 

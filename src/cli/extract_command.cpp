@@ -45,6 +45,7 @@ void CheckOutput(const ExtractOptions& options, const CliContext& context) {
   }
   std::vector<fs::path> others = {options.terms, options.taxonomy, options.request.itemset_copy};
   if (options.closed) {
+    // Its files appear in the current folder under fixed names, where the rules could meet them.
     others.insert(others.end(), ClosedResultFiles::kNames.begin(), ClosedResultFiles::kNames.end());
   }
   CheckRulesOutput(OutputOf(options), others);
@@ -61,6 +62,7 @@ void ReportTooMany(const TooManyRules& rules, const CliContext& context) {
     fitting += fmt::format("--min-confidence {:g}", *confidence);
   }
   if (const auto support = rules.fitting.support) {
+    // Each of the two would do alone, with the other as it was.
     fitting += fmt::format("{}--min-support {:g}", fitting.empty() ? "" : " or ", *support);
   }
   fmt::print(context.err,

@@ -41,6 +41,7 @@ class FilterRun {
         pulse_(taxonomy.PulseDuring(context.progress)),
         options_(options),
         context_(context) {
+    // Locked for writing only where a table will be added: others may go on reading otherwise.
     info = OpenRulesForFiltering(store_, taxonomy, options.database,
                                  options.save ? OpenMode::kWritable : OpenMode::kShared);
     store_.OpenRulesTable(ChooseTable(store_.ListRulesTables(), options.table, options.database));
@@ -69,6 +70,7 @@ class FilterRun {
     if (options_.save) fmt::print(context_.err, "Nothing was kept, so no table was saved\n");
   }
 
+  // The names and the pulse refer to the taxonomy, which therefore comes first and goes last.
   TaxonomyStore taxonomy;
   NodeNames names;
   RulesInfo info;
@@ -114,6 +116,8 @@ struct RatingOptions : FilterOptions {
 
 void Rate(RatingOptions& options, const CliContext& context) {
   FilterRun run(options, context);
+  // The least surprise that is looked for follows from the minimum support of the run, which only the
+  // information file knows.
   options.rating.minimum_support = MinimumSupportOf(run.info);
   RatingFilter filter(run.rules.size());
   const std::vector<RuleNumber> numbers = filter.Run(run.rules, options.rating, context.progress);
@@ -155,6 +159,7 @@ struct TemplateOptions : FilterOptions {
 void Fit(const TemplateOptions& options, const CliContext& context) {
   FilterRun run(options, context);
   TemplateFilter filter(run.names);
+  // An item that was counted as a term stands at all its positions, and any of them may put it into a class.
   filter.all_positions = run.record.CountsTerms();
   for (const std::string& text : options.inclusive) {
     filter.inclusive.push_back(ParseTemplate(text, run.taxonomy));
@@ -255,6 +260,7 @@ void Cover(const CoverOptions& options, const CliContext& context) {
   std::string text;
   if (options.clusters == 0) kept = ListedRules(RulesOf(covers));
   const std::string warning = options.clusters == 0 ? std::string() : ClusteringWarning(covers);
+  // Said before the clustering begins, as its memory grows with the square of the rules.
   if (!warning.empty()) fmt::print(context.err, "selvane-cli: {}\n", warning);
   for (const CoverFilter::Cover& cover : covers) {
     if (options.clusters > 0) {
@@ -262,6 +268,7 @@ void Cover(const CoverOptions& options, const CliContext& context) {
     }
   }
   fmt::print(context.err, "{} covers, {} of {} rules kept\n", covers.size(), kept.size(), run.rules.size());
+  // A line for each cluster would spoil csv and json. These list the same rules in the same order.
   const bool in_clusters = options.clusters > 0 && options.layout.format == RuleFormat::kText;
   run.Finish(
       kept,

@@ -19,6 +19,7 @@ char DecimalSign() {
   const locale_t locale = ::newlocale(LC_NUMERIC_MASK, "", nullptr);
   if (locale == nullptr) return '.';
   const char* const sign = ::nl_langinfo_l(RADIXCHAR, locale);
+  // Numbers are read with a point or a comma. Any other sign would be written and never read again.
   const char first = sign[0] == ',' ? ',' : '.';
   ::freelocale(locale);
   return first;
@@ -66,9 +67,12 @@ class ClearingBuffer final : public std::streambuf {
 };
 
 int Run(int argc, char** argv) {
+  // The first object of all, so that no signal can end the program where something half-made would stay
+  // behind.
   selvane::InterruptSignal signal;
   selvane::TerminalProgress progress(std::cerr, ::isatty(STDERR_FILENO) == 1, signal);
   ClearingBuffer out_buffer(std::cout.rdbuf(), ::isatty(STDOUT_FILENO) == 1, progress, &signal);
+  // Messages are for people wherever they go, data on a terminal only.
   ClearingBuffer err_buffer(std::cerr.rdbuf(), true, progress);
   std::ostream out(&out_buffer);
   std::ostream err(&err_buffer);

@@ -29,6 +29,7 @@ struct ExportOptions {
 };
 
 void Export(const ExportOptions& options, const CliContext& context) {
+  // The information file is an input as well, though nobody has named it.
   CheckIsNoInput(options.output, {options.rules, options.taxonomy, RulesInfoPath(options.rules)});
   RulesStore rules;
   rules.OpenRulesDatabase(options.rules, OpenMode::kShared);
@@ -42,6 +43,7 @@ void Export(const ExportOptions& options, const CliContext& context) {
     WritePmml44(rules, ParametersOf(info, table), taxonomy, options.output, existing, context.clock,
                 context.progress);
   } else {
+    // This writer asks for the taxonomy after its head, as the window lets its user choose it then.
     WritePmml11(
         rules, table, info, [&taxonomy] { return &taxonomy; }, options.output, existing, context.progress);
   }
@@ -73,6 +75,7 @@ struct ImportOptions {
 };
 
 void Import(const ImportOptions& options, const CliContext& context) {
+  // Two files are made, of which the user has named one.
   for (const fs::path& made : {options.output, RulesInfoPath(options.output)}) {
     CheckIsNoInput(made, {options.file, options.taxonomy});
   }

@@ -35,6 +35,8 @@ void List(const fs::path& database, const CliContext& context) {
   const auto line = [&lines](std::string_view key, const auto& value) {
     fmt::format_to(std::back_inserter(lines), "{}\t{}\n", key, value);
   };
+  // Without its information file a database still has its tables. They are listed first, and what is wrong is
+  // told behind them.
   RulesInfo info;
   std::string missing;
   try {

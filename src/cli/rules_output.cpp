@@ -72,6 +72,7 @@ class AskedMeasures {
   std::vector<Measure> asked_;
 };
 
+// Each format has columns for these already; asked for once more, they would stand there twice.
 constexpr std::array<std::string_view, 2> kInText = {"support", "confidence"};
 constexpr std::array<std::string_view, 5> kInTables = {"support", "confidence", "lift", "leverage",
                                                        "conviction"};
@@ -111,6 +112,7 @@ std::string AsCsv(const RuleList& rules, std::span<const ListedRule> listed, boo
       "LIFT,LEVERAGE,CONVICTION";
   for (const Measure measure : asked.asked()) {
     text += ',';
+    // Made capitals by hand: what the library makes of a letter depends on the locale.
     for (const char c : InfoOf(measure).name) text += 'a' <= c && c <= 'z' ? static_cast<char>(c - 32) : c;
   }
   text += '\n';

@@ -98,6 +98,8 @@ std::optional<double> Step(const std::optional<double>& given, bool readable, do
 }  // namespace
 
 void AddChoiceOptions(CLI::App& command, ChoiceOptions& options, CLI::Option* closed) {
+  // All options that are added here belong to the other search. They are told by what is new, so that none
+  // can be forgotten in a list of names.
   std::vector<CLI::Option*> before = command.get_options();
   AddItemOptions(command, options);
   AddStepOptions(command, options);
@@ -117,6 +119,7 @@ RunChoices ChoicesOf(const ChoiceOptions& options) {
   choices.left_out = options.left_out;
   SelectionOptions& steps = choices.selection;
   steps.min_lift = Step(options.min_lift, false, 0);
+  // 0 switches nothing off here: it keeps rules than which no rule from a part of their left side is surer.
   steps.improvement = options.improvement ? options.improvement : Step({}, readable, kReadableImprovement);
   steps.significance = Step(options.significance, readable, kReadableSignificance);
   steps.correction = options.correction;

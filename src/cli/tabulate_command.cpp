@@ -12,6 +12,7 @@ namespace selvane {
 
 void AddTabulateCommand(CLI::App& app, const CliContext& context) {
   struct Options {
+    // The names that the command of the windows has too, so that both read and make the same files.
     std::filesystem::path first = "f1.dat";
     std::filesystem::path second = "f2.dat";
     std::filesystem::path result = "ris.dat";

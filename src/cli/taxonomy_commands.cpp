@@ -104,6 +104,7 @@ void List(const fs::path& database, bool source, const std::string& under, int d
   const TaxonomyTable table = source ? store.source() : store.working();
   std::string code = under;
   if (!under.empty()) {
+    // A position may be typed as MeSH prints it, C23.888, and is walked as the taxonomy writes it.
     code = table.FindPosition(under).value_or("");
     if (code.empty())
       throw InputError(
@@ -153,6 +154,7 @@ void AddPrune(CLI::App& group, const CliContext& context) {
       "Example:\n  selvane-cli taxonomy prune tax.mdb D.02 E");
   command->callback([options, &context] {
     TaxonomyStore store(options->database);
+    // All are looked up before anything is pruned: a slip in the last code must not leave half the work done.
     std::vector<NodeNumber> nodes;
     for (const std::string& code : options->codes) {
       const std::optional<std::string> position = store.working().FindPosition(code);

@@ -91,6 +91,8 @@ struct FindOptions {
 void Find(const FindOptions& options, const CliContext& context) {
   std::vector<SearchedTerm> terms;
   {
+    // The file is released before anything is printed, since a pager may take its output for as long as it
+    // likes.
     const TaxonomyStore store(options.database, OpenMode::kShared);
     const PulseScope pulse = store.PulseDuring(context.progress);
     terms = SearchTerms(store, options.text);

@@ -20,6 +20,8 @@ InterruptSignal::InterruptSignal() {
     if (sigaction(signal, nullptr, &current) == 0 && current.sa_handler != SIG_IGN) sigaddset(&ends, signal);
   }
   sigprocmask(SIG_BLOCK, &ends, &before_);
+  // A descriptor and no handler: a handler may do next to nothing, whereas Pulse can throw, and everything
+  // half-made is removed on the way out.
   signals_ = FileDescriptor(::signalfd(-1, &ends, SFD_CLOEXEC | SFD_NONBLOCK));
 }
 
@@ -39,6 +41,7 @@ void InterruptSignal::Release() {
 
 void TerminalProgress::SetRange(int lower, int upper) {
   lower_ = lower;
+  // Drawing divides by the length of the range.
   upper_ = std::max(upper, lower + 1);
 }
 
@@ -49,6 +52,7 @@ void TerminalProgress::SetPosition(int position) {
 
 void TerminalProgress::SetStatus(std::string_view text) {
   status_ = text;
+  // A new status is shown at once, however little time has passed since the last drawing.
   last_ = {};
   Draw();
 }

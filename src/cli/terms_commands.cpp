@@ -24,6 +24,7 @@ struct BuildOptions {
 
 void TellOf(std::span<const BuildingNotice> notices, const CliContext& context) {
   for (const BuildingNotice& notice : notices) {
+    // One unknown name may stand in thousands of records, so the distinct ones are counted first.
     const std::string times =
         notice.distinct > 0 && notice.distinct < notice.count ? fmt::format(" ({} times)", notice.count) : "";
     fmt::print(context.err, "selvane-cli: {}: {}{}, as {}\n", notice.kind,
@@ -138,6 +139,7 @@ void AddList(CLI::App& group, const CliContext& context) {
     std::string lines;
     std::vector<std::uint32_t> ids;
     std::string name;
+    // In the order of the columns, as the reader answers neighbouring ones from one walk over the table.
     for (int position = 1; position <= static_cast<int>(terms.size()); ++position) {
       source.ItemRowIds(table, position, ids, name);
       fmt::format_to(std::back_inserter(lines), "{}\t{}\t{}\n", position, ids.size(), name);
