@@ -40,6 +40,7 @@ class LeftOut {
       taxonomy_.source().ForEachBelow(*position, 0,
                                       [this](const TaxonomyNode& node) { terms_.insert(node.term); });
     } else if (taxonomy_.source().HasTerm(named)) {
+      // Terms have blanks for single quotes wherever they come from, so that both sides compare.
       terms_.insert(WithoutQuotes(named));
     } else {
       AddFound(named);
@@ -75,6 +76,7 @@ LeftOut LeftOutBy(const ColumnChoice& choice, const TaxonomyStore& taxonomy) {
 std::vector<std::uint32_t> MostFrequent(std::span<const std::uint32_t> counts, std::size_t most) {
   std::vector<std::uint32_t> places(counts.size());
   std::iota(places.begin(), places.end(), 0U);
+  // Where all become columns, they stay in the order in which they were met.
   if (places.size() <= most) return places;
   // Stable, so that of equally frequent ones the first met comes first.
   std::stable_sort(places.begin(), places.end(),
@@ -100,6 +102,7 @@ std::vector<std::uint32_t> ChooseColumns(const ColumnChoice& choice, std::span<c
 }
 
 void CheckLeaveOut(const ColumnChoice& choice, const TaxonomyStore& taxonomy) {
+  // Only for what it throws: a name that is not known must be told before the literature is read, not after.
   LeftOutBy(choice, taxonomy);
 }
 

@@ -107,6 +107,8 @@ void DocumentReader::ReadMarks(std::string_view text, std::vector<DocumentMark>&
 
 void DocumentReader::ForEach(std::span<const std::uint32_t> rows,
                              const std::function<void(const Document&)>& visit, Progress& progress) {
+  // Documents, marks and blocks were written in the order of the rows. So they are walked side by side, and
+  // none of the tables needs an index.
   TextBlocks blocks(database_);
   Recordset documents =
       database_.OpenRecordset("SELECT Row,Pmid,Title,Year,Journal,Block,Begin,Length FROM sys_Documents");
@@ -115,6 +117,7 @@ void DocumentReader::ForEach(std::span<const std::uint32_t> rows,
   for (std::size_t i = 0; i < rows.size() && !documents.AtEnd(); documents.MoveNext(), marks.MoveNext()) {
     document.row = static_cast<std::uint32_t>(documents.Int32(0));
     if (document.row % 1024 == 0) progress.Pulse();
+    // The rows ascend; one that has no document is passed over.
     while (i < rows.size() && rows[i] < document.row) ++i;
     if (i == rows.size() || rows[i] != document.row) continue;
     document.pmid = documents.Text(1);

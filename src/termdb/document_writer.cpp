@@ -90,6 +90,8 @@ void DocumentWriter::PackBlock() {
 }
 
 void DocumentWriter::StoreOldest() {
+  // In the order of their numbers, whichever was packed first: the reader walks the blocks once and does not
+  // go back.
   texts_.Set(0, blocks_ - static_cast<std::int64_t>(packing_.size()));
   texts_.SetBytes(1, packing_.front().get());
   packing_.pop_front();

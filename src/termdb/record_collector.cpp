@@ -64,6 +64,8 @@ void RecordCollector::CollectTerms(const Record& record) {
     for (const std::uint32_t term : found_) {
       document_.marks.push_back({term, PlaceOfMention(mention), mention.offset, mention.length});
       if (term >= last_row_.size()) last_row_.resize(term + 1, 0);
+      // Tells a term that the row has already, without a set for each row. Rows are counted from 1, so 0
+      // stands for no row.
       if (last_row_[term] == rows_ + 1) continue;
       last_row_[term] = rows_ + 1;
       row_terms_.push_back(term);
@@ -80,6 +82,7 @@ void RecordCollector::FindTerms(const Mention& mention, const Record& record) {
     if (found_.empty()) TellOfMiss(TermMiss::kUnknownName, mention, record);
     return;
   }
+  // Not needed for tagged texts, which name terms as the taxonomy does; and filling it takes a while.
   if (!finder_) {
     finder_.emplace(taxonomy_);
     by_finder_.assign(finder_->TermCount(), kNotAsked);
@@ -124,6 +127,7 @@ void RecordCollector::AddRow(Record&& record) {
   counts_.resize(accepted_.terms().size(), 0);
   for (const std::uint32_t term : row_terms_) ++counts_[term];
   spool_.Add(row_terms_);
+  // Only what has become a row counts as seen: the same record may come again with a term that is known.
   seen_.Add(record.pmid);
   document_.row = rows_;
   document_.pmid = std::move(record.pmid);

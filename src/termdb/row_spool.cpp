@@ -15,6 +15,7 @@ namespace selvane {
 
 namespace {
 
+// A quarter of a megabyte. The rows wait in a file, as the columns are known only when all records were read.
 constexpr std::size_t kBufferWords = std::size_t{1} << 16;
 
 // Some file systems have no files without names; there the name is taken away at once.
@@ -82,6 +83,8 @@ void RowSpool::ForEach(const std::function<void(std::span<const std::uint32_t>)>
   WriteOut();
   if (::lseek(file_.get(), 0, SEEK_SET) != 0) Fail("cannot read the rows of a temporary file here");
   for (;;) {
+    // A row is its length and then its terms. The buffer may end within one, and then the rest is read behind
+    // it.
     const auto whole = [this] { return next_ < buffer_.size() && buffer_.size() - next_ > buffer_[next_]; };
     while (!whole()) {
       if (!ReadMore()) return;

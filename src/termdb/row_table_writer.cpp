@@ -51,6 +51,7 @@ RowTableWriter::RowTableWriter(Database& database, std::string_view table, std::
 }
 
 void RowTableWriter::AddRow(std::span<const std::uint32_t> terms) {
+  // Only what the last row has set is set back, since a row holds few of the columns.
   for (const std::uint32_t term : set_) insert_.Set(static_cast<int>(term) + 1, std::int64_t{0});
   set_.assign(terms.begin(), terms.end());
   insert_.Set(0, ++rows_);

@@ -139,6 +139,7 @@ std::vector<std::set<int>> ColumnsOfTermItems(const TaxonomyStore& taxonomy,
 
 // Takes the rows out of the set in which one column would have to stand for several items.
 void DropIndistinct(const Columns& columns, std::span<const std::set<int>> items, RowMask& rows) {
+  // Ordered by column, as the reader answers neighbouring columns from one walk over the table.
   std::map<int, std::vector<std::uint32_t>> items_of;  // by column
   for (std::uint32_t item = 0; item < items.size(); ++item) {
     for (const int column : items[item]) items_of[column].push_back(item);

@@ -52,6 +52,7 @@ void ForEachRow(RowSpool& spool, std::span<const std::uint32_t> columns, std::si
                 std::uint32_t rows, Progress& progress,
                 const std::function<void(std::span<const std::uint32_t>)>& add) {
   constexpr std::uint32_t kNoColumn = UINT32_MAX;
+  // By the number of the term, since this is asked for each term of each row.
   std::vector<std::uint32_t> column_of(terms, kNoColumn);
   for (std::uint32_t i = 0; i < columns.size(); ++i) column_of[columns[i]] = i;
   HundredthSteps steps(progress, rows);
@@ -93,6 +94,7 @@ class TableBuilder {
 
   void Build(const std::vector<fs::path>& files, const fs::path& path) {
     Database database = Database::Create(path);
+    // One for the table and its documents: a transaction for each row would cost far more than the row.
     Transaction transaction(database);
     RowSpool spool(path.parent_path());
     DocumentWriter documents(database);
@@ -130,6 +132,7 @@ class TableBuilder {
     report_.terms = collector.terms().size();
     report_.records = collector.records();
     report_.bytes = collector.bytes();
+    // Told before a run without rows is refused, since the notices say why there are none.
     tell_(collector.notices());
     if (collector.rows() == 0) throw NoTerms();
   }
@@ -145,6 +148,7 @@ class TableBuilder {
 
 BuildingReport BuildTermTable(const TermTableRequest& request, const TaxonomyStore& taxonomy,
                               const Clock& clock, const TellNotices& tell, Progress& progress) {
+  // What can be refused without reading comes before the files, which may take long.
   CheckYears(request);
   CheckLeaveOut(request.columns, taxonomy);
   const std::vector<fs::path> files = LiteratureFiles(request.paths);
