@@ -32,6 +32,8 @@ AprioriSummary Search(GeneralizedApriori& engine, AprioriReport& report, Progres
   report.run.items = found.direct_items.size() + found.generalized_items.size();
   report.itemsets = found.itemsets_written;
   report.work = found.work;
+  // A number that the information file cannot hold ends the run here, before rules are made rather than
+  // after.
   CheckInfoItems(found.direct_items);
   CheckInfoItems(found.generalized_items);
   progress.SetStatus("Completed!!");
@@ -67,6 +69,8 @@ long StoreSelected(const Selection& selection, std::uint32_t row_count, const Ap
       Rule rule;
       rule.antecedent = selected.antecedent;
       rule.consequent = selected.consequent;
+      // In 32-bit floats all along, as plain generation divides: the same rule must have the same figures
+      // whichever way it was made.
       rule.support = static_cast<float>(selected.counts.both) / rows;
       rule.confidence =
           static_cast<float>(selected.counts.both) / static_cast<float>(selected.counts.antecedent);
@@ -94,6 +98,7 @@ AprioriReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, I
   CheckRequest(source, request.run);
   AprioriReport report;
   const StageTimer check_timer;
+  // What was brought back stays only when the run ends well; else it is undone when this goes.
   std::optional<RestoredTerms> restored;
   const std::vector<std::string> missing = MissingTerms(source, taxonomy, request, progress);
   if (!missing.empty()) restored.emplace(taxonomy, missing, progress);
@@ -103,6 +108,7 @@ AprioriReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, I
   report.run.check_seconds = check_timer.Seconds();
 
   const StageTimer search_timer;
+  // Made after the restoring, so that it knows the nodes that have come back.
   const ItemHierarchy hierarchy(taxonomy, request.choices.items);
   GeneralizedApriori engine(
       source, request.run.table, taxonomy, hierarchy,
@@ -110,6 +116,8 @@ AprioriReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, I
   const AprioriSummary found = Search(engine, report, progress);
   report.run.search_seconds = search_timer.Seconds();
   const std::unique_ptr<NewFile> copy = CopyOf(hold.path(), request.run.itemset_copy);
+  // Without pairs there are no rules, and no database is made. It is no failure: the copy is left, and so is
+  // what was restored.
   if (found.itemsets_written == found.single_items) {
     CommitTogether(FilesOf(copy), keep_restored);
     hold.Remove();

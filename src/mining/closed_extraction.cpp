@@ -50,6 +50,7 @@ void Search(const ColumnItems& items, const ClosedRequest& request, FoundItemset
   progress.SetStatus("Searching for closed itemsets...");
   progress.SetRange(0, 100);
   progress.SetPosition(0);
+  // A support so small that it asks for no row must not let sets through that stand in none.
   const std::uint32_t least_rows = std::max(1U, LeastRows(request.run.min_support, items.row_count));
   const ClosedItemsetSearch::Options options{.least_rows = least_rows,
                                              .min_confidence = request.run.min_confidence,
@@ -70,6 +71,7 @@ void WriteFiles(FoundItemsets& found, ClosedResultFiles& files, const FoundItems
   found.ForEachBlockOfClosed([&files](std::string_view records) { files.AddClosedItemsets(records); });
   found.ForEachPair(progress, [&](const EncodedRecord& generator, const EncodedRecord& larger) {
     files.AddPair(generator, larger);
+    // A generator that is its own closure is written, but as a rule its right side would be empty.
     if (store && generator.size() < larger.size()) store(generator, larger);
   });
   files.Close();
@@ -113,6 +115,7 @@ ClosedReport ExtractClosedRules(const TransactionSource& source, const TaxonomyS
   others.insert(others.end(), ClosedResultFiles::kNames.begin(), ClosedResultFiles::kNames.end());
   RulesInfo info = InfoOf(request.run, items.row_count);
   info.first_map = MapOfItems(items.in_column_order);
+  // This search adds no ancestors. The map is there all the same, as every reader of the file takes two.
   info.second_map = MapOfItems({});
   std::unique_ptr<NewFile> copy;
   const auto fill = [&](RulesStore& rules) {
@@ -129,6 +132,7 @@ ClosedReport ExtractClosedRules(const TransactionSource& source, const TaxonomyS
     return AllOf(files, copy.get());
   };
   StoreRules(hooks, others, {.info = std::move(info), .fill = fill}, report.run, progress);
+  // Lower thresholds would be the wrong advice here: there are rules, but only in the file of the search.
   if (report.run.end == ExtractionEnd::kNoRules && report.too_long_rules > 0) {
     report.run.end = ExtractionEnd::kOnlyTooLongRules;
   }

@@ -46,6 +46,8 @@ void CheckRequest(const TransactionSource& source, const ExtractionRequest& requ
   if (!IsFraction(request.min_confidence))
     throw InputError("the minimum confidence must be above 0 and at most 1");
   const long rows = source.CountRows(request.table);
+  // A table of rows numbers them in 16 bits, so rows beyond would be taken for others. Sets number them in
+  // 32.
   if (rows > kMostNumberedRows && !source.IsOfSets(request.table)) {
     throw InputError(
         fmt::format("table {} has {} rows, and at most {} can be mined; divide it into several tables",
@@ -87,6 +89,7 @@ ExtractionEnd EndWithoutPairs(const ExtractionReport& report) {
 void StoreRules(const ExtractionHooks& hooks, const std::vector<fs::path>& others, const RulesToStore& rules,
                 ExtractionReport& report, Progress& progress) {
   constexpr const char* kTable = "Extracted";
+  // Asked only now that there are itemsets to make rules from: nobody is to choose a name for nothing.
   const RulesOutput output = hooks.choose_output();
   CheckOutputNames(output, others);
   report.output = output.path;

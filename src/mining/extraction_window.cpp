@@ -191,6 +191,8 @@ void ExtractionWindow::ReportCorrection(const QString& caption) {
 void ExtractionWindow::LeaveThreshold() {
   ReadFields();
   for (const QString& caption : CorrectThresholds()) {
+    // Shown at once, the message would swallow the release of the mouse button, and the click that left the
+    // field would be lost.
     RunLater([this, caption] { ReportCorrection(caption); });
   }
 }
@@ -206,6 +208,7 @@ void ExtractionWindow::Extract(Extractor extractor) {
   try {
     extractor == Extractor::kOrnex ? ExtractWithOrnex() : ExtractWithApriori(restored);
   } catch (...) {
+    // Lines of rules that were stored nowhere must not stay in the list.
     rules_->clear();
     ReportRestored(restored);
     throw;

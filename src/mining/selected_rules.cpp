@@ -14,6 +14,8 @@ namespace selvane {
 
 namespace {
 
+// More than plain generation has: that finds the counts by scans of the file where they do not fit, and for
+// the selection there is no such way.
 constexpr std::size_t kTreeBudget = std::size_t{2} << 30;  // bytes
 
 std::vector<NodeNumber> ItemsOf(const std::vector<std::string>& names, const ItemHierarchy& hierarchy) {
@@ -55,6 +57,7 @@ bool operator<(const Place& a, const Place& b) {
   return a.consequent < b.consequent;
 }
 
+// So that a table which holds the first rules only takes those that plain generation would have stored first.
 void OrderAsGenerated(std::vector<SelectedRule>& rules, const std::filesystem::path& itemset_file,
                       std::uint32_t itemset_count, Progress& progress) {
   std::unordered_map<std::string, std::vector<std::size_t>> of_itemset;

@@ -102,6 +102,8 @@ void ExchangeWindow::SelectFile() {
     return Close();
   }
   import_->setEnabled(false);
+  // The button is off meanwhile: where this file cannot be read, the earlier one must not be imported in its
+  // place.
   file_.emplace(path);
   file_path_ = path;
   import_->setEnabled(true);
@@ -143,6 +145,7 @@ void ExchangeWindow::SelectDatabase() {
   rules_.reset();
   tables_->clear();
   export_->setEnabled(false);
+  // A store of its own until all is read, so that no database without its information can be exported.
   RulesStore store;
   store.OpenRulesDatabase(path);
   info_ = ReadInfoOf(store);

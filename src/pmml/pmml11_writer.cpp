@@ -92,6 +92,8 @@ void WriteModel(OutputFile& output, const RulesStore& store, const RulesInfo& in
   std::string text;
   for (RuleNumber number = 1; number <= count; ++number) {
     text.clear();
+    // Each rule has two itemsets of its own, also where another has the same: readers find them by their
+    // place, and the head declares twice as many as there are rules.
     AppendItemset(text, rules[number].antecedent, rules[number].pa, rules[number].aspec);
     AppendItemset(text, rules[number].consequent, rules[number].pc, rules[number].cspec);
     output.Write(text);

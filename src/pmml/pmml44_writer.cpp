@@ -103,6 +103,7 @@ void WritePmml44(const RulesStore& store, const ModelParameters& parameters, con
                  const std::filesystem::path& path, ExistingFile existing, const Clock& clock,
                  Progress& progress) {
   const RuleList rules(store, progress);
+  // Collected before the file is begun, since its head says how many there are.
   std::set<std::int32_t> items;
   Itemsets itemsets;
   for (RuleNumber number = 1; number <= rules.size(); ++number) {

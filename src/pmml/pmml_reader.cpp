@@ -63,6 +63,7 @@ class Lines {
   long number_ = 0;
 };
 
+// By lines and attributes: names in such files are not escaped, and an XML reader would refuse them.
 PmmlHead ReadLineHead(const std::string& text, const fs::path& path, Progress& progress) {
   PmmlHead head;
   Lines lines(text, path);
@@ -187,6 +188,7 @@ RulesInfo ImportInfo(const PmmlHead& head, const std::vector<Rule>& rules) {
 }  // namespace
 
 std::optional<std::string> LineAttribute(std::string_view line, std::string_view name) {
+  // Letters that differ in this bit only are one letter, small and capital.
   const auto same = [](char a, char b) {
     return a == b || ((a ^ b) == 0x20 && std::isalpha(static_cast<unsigned char>(a)) != 0);
   };

@@ -88,6 +88,7 @@ class ItemNodes {
                         path.string(), Shortened(value)));
       }
       const auto [other, is_new] = ids_.emplace(*node, id);
+      // Taken for one, the two would join rules that are different, and nobody would see it.
       if (!is_new && other->second != id) {
         throw InputError(
             fmt::format("{}: the items {} and {}, \"{}\", are one node in the taxonomy; choose the taxonomy "

@@ -7,6 +7,7 @@ std::optional<double> RuleTally::FittingConfidence(std::uint64_t most) const {
   for (std::size_t i = by_thousandth_.size(); i-- > 0;) {
     kept += by_thousandth_[i];
     if (kept > most) {
+      // Too many even among the rules of full confidence.
       if (i + 1 >= by_thousandth_.size()) return std::nullopt;
       return static_cast<double>(i + 1) / 1000;
     }

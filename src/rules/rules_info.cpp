@@ -58,6 +58,8 @@ void ReadMap(ArchiveReader& archive, std::vector<std::int32_t>& map) {
 }  // namespace
 
 std::string HeldByInfo(std::string_view text) {
+  // What the code page of the file lacks comes back changed, so names are compared in the form that they have
+  // behind it.
   return FromCodePage1252(ToCodePage1252(text));
 }
 

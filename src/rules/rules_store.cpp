@@ -67,6 +67,7 @@ void RulesStore::OpenRulesDatabase(const std::filesystem::path& path, OpenMode m
 }
 
 void RulesStore::Close() {
+  // All that is remembered belongs to the open file, so none of it may outlive it.
   *this = RulesStore();
 }
 
@@ -121,6 +122,7 @@ void RulesStore::InsertRules(const std::function<void(RuleBatch& batch)>& fill) 
   RuleBatch batch(database(), target_.table, inserted);
   fill(batch);
   transaction.Commit();
+  // The numbers go on only behind what was committed; a batch that failed leaves no gap.
   target_.inserted = inserted;
 }
 
@@ -130,8 +132,10 @@ void RulesStore::SaveRulesTable(std::string_view name, const std::function<void(
   database().CreateTable(name, RulesFields());
   RuleBatch batch(database(), name, target.inserted);
   fill(batch);
+  // Rules that were kept are still those of the run, and must be looked up in the way in which it counted.
   if (const RunRecord run = RunOfSource(); !run.entries().empty()) NoteRun(name, run);
   transaction.Commit();
+  // Only when all is in the file, so that a failure leaves the cascade as it was.
   target_ = std::move(target);
 }
 

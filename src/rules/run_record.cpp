@@ -7,6 +7,7 @@
 namespace selvane {
 
 void RunRecord::Set(std::string_view name, std::string_view value) {
+  // An entry is a line, which no value may break.
   std::string line(value);
   for (char& c : line) {
     if (static_cast<unsigned char>(c) < ' ') c = ' ';
