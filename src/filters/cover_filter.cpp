@@ -123,6 +123,7 @@ std::vector<std::vector<RuleNumber>> CoverFilter::Cluster(const Cover& cover, st
     MatchedRows(rules_[cover.rules[i]], rows[i]);
     matched[i] = operations_.count_and(rows[i].data(), rows[i].data(), words);
     for (std::size_t j = 0; j < i; ++j) {
+      // Rows that only one of the two has: both counts less twice the common ones.
       distances(i, j) =
           matched[i] + matched[j] - 2 * operations_.count_and(rows[i].data(), rows[j].data(), words);
     }

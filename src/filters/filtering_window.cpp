@@ -92,6 +92,7 @@ QWidget* FilteringWindow::DatabaseColumn() {
   layout->addWidget(cascade_);
   connect(cascade_, &QCheckBox::clicked, this, [this] { Run([this] { rules_->BeginCascade(); }); });
   connect(tables_, &QListWidget::itemSelectionChanged, this, [this] {
+    // A drag over several tables is one choice.
     if (!std::exchange(choice_pending_, true)) RunLater([this] { ChooseTable(); });
   });
   return column;
@@ -106,6 +107,7 @@ void FilteringWindow::AddButtons() {
 }
 
 bool FilteringWindow::Prepare() {
+  // Asked before the window is shown, so its parent is that of the dialog.
   taxonomy_.emplace(context().dialogs.OpenFile(parentWidget(), FileKind::kTaxonomyDatabase,
                                                "Selecting taxonomies database : "));
   return true;
@@ -224,6 +226,7 @@ bool FilteringWindow::Send(int command) {
     case kTemplateCommand:
       Run([this] { OpenFilter<TemplateWindow>(); });
       return true;
+    // Has no button; only its number opens it.
     case kCoverCommand:
       Run([this] { OpenFilter<CoverWindow>(); });
       return true;

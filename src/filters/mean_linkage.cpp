@@ -87,6 +87,7 @@ class NeighbourChain {
     left_.erase(std::lower_bound(left_.begin(), left_.end(), gone));
     sizes_[kept] += sizes_[gone];
     for (const std::size_t other : left_) {
+      // Sums stay exact, while means would be rounded anew at each join and ties would be lost.
       if (other != kept) sums_(kept, other) += sums_(gone, other);
     }
   }

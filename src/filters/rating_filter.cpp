@@ -36,6 +36,8 @@ void RatingFilter::RateAll(const RuleList& rules, const Options& options, Progre
 }
 
 void RatingFilter::ComputeStatistics() {
+  // Sums are doubles, as small ratings would be lost in a large sum of floats. The mean becomes a float
+  // before distances are taken from it; the limit depends on that.
   const auto count = static_cast<double>(ratings_.size());
   double sum = 0;
   for (const float rating : ratings_) sum += double{rating};

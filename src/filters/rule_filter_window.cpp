@@ -97,6 +97,7 @@ void RuleFilterWindow::ForgetResult() {
 }
 
 QTreeWidgetItem* RuleFilterWindow::ShowRule(RuleNumber number, const QString& line, QTreeWidgetItem* parent) {
+  // The mask follows what is shown, so that just that is saved.
   kept_.Keep(number);
   auto* const item = new QTreeWidgetItem({line});
   item->setData(0, kRuleRole, static_cast<qlonglong>(number));
@@ -123,6 +124,7 @@ QString RuleFilterWindow::RenderedLine(RuleNumber number) {
 }
 
 void RuleFilterWindow::Save() {
+  // What was saved is not saved again, under another name, when closing in a cascade saves too.
   if (!something_to_save_ || kept_.IsEmpty()) return;
   const std::string table = SaveFilteredRules(input_.rules, rules_, kept_, context().clock, progress());
   ShowMessage(MessageIcon::kInformation, save_caption_, save_text_ + ToQt(table));
@@ -138,6 +140,8 @@ void RuleFilterWindow::Close() {
       if (std::exchange(save_failed_, true)) ToolWindow::Close();
       throw;
     }
+    // Behind the saving, whose table is what the next filter loads. Where nothing was saved, the source
+    // stays.
     input_.rules.ContinueCascade();
   }
   ToolWindow::Close();

@@ -64,6 +64,8 @@ std::optional<RuleCounts> RuleMeasures::CountsOf(RuleNumber number) const {
   if (rows_ == 0 || rows_ > kMostExactRows) return std::nullopt;
   const Rule& rule = rules_[number];
   const RuleCounts counts = CountsFrom(rule, rows_);
+  // Where no counts of so many rows would be stored as these figures, the number of rows is not the one of
+  // these rules. Then only their ratios tell anything.
   return AreThese(counts, rule) ? std::optional(counts) : std::nullopt;
 }
 
@@ -79,6 +81,7 @@ void RuleMeasures::Order(Measure measure, std::vector<RuleNumber>& numbers) cons
   ranked.reserve(numbers.size());
   for (const RuleNumber number : numbers) {
     const std::optional<double> value = ValueOf(number, measure);
+    // A rule for which the measure has no value comes last.
     ranked.emplace_back(value ? sign * *value : -HUGE_VAL, number);
   }
   std::stable_sort(ranked.begin(), ranked.end(),

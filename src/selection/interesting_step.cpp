@@ -100,10 +100,13 @@ class Judge {
     const auto own = rules_.Items(rule);
     if (std::equal(own.begin(), own.end(), general_.begin())) return true;
     const auto found = kept_.find(KeyOf(General(rule, true), General(rule, false)));
+    // A rule that was dropped sets no expectation: those that led to expect it are more general than this
+    // one, too, and are compared with it in their turn.
     if (found == kept_.end()) return true;
     const PassedRule& general = *found->second;
     const double confidence = static_cast<double>(rule.both) / rule.antecedent;
     const double expected = static_cast<double>(general.both) / general.antecedent * consequent_share;
+    // The products are rounded, and a rule that is just as much as was asked for must pass.
     return rule.both >= factor_ * general.both * share - 1e-9 || confidence >= factor_ * expected - 1e-12;
   }
 

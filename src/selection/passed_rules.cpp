@@ -21,6 +21,8 @@ void PassedRules::Add(std::span<const std::uint32_t> antecedent, std::span<const
 }
 
 void PassedRules::Keep(const std::vector<bool>& kept) {
+  // The items of dropped rules stay where they are, since rules know theirs by place. Whoever wants the room
+  // adds what is left to an empty object.
   std::size_t next = 0;
   for (std::size_t i = 0; i < rules_.size(); ++i) {
     if (kept[i]) rules_[next++] = rules_[i];
@@ -38,6 +40,7 @@ void PassedRules::KeepStrongest(Measure measure, std::size_t most) {
   const double sign = IsSmallerStronger(measure) ? -1 : 1;
   for (std::size_t i = 0; i < rules_.size(); ++i) {
     const std::optional<double> value = ValueOf(measure, Counts(rules_[i]));
+    // A rule for which the measure has no value is the weakest of all.
     ranked.push_back({value ? sign * *value : -HUGE_VAL, i});
   }
   const auto stronger = [this](const Ranked& a, const Ranked& b) {
@@ -46,6 +49,7 @@ void PassedRules::KeepStrongest(Measure measure, std::size_t most) {
     if (a.strength != b.strength) return a.strength > b.strength;
     if (rule_a.both != rule_b.both) return rule_a.both > rule_b.both;
     if (rule_a.size != rule_b.size) return rule_a.size < rule_b.size;
+    // The place comes last, so that the order is total and each run of the same data stores the same rules.
     return a.place < b.place;
   };
   const auto end = ranked.begin() + static_cast<std::ptrdiff_t>(std::min(most, ranked.size()));

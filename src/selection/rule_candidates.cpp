@@ -20,6 +20,8 @@ class CandidateWalk {
       : rows_(row_count), options_(options), visit_(visit) {}
 
   void VisitItemset(std::span<const std::uint32_t> items, std::span<const std::uint32_t> counts) {
+    // A subset is a mask with a bit for each place of an item, and `counts` has a figure for each mask. The
+    // last is that of the whole itemset.
     const auto whole = static_cast<std::uint32_t>(counts.size() - 1);
     const std::uint32_t left = AllowedPart(items, options_.antecedent_items);
     const std::uint32_t right = AllowedPart(items, options_.consequent_items);
@@ -53,6 +55,7 @@ class CandidateWalk {
     // As 32-bit floats, like every confidence that is compared with this threshold.
     if (!(static_cast<float>(rule.both) / static_cast<float>(rule.antecedent) >= options_.min_confidence))
       return false;
+    // Counted test by test, as the user is told what each of them took away.
     ++passed_.confident;
     if (options_.min_lift &&
         Ratio(rule.both, rule.antecedent) / Ratio(rule.consequent, rows_) + kRounding < *options_.min_lift) {

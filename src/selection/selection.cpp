@@ -125,6 +125,9 @@ Selection SelectRules(const ItemsetTrie& itemsets, const RunItems& items, std::u
   Selection selection;
   progress.SetRange(0, 100);
   progress.SetPosition(0);
+  // The logarithm of a p-value of 1, which every rule reaches. Where significance counts there are two walks:
+  // the limit follows from the p-values of all candidates, and computing them twice takes no memory for
+  // these.
   double greatest = 0;
   if (options.significance) {
     greatest = GreatestSignificant(itemsets, row_count, options, selection.tested, progress);

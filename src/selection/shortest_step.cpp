@@ -47,6 +47,8 @@ std::vector<bool> ShortestRules(const PassedRules& rules, const RunItems& items,
     }
     const auto [found, is_new] = best.emplace(KeyOf(rules, rule, rows), Best{i, depth});
     const std::uint16_t shortest = rules.rules()[found->second.rule].antecedent_size;
+    // Of equally short ones the more special is kept, which says more of the same rows; of equally special
+    // ones the earlier.
     if (rule.antecedent_size < shortest ||
         (rule.antecedent_size == shortest && depth > found->second.depth)) {
       found->second = {i, depth};
