@@ -27,6 +27,8 @@ void Application::HandleFailure(QWidget* parent, const std::exception_ptr& failu
   const auto show = [this, parent](const QString& text, const QString& details = {}) {
     dialogs_.Message(parent, MessageIcon::kError, kTitle, text, details);
   };
+  // From the special to the general: as a mere Error, one of a database would lose its file and its
+  // statement.
   try {
     std::rethrow_exception(failure);
   } catch (const EndOfProgram& end) {

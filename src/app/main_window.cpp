@@ -152,6 +152,7 @@ void MainWindow::AddButtons() {
 bool MainWindow::Send(int number) {
   if (number == 0) return false;  // stands for none in the table
   const auto commands = Commands();
+  // One table for both kinds of numbers, which do not overlap.
   const auto found = std::find_if(commands.begin(), commands.end(), [number](const Command& command) {
     return command.run != nullptr && (command.menu_number == number || command.button_number == number);
   });
@@ -166,6 +167,7 @@ bool MainWindow::Send(int number) {
 
 template <typename Window>
 void MainWindow::OpenWindow() {
+  // On the stack, so that the files which the window holds open are released when it is closed.
   Window window(context_, this);
   if (window.Prepare()) window.exec();
 }
@@ -173,6 +175,7 @@ void MainWindow::OpenWindow() {
 // The pictures grow and shrink with their buttons.
 void MainWindow::resizeEvent(QResizeEvent* event) {
   QMainWindow::resizeEvent(event);
+  // Laid out at once: the buttons would still have their old sizes otherwise.
   centralWidget()->layout()->activate();
   for (QPushButton* const button : buttons_) {
     const int room = std::min(button->width(), button->height()) - 2 * kPictureMargin;

@@ -96,6 +96,8 @@ void MeshCollection::OnHeading(MeshHeading&& heading) {
   if (heading.id.empty() || heading.name.empty() || IsLongerThan(heading.id, kIdWidth)) {
     return OnProblem("records without a name or an identifier", heading.name + heading.id);
   }
+  // The layout of the tree has a line for each position, so the same heading comes as often as it has
+  // positions.
   const auto [found, is_new] = by_id_.try_emplace(heading.id, headings_.size());
   if (is_new) return headings_.push_back(std::move(heading));
   MeshHeading& known = headings_[found->second];
@@ -163,6 +165,8 @@ std::vector<MeshCollection::Position> MeshCollection::Positions() {
     }
     if (headings_[i].tree_numbers.empty()) AddCheckTag(i, positions);
   }
+  // Brings the positions of a category together, so that each category is named once, before the first of
+  // them.
   std::sort(positions.begin(), positions.end(), [](const Position& a, const Position& b) {
     return std::pair(std::string_view(a.code), a.heading) < std::pair(std::string_view(b.code), b.heading);
   });
@@ -182,6 +186,7 @@ void MeshCollection::DropClaimedTwice(std::vector<Position>& positions) {
                 fmt::format("{} of {} and {}", TreeNumber(position.code), headings_[last->heading].id,
                             headings_[position.heading].id));
     }
+    // Marked here and erased in one go; erasing one by one would be quadratic.
     position.code.clear();
   }
   std::erase_if(positions, [](const Position& position) { return position.code.empty(); });
@@ -197,8 +202,10 @@ std::string MeshCollection::CategoryName(std::string_view letter) const {
 }
 
 SourceRows MeshCollection::MakeRows() {
+  // Each layout has an order of its own. In this one all of them give the same rows, and so the same numbers.
   SortById(headings_);
   SortById(supplementary_);
+  // The places in it were those before the sorting.
   by_id_.clear();
   for (std::size_t i = 0; i < headings_.size(); ++i) {
     SetName(headings_[i]);

@@ -140,6 +140,7 @@ class TripleSubjects {
         visitor.OnSupplementary({id, std::move(subject.label), std::move(subject.mapped)});
       } else if (subject.kind == Kind::kHeading) {
         std::vector<std::string> texts;
+        // Two steps: from the heading to its concepts, and from these to their terms.
         TakeTexts(subject, 2, texts);
         visitor.OnHeading({id, std::move(subject.label), subject.descriptor_class,
                            std::move(subject.tree_numbers), std::move(texts)});
@@ -183,6 +184,7 @@ class TripleSubjects {
   }
 
   TextMap<Subject> subjects_;
+  // Stays good while the map grows, which moves none of its entries.
   TextMap<Subject>::value_type* last_ = nullptr;
 };
 
@@ -202,6 +204,7 @@ void ReadMeshTriples(ByteSource& source, MeshVisitor& visitor, const MeshPulse& 
       visitor.OnProblem("lines that are no triples", fmt::format("line {}", lines.line_number()));
     }
   }
+  // Only now, since what belongs to a heading may stand anywhere in the file.
   subjects.Tell(visitor, pulse);
 }
 

@@ -73,6 +73,7 @@ class MeshXmlHandler final : public XmlHandler {
   explicit MeshXmlHandler(MeshVisitor& visitor) : visitor_(visitor) {}
   void Follow(XmlStream& stream) {
     stream_ = &stream;
+    // Most of a record is of no use here, and text that nobody wants need not be collected.
     stream.WantText(false);
   }
 

@@ -38,6 +38,7 @@ bool InputLock::eventFilter(QObject* /*object*/, QEvent* event) {
     case QEvent::DragEnter:
     case QEvent::Drop:
       return true;
+    // Painting and resizing go on: a window that stays blank looks as if it had died.
     default:
       return false;
   }

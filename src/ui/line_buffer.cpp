@@ -16,6 +16,7 @@ LineBuffer::LineBuffer(TextTree& tree) : tree_(tree) {
 }
 
 LineBuffer::~LineBuffer() {
+  // Lines that were not handed to the tree, as after a failure, belong to nobody else.
   qDeleteAll(items_);
 }
 

@@ -12,6 +12,7 @@ namespace selvane {
 TextTree::TextTree(const QString& accessible_name, QWidget* parent) : QTreeWidget(parent) {
   setAccessibleName(accessible_name);
   setHeaderHidden(true);
+  // Else every one of thousands of lines would be measured.
   setUniformRowHeights(true);
   setTextElideMode(Qt::ElideRight);
   setTabKeyNavigation(false);

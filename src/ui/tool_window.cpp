@@ -95,12 +95,14 @@ void ToolWindow::RunPending() {
     when_pending_.start(kRetryMilliseconds);
     return;
   }
+  // It runs what is pending before the command that it is given.
   Run([] {});
 }
 
 void ToolWindow::RunNow(const Command& command) {
   const QScopedValueRollback<bool> working(working_, true);
   std::exception_ptr failure;
+  // Escape at the very end of the last command was not meant for this one.
   progress_.ForgetStop();
   try {
     const InputLock lock(*this, [this] { progress_.Stop(); });
@@ -127,6 +129,8 @@ void ToolWindow::done(int result) {
 }
 
 void ToolWindow::reject() {
+  // Escape comes here, and the close button of the window. A command that works is stopped by unwinding; the
+  // window must not go while it is used.
   if (working_) {
     progress_.Stop();
   } else {

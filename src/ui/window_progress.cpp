@@ -54,6 +54,7 @@ void WindowProgress::Clear() {
 }
 
 void WindowProgress::Repaint() {
+  // The InputLock drops clicks and keys meanwhile, so no command begins within another.
   QCoreApplication::processEvents();
   since_repaint_.restart();
 }
