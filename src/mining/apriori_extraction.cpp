@@ -89,6 +89,41 @@ long StoreSelected(const Selection& selection, std::uint32_t row_count, const Ap
   return stored;
 }
 
+// What the rules of a run are made of, in either of two ways: all that reach the confidence, or those that
+// pass the steps that were asked for.
+struct RuleStage {
+  const AprioriRequest& request;
+  const TaxonomyStore& taxonomy;
+  const ItemHierarchy& hierarchy;
+  const KeptItems& kept;
+  const AprioriSummary& found;
+  const fs::path& itemset_file;
+  const ExtractionHooks& hooks;
+  Progress& progress;
+
+  void Generate(RulesStore& rules, AprioriReport& report) const {
+    RuleGenerator generator(request.run.min_confidence, taxonomy, found.row_count,
+                            {.itemset_file = itemset_file,
+                             .itemset_count = found.itemsets_written,
+                             .most_rules = request.run.most_rules});
+    const RuleTally tally = generator.Tally(progress);
+    report.run.rules_found = tally.total();
+    TellWhetherFits(tally, request.run, hooks);
+    report.run.rules_stored = generator.Generate(rules, hooks.rule_line, progress);
+  }
+
+  void Select(RulesStore& rules, AprioriReport& report) const {
+    Selection selection =
+        SelectRulesOf(itemset_file, found, kept, hierarchy,
+                      SelectionOptionsOf(request.choices, request.run, hierarchy), progress);
+    report.run.rules_found = selection.rules.size();
+    report.run.rules_stored =
+        StoreSelected(selection, found.row_count, request, taxonomy, hooks.rule_line, rules, progress);
+    report.steps = std::move(selection.steps);
+    report.tested = selection.tested;
+  }
+};
+
 }  // namespace
 
 AprioriReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, ItemsetFileHold& hold,
@@ -126,28 +161,9 @@ AprioriReport ExtractRules(TransactionSource& source, TaxonomyStore& taxonomy, I
   }
 
   const std::vector<fs::path> others = {source.file_name(), taxonomy.path(), request.run.itemset_copy};
-  const auto generate = [&](RulesStore& rules) {
-    RuleGenerator generator(request.run.min_confidence, taxonomy, found.row_count,
-                            {.itemset_file = hold.path(),
-                             .itemset_count = found.itemsets_written,
-                             .most_rules = request.run.most_rules});
-    const RuleTally tally = generator.Tally(progress);
-    report.run.rules_found = tally.total();
-    TellWhetherFits(tally, request.run, hooks);
-    report.run.rules_stored = generator.Generate(rules, hooks.rule_line, progress);
-  };
-  const auto select = [&](RulesStore& rules) {
-    Selection selection =
-        SelectRulesOf(hold.path(), found, engine.kept(), hierarchy,
-                      SelectionOptionsOf(request.choices, request.run, hierarchy), progress);
-    report.run.rules_found = selection.rules.size();
-    report.run.rules_stored =
-        StoreSelected(selection, found.row_count, request, taxonomy, hooks.rule_line, rules, progress);
-    report.steps = std::move(selection.steps);
-    report.tested = selection.tested;
-  };
+  const RuleStage stage = {request, taxonomy, hierarchy, engine.kept(), found, hold.path(), hooks, progress};
   const auto fill = [&](RulesStore& rules) {
-    request.choices.SelectsRules() ? select(rules) : generate(rules);
+    request.choices.SelectsRules() ? stage.Select(rules, report) : stage.Generate(rules, report);
     rules.NoteRun(rules.target_table(),
                   RecordOf(request.choices, request.run, request.generalize,
                            {.rows = found.row_count, .steps = report.steps, .tested = report.tested}));
