@@ -23,6 +23,8 @@ class AsciiRecord {
   }
 
   void Take(std::string_view field, std::string_view value) {
+    // A file that was cut off at its beginning must not give its rest to the record behind it.
+    if (!begun_at_) return visitor_.OnProblem("fields before the first record, which are left out", field);
     if (field == "RECTYPE") {
       type_ = value;
     } else if (field == "UI") {
