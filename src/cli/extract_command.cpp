@@ -94,7 +94,7 @@ std::string_view AdviceOf(ExtractionEnd end) {
 }
 
 // How many rules each step took away; and that only the first are stored where more are left.
-void ReportSteps(const AprioriReport& report, const CliContext& context) {
+void ReportSteps(const AprioriReport& report, bool strongest, const CliContext& context) {
   for (std::size_t i = 0; i < report.steps.size(); ++i) {
     const StepReport& step = report.steps[i];
     fmt::print(context.err, "{:>12} rules {} --{}", step.left, i == 0 ? "reach" : "left by",
@@ -103,18 +103,16 @@ void ReportSteps(const AprioriReport& report, const CliContext& context) {
     if (step.step == "significant") fmt::print(context.err, "; corrected for {} tested", report.tested);
     fmt::print(context.err, "\n");
   }
-  const ExtractionReport& run = report.run;
-  if (static_cast<std::uint64_t>(run.rules_stored) < run.rules_found && !report.steps.empty()) {
-    fmt::print(
-        context.err,
-        "selvane-cli: there are {} rules and a table holds {}: the first {} are stored; --keep strongest "
-        "stores the strongest\n",
-        run.rules_found, run.rules_stored, run.rules_stored);
-  }
+  const auto stored = static_cast<std::uint64_t>(report.run.rules_stored);
+  if (report.steps.empty() || report.steps.back().left <= stored) return;
+  fmt::print(
+      context.err, "selvane-cli: there are {} rules and a table holds {}: {}\n", report.steps.back().left,
+      stored,
+      strongest ? "the strongest are stored" : "the first are stored; --keep strongest stores the strongest");
 }
 
-void ReportEnd(const AprioriReport& report, const CliContext& context) {
-  ReportSteps(report, context);
+void ReportEnd(const AprioriReport& report, bool strongest, const CliContext& context) {
+  ReportSteps(report, strongest, context);
   const bool steps_took_all = !report.steps.empty() && report.steps.front().left > 0;
   const ExtractionReport& run = report.run;
   const bool is_left_by_steps = run.end == ExtractionEnd::kNoRules && steps_took_all;
@@ -197,7 +195,7 @@ void Extract(ExtractOptions& options, const CliContext& context) {
       .run = request, .generalize = !options.no_generalize, .choices = ChoicesOf(options.choices)};
   const AprioriReport report = ExtractRules(source, taxonomy, hold, apriori, hooks, context.progress);
   ReportOldRules(report.run, options, context);
-  ReportEnd(report, context);
+  ReportEnd(report, apriori.choices.selection.keep == KeptRules::kStrongest, context);
 }
 
 }  // namespace
