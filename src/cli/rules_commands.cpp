@@ -1,20 +1,14 @@
-// selvane-cli rules extract|list|show; rules filter is in filter_commands.cpp
+// selvane-cli rules list|show; the other commands of the group have files of their own
 #include <fmt/format.h>
 #include <fmt/ostream.h>
 
-#include <algorithm>
-#include <array>
 #include <memory>
 #include <numeric>
 #include <ostream>
 
 #include "base/error.h"
-#include "base/text.h"
 #include "cli/cli.h"
 #include "cli/rules_output.h"
-#include "closed/closed_result_files.h"
-#include "mining/apriori_extraction.h"
-#include "mining/closed_extraction.h"
 #include "rules/new_rules_database.h"
 #include "rules/rule_list.h"
 #include "rules/rule_order.h"

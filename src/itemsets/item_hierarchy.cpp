@@ -74,11 +74,6 @@ const std::vector<NodeNumber>& ItemHierarchy::Above(NodeNumber item) const {
   return above_.emplace(item, std::move(items)).first->second;
 }
 
-bool ItemHierarchy::IsAbove(NodeNumber higher, NodeNumber lower) const {
-  const std::vector<NodeNumber>& above = Above(lower);
-  return std::binary_search(above.begin(), above.end(), higher);
-}
-
 // An item on the way to itself counts as 0, which ends a circle.
 std::size_t ItemHierarchy::DepthOf(NodeNumber item) const {
   const auto [found, is_new] = depth_.emplace(item, 0);

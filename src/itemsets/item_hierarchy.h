@@ -28,7 +28,6 @@ class ItemHierarchy {
   // The items strictly above an item, by whole components of position codes: each once, ascending. Valid as
   // long as this lives.
   const std::vector<NodeNumber>& Above(NodeNumber item) const;
-  bool IsAbove(NodeNumber higher, NodeNumber lower) const;
   // The longest way up from an item: greater than that of any item above it, unless terms stand above each
   // other in a circle.
   std::size_t DepthOf(NodeNumber item) const;

@@ -4,7 +4,6 @@
 #include <unordered_map>
 #include <unordered_set>
 
-#include "base/content_hash.h"
 #include "selection/passed_rules.h"
 
 namespace selvane {
