@@ -174,8 +174,8 @@ void MinedRules(benchmark::State& state) {
         SecondsOf([&] { steps = specificity.Walk(ground, {}, 2, input.progress); });
     state.counters["specificity_shown"] = static_cast<double>(steps.size());
     ItemRegistry items;
-    state.counters["read_terms_s"] =
-        SecondsOf([&] { items = ReadTermTable(input.folder / "terms.mdb", info, taxonomy, input.progress); });
+    state.counters["read_terms_s"] = SecondsOf(
+        [&] { items = ReadTermTable(input.folder / "terms.mdb", info, {}, taxonomy, input.progress); });
     CoverFilter filter(rules, items);
     std::vector<CoverFilter::Cover> covers;
     state.counters["cover_s"] = SecondsOf([&] { covers = filter.Run(input.progress); });
@@ -194,7 +194,9 @@ void ClusterCover(benchmark::State& state) {
   constexpr std::size_t kRows = 2000;
   const auto count = static_cast<std::size_t>(state.range(0));
   std::mt19937 random(7);
-  ItemRegistry items{{}, {}, {}, {}, {}, RowBits(count, kRows), kRows, SIZE_MAX};
+  ItemRegistry items;
+  items.rows = RowBits(count, kRows);
+  items.row_count = kRows;
   std::vector<Rule> rules(count);
   CoverFilter::Cover cover;
   for (std::size_t i = 0; i < count; ++i) {

@@ -104,8 +104,10 @@ Seconds Measure(const Input& input, const fs::path& path, const auto& write) {
   });
   seconds.closed =
       SecondsOf([&] { benchmark::DoNotOptimize(ReadColumnItems(source, "T", taxonomy, 0.05F, progress)); });
+  const ItemHierarchy hierarchy(taxonomy, ItemKind::kPositions);
   seconds.read = SecondsOf([&] {
-    benchmark::DoNotOptimize(ReadItems(source, "T", input.terms, taxonomy, true, 0.05F, progress));
+    benchmark::DoNotOptimize(
+        ReadItems(source, "T", input.terms, hierarchy, {.minimum_support = 0.05F}, progress));
   });
   return seconds;
 }
